@@ -1,0 +1,42 @@
+# OpenCASCADE by library name. The distribution's own package file demands every component and libraries that
+# are no dependency of ours, so the toolkits are looked up one by one.
+#
+# Targets: OCCT::Geometry (kernel, B-rep, mass properties), OCCT::Mesh, OCCT::Exchange (STEP and IGES with
+# product structure). Each includes the ones before it.
+
+find_path(OCCT_INCLUDE_DIR Standard_Version.hxx PATH_SUFFIXES opencascade)
+
+set(_occt_geometry TKTopAlgo TKPrim TKGeomAlgo TKBRep TKGeomBase TKG3d TKG2d TKMath TKernel)
+set(_occt_mesh TKMesh TKShHealing TKBool TKBO)
+set(_occt_exchange TKXDESTEP TKXDEIGES TKSTEP TKSTEPAttr TKSTEP209 TKSTEPBase TKIGES TKXSBase TKXCAF
+    TKCAF TKLCAF TKCDF)
+
+set(_occt_missing "")
+foreach(group geometry mesh exchange)
+    foreach(toolkit ${_occt_${group}})
+        find_library(OCCT_${toolkit}_LIBRARY ${toolkit})
+        mark_as_advanced(OCCT_${toolkit}_LIBRARY)
+        if(OCCT_${toolkit}_LIBRARY)
+            list(APPEND _occt_${group}_libraries "${OCCT_${toolkit}_LIBRARY}")
+        else()
+            list(APPEND _occt_missing ${toolkit})
+        endif()
+    endforeach()
+endforeach()
+
+include(FindPackageHandleStandardArgs)
+if(_occt_missing)
+    message(STATUS "OpenCASCADE toolkits not found: ${_occt_missing}")
+    set(OCCT_INCLUDE_DIR OCCT_INCLUDE_DIR-NOTFOUND)
+endif()
+find_package_handle_standard_args(OpenCASCADE_Toolkits REQUIRED_VARS OCCT_INCLUDE_DIR)
+
+if(OpenCASCADE_Toolkits_FOUND AND NOT TARGET OCCT::Geometry)
+    add_library(OCCT::Geometry INTERFACE IMPORTED)
+    target_include_directories(OCCT::Geometry SYSTEM INTERFACE "${OCCT_INCLUDE_DIR}")
+    target_link_libraries(OCCT::Geometry INTERFACE ${_occt_geometry_libraries})
+    add_library(OCCT::Mesh INTERFACE IMPORTED)
+    target_link_libraries(OCCT::Mesh INTERFACE ${_occt_mesh_libraries} OCCT::Geometry)
+    add_library(OCCT::Exchange INTERFACE IMPORTED)
+    target_link_libraries(OCCT::Exchange INTERFACE ${_occt_exchange_libraries} OCCT::Mesh)
+endif()

@@ -1,0 +1,64 @@
+# What all targets of the project share: language level, warnings, sanitizers, ccache, and the helpers that
+# declare a room's objects, a test and a benchmark.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+    string(REPLACE "-O2" "-O3" CMAKE_CXX_FLAGS_RELEASE "${CMAKE_CXX_FLAGS_RELEASE}")
+endif()
+
+find_program(ZEMTAR_CCACHE ccache)
+if(ZEMTAR_CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${ZEMTAR_CCACHE}")
+endif()
+
+# Programs and tests find the libraries beside them, in the build tree and when installed.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+
+add_library(zemtar_options INTERFACE)
+target_compile_options(zemtar_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Woverloaded-virtual
+    # Results must be the same on every machine: no fused multiply-add behind the source's back.
+    -ffp-contract=off)
+if(ZEMTAR_WERROR)
+    target_compile_options(zemtar_options INTERFACE -Werror)
+endif()
+if(ZEMTAR_SANITIZE)
+    target_compile_options(zemtar_options INTERFACE -fsanitize=address,undefined -fno-omit-frame-pointer -g1 -O1)
+    target_link_options(zemtar_options INTERFACE -fsanitize=address,undefined)
+endif()
+
+# zemtar_objects(NAME SOURCES ... LIBS ...): one room as an object library that knows only what LIBS give it.
+function(zemtar_objects name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+    add_library(${name} OBJECT ${ARG_SOURCES})
+    target_link_libraries(${name} PUBLIC ${ARG_LIBS} PRIVATE zemtar_options)
+endfunction()
+
+# zemtar_add_test(NAME SOURCES ... LIBS ... [LABELS ...]): a GoogleTest program; ctest runs it as one test.
+function(zemtar_add_test name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS;LABELS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gmock GTest::gtest GTest::gtest_main zemtar_options)
+    target_compile_definitions(${name} PRIVATE
+        ZEMTAR_SOURCE_DIR="${PROJECT_SOURCE_DIR}" ZEMTAR_BINARY_DIR="${CMAKE_BINARY_DIR}")
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp"
+        TIMEOUT 600 LABELS "${ARG_LABELS}")
+endfunction()
+
+# zemtar_add_bench(NAME SOURCES ... LIBS ...): a Google Benchmark program.
+function(zemtar_add_bench name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} benchmark::benchmark zemtar_options)
+    target_compile_definitions(${name} PRIVATE ZEMTAR_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+endfunction()

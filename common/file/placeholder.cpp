@@ -1,0 +1,1 @@
+// Keeps the target linkable until the room has its first source.
