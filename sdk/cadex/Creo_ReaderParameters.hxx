@@ -1,0 +1,14 @@
+// Parameters of Creo_Reader; it has none of its own.
+#pragma once
+
+#include <cadex/Base_ReaderParameters.hxx>
+
+namespace cadex {
+
+class Creo_ReaderParameters : public Base_ReaderParameters
+{
+public:
+    Creo_ReaderParameters() = default;
+};
+
+} // namespace cadex

@@ -1,0 +1,14 @@
+// Parameters of IFC_Reader; it has none of its own.
+#pragma once
+
+#include <cadex/Base_ReaderParameters.hxx>
+
+namespace cadex {
+
+class IFC_ReaderParameters : public Base_ReaderParameters
+{
+public:
+    IFC_ReaderParameters() = default;
+};
+
+} // namespace cadex

@@ -1,0 +1,14 @@
+// Parameters of IFC_Writer; it has none of its own.
+#pragma once
+
+#include <cadex/Base_WriterParameters.hxx>
+
+namespace cadex {
+
+class IFC_WriterParameters : public Base_WriterParameters
+{
+public:
+    IFC_WriterParameters() = default;
+};
+
+} // namespace cadex

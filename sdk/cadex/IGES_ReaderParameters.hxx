@@ -1,0 +1,14 @@
+// Parameters of IGES_Reader; it has none of its own.
+#pragma once
+
+#include <cadex/Base_ReaderParameters.hxx>
+
+namespace cadex {
+
+class IGES_ReaderParameters : public Base_ReaderParameters
+{
+public:
+    IGES_ReaderParameters() = default;
+};
+
+} // namespace cadex

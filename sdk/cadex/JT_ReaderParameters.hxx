@@ -1,0 +1,14 @@
+// Parameters of JT_Reader; it has none of its own.
+#pragma once
+
+#include <cadex/Base_ReaderParameters.hxx>
+
+namespace cadex {
+
+class JT_ReaderParameters : public Base_ReaderParameters
+{
+public:
+    JT_ReaderParameters() = default;
+};
+
+} // namespace cadex

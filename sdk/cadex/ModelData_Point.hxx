@@ -1,0 +1,20 @@
+// Position in space, in millimetres.
+#pragma once
+
+#include <cadex/internal/BasePoint.hxx>
+
+namespace cadex {
+
+typedef internal::ModelData_BasePoint<double> ModelData_Pointd;
+
+class ModelData_Point : public internal::ModelData_BasePoint<double>
+{
+public:
+    constexpr ModelData_Point() = default; ///< the origin
+    constexpr ModelData_Point(double theX, double theY, double theZ) : ModelData_BasePoint(theX, theY, theZ)
+    {
+    }
+    constexpr ModelData_Point(const ModelData_Pointd& theOther) : ModelData_BasePoint(theOther) {}
+};
+
+} // namespace cadex

@@ -1,0 +1,14 @@
+// Common base of triangle, polyline and point sets.
+#pragma once
+
+#include <cadex/ModelData_BaseObject.hxx>
+
+namespace cadex {
+
+class ModelData_PolyShape : public ModelData_BaseObject
+{
+public:
+    ModelData_PolyShape() = default;
+};
+
+} // namespace cadex

@@ -1,0 +1,14 @@
+// Common base of the representations of a part.
+#pragma once
+
+#include <cadex/ModelData_BaseObject.hxx>
+
+namespace cadex {
+
+class ModelData_Representation : public ModelData_BaseObject
+{
+public:
+    ModelData_Representation() = default;
+};
+
+} // namespace cadex

@@ -1,0 +1,14 @@
+// Parameters of Para_Reader; it has none of its own.
+#pragma once
+
+#include <cadex/Base_ReaderParameters.hxx>
+
+namespace cadex {
+
+class Para_ReaderParameters : public Base_ReaderParameters
+{
+public:
+    Para_ReaderParameters() = default;
+};
+
+} // namespace cadex

@@ -1,0 +1,23 @@
+// Reader of Rhino files; see Base_Reader.
+#pragma once
+
+#include <cadex/Base_Reader.hxx>
+#include <cadex/Rhino_ReaderParameters.hxx>
+
+namespace cadex {
+
+class Rhino_Reader : public Base_Reader
+{
+public:
+    Rhino_Reader() : Base_Reader(internal::Format::Rhino) {}
+
+    const Rhino_ReaderParameters& Parameters() const { return myParameters; }
+    Rhino_ReaderParameters& Parameters() { return myParameters; }
+
+private:
+    const Base_ReaderParameters& BaseParameters() const override { return myParameters; }
+
+    Rhino_ReaderParameters myParameters;
+};
+
+} // namespace cadex

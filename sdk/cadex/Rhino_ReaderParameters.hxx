@@ -1,0 +1,14 @@
+// Parameters of Rhino_Reader; it has none of its own.
+#pragma once
+
+#include <cadex/Base_ReaderParameters.hxx>
+
+namespace cadex {
+
+class Rhino_ReaderParameters : public Base_ReaderParameters
+{
+public:
+    Rhino_ReaderParameters() = default;
+};
+
+} // namespace cadex

@@ -1,0 +1,14 @@
+// Parameters of Rhino_Writer; it has none of its own.
+#pragma once
+
+#include <cadex/Base_WriterParameters.hxx>
+
+namespace cadex {
+
+class Rhino_WriterParameters : public Base_WriterParameters
+{
+public:
+    Rhino_WriterParameters() = default;
+};
+
+} // namespace cadex

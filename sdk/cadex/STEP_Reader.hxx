@@ -1,0 +1,23 @@
+// Reader of STEP files; see Base_Reader.
+#pragma once
+
+#include <cadex/Base_Reader.hxx>
+#include <cadex/STEP_ReaderParameters.hxx>
+
+namespace cadex {
+
+class STEP_Reader : public Base_Reader
+{
+public:
+    STEP_Reader() : Base_Reader(internal::Format::STEP) {}
+
+    const STEP_ReaderParameters& Parameters() const { return myParameters; }
+    STEP_ReaderParameters& Parameters() { return myParameters; }
+
+private:
+    const Base_ReaderParameters& BaseParameters() const override { return myParameters; }
+
+    STEP_ReaderParameters myParameters;
+};
+
+} // namespace cadex

@@ -1,0 +1,14 @@
+// Parameters of STEP_Writer; it has none of its own.
+#pragma once
+
+#include <cadex/Base_WriterParameters.hxx>
+
+namespace cadex {
+
+class STEP_WriterParameters : public Base_WriterParameters
+{
+public:
+    STEP_WriterParameters() = default;
+};
+
+} // namespace cadex

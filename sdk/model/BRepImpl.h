@@ -1,0 +1,22 @@
+// The object behind ModelData_BRepRepresentation. This room knows no geometry kernel: an engine derives a
+// class that holds its shape, with the appearances of its faces, and wraps it.
+//
+//     class OcctBRep : public BRepImpl { TopoDS_Shape shape; ... };
+//     auto brep = MakeHandle<ModelData_BRepRepresentation>(new OcctBRep(shape));
+//     auto* back = dynamic_cast<OcctBRep*>(brep.Impl());
+#pragma once
+
+#include <cadex/internal/Object.hxx>
+
+namespace cadex {
+namespace internal {
+
+class BRepImpl : public ObjectImpl
+{
+public:
+    BRepImpl() : ObjectImpl(TypeBRepRepresentation) {}
+    ~BRepImpl() override;
+};
+
+} // namespace internal
+} // namespace cadex
