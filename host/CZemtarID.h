@@ -1,0 +1,24 @@
+#pragma once
+
+#include <compare>
+
+namespace Zemtar {
+
+/// The identity of an entity: unique within its document, counted from 1 in order of creation, never used
+/// again. The default one identifies nothing.
+class CZemtarID
+{
+public:
+    CZemtarID() = default;
+    explicit CZemtarID(unsigned long long value) : m_value(value) {}
+
+    bool IsNull() const { return m_value == 0; }
+    unsigned long long Value() const { return m_value; }
+
+    auto operator<=>(const CZemtarID&) const = default;
+
+private:
+    unsigned long long m_value = 0;
+};
+
+} // namespace Zemtar

@@ -1,0 +1,38 @@
+#pragma once
+
+namespace Zemtar {
+
+class CZemtarPolygonsTable;
+class CZemtarRigGeometryTable;
+class CZemtarTextureCoordinatesTable;
+class CZemtarVerticiesNormalsTable;
+class CZemtarVerticiesTable;
+
+/// Operations on mesh tables.
+class CZemtarMesh
+{
+public:
+    CZemtarMesh() = delete;
+
+    /// Merges identical vertices: of all whose position, normal, texture coordinate and rig influence are the
+    /// same, the first stays, in the order in which they stand, and the polygons point to it. With
+    /// `positionsOnly` the position alone decides, and the first one's other values stay. Surplus memory of
+    /// the tables is released.
+    ///
+    /// Numbers are the same when they are equal, so that 0.0 and -0.0 merge, or have the same bits, so that a
+    /// vertex with a NaN merges with its exact copies. Nothing is rounded.
+    ///
+    /// Null or empty tables other than the vertices take no part. A table whose length is not that of the
+    /// vertices cannot belong to them by index: it takes no part and is left as it is. Polygon indices beyond
+    /// the vertices are left as they are. Without vertices nothing happens.
+    ///
+    /// Time is linear in the number of vertices; besides the tables it takes 4 bytes a vertex and 4 to 16 for
+    /// each one that stays.
+    static void CombineIdenticalVerticesInPlace(CZemtarVerticiesTable* vertices,
+                                                CZemtarVerticiesNormalsTable* normals,
+                                                CZemtarPolygonsTable* polygons,
+                                                CZemtarTextureCoordinatesTable* textureCoordinates,
+                                                bool positionsOnly, CZemtarRigGeometryTable* rig);
+};
+
+} // namespace Zemtar

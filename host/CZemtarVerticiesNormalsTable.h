@@ -1,0 +1,31 @@
+#pragma once
+
+#include "host/CZemtar3DVertex.h"
+#include "host/CZemtarCoordinateTable.h"
+
+namespace Zemtar {
+
+/// The normals of a geometry's vertices, by the same index; empty when it has none.
+class CZemtarVerticiesNormalsTable : public CZemtarCoordinateTable<3>
+{
+public:
+    /// Makes an empty table in `document`, which owns it; null without a document. Without `doublePrecision`
+    /// each appended number is rounded to single precision.
+    static CZemtarVerticiesNormalsTable* Create(CZemtarDocument* document, bool doublePrecision);
+    /// Makes a copy of the table in `document`.
+    CZemtarVerticiesNormalsTable* CreateCopy(CZemtarDocument& document) const;
+
+    CZemtar3DVertex Item(unsigned int index) const
+    {
+        const double* entry = Data() + Width * index;
+        return {entry[0], entry[1], entry[2]};
+    }
+    virtual void Append(double x, double y, double z);
+
+    const char* ArchiveName() const override { return "vertices-normals-table"; }
+
+protected:
+    using CZemtarCoordinateTable::CZemtarCoordinateTable;
+};
+
+} // namespace Zemtar
