@@ -62,6 +62,9 @@ public:
     /// time on that path.
     void Accept(ElementVisitor& theVisitor) const;
 
+    /// For engines: the shared object.
+    internal::ObjectImpl* Impl() const { return myImpl.Get(); }
+
 private:
     internal::Ref<internal::ObjectImpl> myImpl;
 };

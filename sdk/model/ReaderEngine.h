@@ -23,7 +23,7 @@ public:
     virtual ~ReaderEngine() = default;
 
     /// Loads the file. `parameters` is the format's own class (static_cast, for example to
-    /// STEP_ReaderParameters) and outlives the engine.
+    /// STEP_ReaderParameters), valid until Transfer has returned.
     virtual bool ReadFile(const std::filesystem::path& file, const Base_ReaderParameters& parameters) = 0;
     /// Loads from a stream; engines that need a file keep this.
     virtual bool ReadStream(std::istream&, const Base_ReaderParameters&) { return false; }

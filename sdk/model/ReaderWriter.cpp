@@ -1,0 +1,164 @@
+#include <cadex/Base_Reader.hxx>
+#include <cadex/Base_Writer.hxx>
+
+#include <string>
+#include <utility>
+
+#include "sdk/model/EngineRegistry.h"
+
+namespace cadex {
+
+namespace {
+
+/// Runs a call into an engine; whatever it throws is a failure.
+template <typename Call>
+bool Guarded(Call call) noexcept
+{
+    try {
+        return call();
+    } catch (...) {
+        return false;
+    }
+}
+
+bool InRange(internal::Format format)
+{
+    return format > internal::Format::None && static_cast<int>(format) < internal::FormatCount;
+}
+
+Base_UTF16String TextOf(const std::filesystem::path& path)
+{
+    return Base_UTF16String(reinterpret_cast<const char*>(path.u8string().c_str()));
+}
+
+} // namespace
+
+Base_Reader::Base_Reader(internal::Format theFormat) : myFormat(theFormat) {}
+
+Base_Reader::~Base_Reader() = default;
+
+bool Base_Reader::ReadFile(const Base_UTF16String& theFileName)
+{
+    myEngine.reset();
+    return Guarded([&] {
+        const internal::ReaderFactory& factory = internal::EngineRegistry::Instance().Reader(myFormat);
+        const std::filesystem::path path = internal::PathOf(theFileName);
+        auto engine = factory ? factory() : nullptr;
+        if (engine == nullptr || !engine->ReadFile(path, BaseParameters())) {
+            return false;
+        }
+        myBaseName = TextOf(path.stem());
+        myEngine = std::move(engine);
+        return true;
+    });
+}
+
+bool Base_Reader::ReadFile(std::istream& theStream)
+{
+    myEngine.reset();
+    return Guarded([&] {
+        const internal::ReaderFactory& factory = internal::EngineRegistry::Instance().Reader(myFormat);
+        auto engine = factory ? factory() : nullptr;
+        if (engine == nullptr || !engine->ReadStream(theStream, BaseParameters())) {
+            return false;
+        }
+        myBaseName.Clear();
+        myEngine = std::move(engine);
+        return true;
+    });
+}
+
+bool Base_Reader::Transfer(ModelData_Model& theModel)
+{
+    return Guarded([&] {
+        if (myEngine == nullptr || !myEngine->Transfer(theModel)) {
+            return false;
+        }
+        if (theModel.Name().IsEmpty()) {
+            theModel.SetName(myBaseName);
+        }
+        return true;
+    });
+}
+
+Base_Writer::Base_Writer(internal::Format theFormat) : myFormat(theFormat) {}
+
+Base_Writer::~Base_Writer() = default;
+
+bool Base_Writer::Transfer(const ModelData_Model& theModel)
+{
+    myEngine.reset();
+    return Guarded([&] {
+        const internal::WriterFactory& factory = internal::EngineRegistry::Instance().Writer(myFormat);
+        auto engine = factory ? factory() : nullptr;
+        if (engine == nullptr || !engine->Transfer(theModel, BaseParameters())) {
+            return false;
+        }
+        myEngine = std::move(engine);
+        return true;
+    });
+}
+
+bool Base_Writer::WriteFile(const Base_UTF16String& theFileName)
+{
+    return Guarded([&] { return myEngine != nullptr && myEngine->WriteFile(internal::PathOf(theFileName)); });
+}
+
+bool Base_Writer::WriteFile(std::ostream& theStream)
+{
+    return Guarded([&] { return myEngine != nullptr && myEngine->WriteStream(theStream); });
+}
+
+namespace internal {
+
+EngineRegistry& EngineRegistry::Instance()
+{
+    static EngineRegistry registry = [] {
+        EngineRegistry filled;
+        RegisterEngines(filled);
+        return filled;
+    }();
+    return registry;
+}
+
+ReaderFactory EngineRegistry::SetReader(Format format, ReaderFactory factory)
+{
+    return InRange(format) ? std::exchange(myReaders[static_cast<std::size_t>(format)], std::move(factory))
+                           : ReaderFactory();
+}
+
+WriterFactory EngineRegistry::SetWriter(Format format, WriterFactory factory)
+{
+    return InRange(format) ? std::exchange(myWriters[static_cast<std::size_t>(format)], std::move(factory))
+                           : WriterFactory();
+}
+
+// Slot 0 belongs to no format and stays empty.
+const ReaderFactory& EngineRegistry::Reader(Format format) const
+{
+    return myReaders[InRange(format) ? static_cast<std::size_t>(format) : 0];
+}
+
+const WriterFactory& EngineRegistry::Writer(Format format) const
+{
+    return myWriters[InRange(format) ? static_cast<std::size_t>(format) : 0];
+}
+
+bool CanRead(Format format)
+{
+    return static_cast<bool>(EngineRegistry::Instance().Reader(format));
+}
+
+bool CanWrite(Format format)
+{
+    return static_cast<bool>(EngineRegistry::Instance().Writer(format));
+}
+
+std::filesystem::path PathOf(const Base_UTF16String& text)
+{
+    const std::string utf8 = text.ToUTF8();
+    return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
+}
+
+} // namespace internal
+} // namespace cadex
