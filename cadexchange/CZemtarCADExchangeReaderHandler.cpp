@@ -15,6 +15,7 @@
 #include <cadex/ModelData_RepresentationMask.hxx>
 #include <cadex/ModelData_Transformation.hxx>
 
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
@@ -119,6 +120,7 @@ CZemtarDocument* CZemtarCADExchangeReaderHandler::Import(CZemtarString fileName,
         Report("Reader is NULL!");
         return nullptr;
     }
+    const auto start = std::chrono::steady_clock::now();
     cadex::ModelData_Model model{cadex::Base_UTF16String()};
     if (!ReadRepaired(*reader, fileName)) {
         return nullptr;
@@ -135,6 +137,7 @@ CZemtarDocument* CZemtarCADExchangeReaderHandler::Import(CZemtarString fileName,
     parameters.SetAngularDeflection(angle * 3.1415926535 / 180.0);
     parameters.SetChordalDeflection(chord);
     cadex::ModelAlgo_BRepMesher(parameters).Compute(model, true);
+    m_readAndMeshSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     return Walk(model);
 }
 

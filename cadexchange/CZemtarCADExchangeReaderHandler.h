@@ -64,6 +64,9 @@ public:
      */
     CZemtarDocument* Import(CZemtarString fileName, cadex::Base_Reader* reader, int tessellationFactor);
 
+    /** The seconds that the last import spent in the SDK, reading, transferring and meshing; 0 before any. */
+    double ReadAndMeshSeconds() const { return m_readAndMeshSeconds; }
+
     /**
      * The mesher's tolerances for a level: 0 (finest) to 100, interpolated between 5 and 60 whole degrees and
      * chords of 0.0025 and 0.08. Negative levels extend the second band; above 100 it is 30 and 0.01.
@@ -125,6 +128,7 @@ private:
     ObjectMap<cadex::ModelData_Appearance, CZemtarMaterial*> m_appearanceMaterials;
     CZemtarMaterial* m_currentMaterial = nullptr; ///< the last one made or met; never restored
     CZemtarDocument* m_document = nullptr;
+    double m_readAndMeshSeconds = 0.0;
 
     static CZemtarCADExchangeReaderHandler* m_instance;
 };
