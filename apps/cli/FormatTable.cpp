@@ -1,0 +1,80 @@
+#include "apps/cli/FormatTable.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+
+#if __has_include(<cadex/internal/Formats.hxx>)
+#include <cadex/internal/Formats.hxx>
+#define ZEMTAR_OPEN_ENGINE 1
+#endif
+
+using Zemtar::CZemtarCADExchangeReader;
+using Zemtar::CZemtarCADExchangeWriter;
+
+const std::vector<FormatEntry>& AllFormats()
+{
+    using R = CZemtarCADExchangeReader;
+    using W = CZemtarCADExchangeWriter;
+    // NOTE: ".prt" belongs to two formats; it means NX here, and --format creo names the other.
+    static const std::vector<FormatEntry> formats = {
+        {"ACIS", "sat sab asat asab", R::eReaderACIS, W::eWriterACIS},
+        {"Creo", "asm xas xpr", R::eReaderCreo, W::eWriterCreo},
+        {"IFC", "ifc", R::eReaderIFC, W::eWriterIFC},
+        {"IGES", "igs iges", R::eReaderIGES, W::eWriterIGES},
+        {"JT", "jt", R::eReaderJT, W::eWriterJT},
+        {"NX", "prt", R::eReaderNX, W::eWriterNX},
+        {"Parasolid", "x_t x_b xmt_txt xmt_bin", R::eReaderParasolid, W::eWriterParasolid},
+        {"Rhino", "3dm", R::eReaderRhino, W::eWriterRhino},
+        {"SolidWorks", "sldprt sldasm", R::eReaderSolidWorks, W::eWriterSolidWorks},
+        {"STEP", "step stp p21", R::eReaderSTEP, W::eWriterSTEP},
+    };
+    return formats;
+}
+
+QStringList FormatEntry::Extensions() const
+{
+    return QString::fromLatin1(extensions.data(), static_cast<int>(extensions.size())).split(' ');
+}
+
+#ifdef ZEMTAR_OPEN_ENGINE
+bool FormatEntry::CanRead() const
+{
+    return cadex::internal::CanRead(static_cast<cadex::internal::Format>(reader));
+}
+
+bool FormatEntry::CanWrite() const
+{
+    return cadex::internal::CanWrite(static_cast<cadex::internal::Format>(writer));
+}
+#else
+bool FormatEntry::CanRead() const
+{
+    return true;
+}
+
+bool FormatEntry::CanWrite() const
+{
+    using W = CZemtarCADExchangeWriter;
+    return writer != W::eWriterCreo && writer != W::eWriterNX && writer != W::eWriterSolidWorks;
+}
+#endif
+
+const FormatEntry* FormatByName(const QString& name)
+{
+    const auto& formats = AllFormats();
+    const auto found = std::find_if(formats.begin(), formats.end(), [&](const FormatEntry& format) {
+        return format.Name().compare(name, Qt::CaseInsensitive) == 0;
+    });
+    return found == formats.end() ? nullptr : &*found;
+}
+
+const FormatEntry* FormatByFileName(const QString& fileName)
+{
+    const QString extension = QFileInfo(fileName).suffix().toLower();
+    const auto& formats = AllFormats();
+    const auto found = std::find_if(formats.begin(), formats.end(), [&](const FormatEntry& format) {
+        return format.Extensions().contains(extension);
+    });
+    return found == formats.end() ? nullptr : &*found;
+}

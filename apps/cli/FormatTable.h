@@ -1,0 +1,34 @@
+#pragma once
+
+#include "cadexchange/CZemtarCADExchangeReader.h"
+#include "cadexchange/CZemtarCADExchangeWriter.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <string_view>
+
+/// One CAD format as the program knows it: its name, the file extensions that stand for it, and its numbers
+/// in the library.
+struct FormatEntry
+{
+    std::string_view name;       ///< as the user writes it with --format, and as it is printed
+    std::string_view extensions; ///< lower case, separated by blanks; the first is the usual one
+    Zemtar::CZemtarCADExchangeReader::eReaderType reader;
+    Zemtar::CZemtarCADExchangeWriter::eWriterType writer;
+
+    QString Name() const { return QString::fromLatin1(name.data(), static_cast<int>(name.size())); }
+    QStringList Extensions() const;
+    /// Tells whether the engine in this build opens (saves) files of the format.
+    bool CanRead() const;
+    bool CanWrite() const;
+};
+
+/// All formats, in the order of their numbers.
+const std::vector<FormatEntry>& AllFormats();
+
+/// Finds a format by its name, in any letter case; null when there is none.
+const FormatEntry* FormatByName(const QString& name);
+
+/// Finds a format by a file name's extension, in any letter case; null when no format has it.
+const FormatEntry* FormatByFileName(const QString& fileName);
