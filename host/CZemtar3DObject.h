@@ -19,7 +19,6 @@ class CZemtar3DObject : public CZemtarSceneNode
 public:
     /// Makes a mesh node without geometry in `document`, which owns it; null without a document.
     static CZemtar3DObject* Create(CZemtarDocument* document);
-    ~CZemtar3DObject() override;
 
     /// Refers to the geometry, which is not copied and may be given to several objects; null removes it.
     void SetGeometry(const CZemtarGeometry* geometry);
@@ -29,7 +28,8 @@ public:
     /// and of its tables, and with it a new definition id. Null when there is none.
     CZemtarGeometry* EditableGeometry();
     /// Identifies what the object shares with others: equal for two objects of one document exactly when they
-    /// have the same geometry and the same texture coordinates. Empty without geometry.
+    /// refer to the same geometry and the same texture coordinates table, where an empty table counts as
+    /// none. Empty without geometry.
     CZemtarString GeometyDefinitionID() const;
 
     /// Refers to the table, whose entries belong to the geometry's vertices by index; null removes it.

@@ -32,7 +32,7 @@ protected:
     using CZemtarEntity::CZemtarEntity;
 
 private:
-    void ScaleLengths(double factor) override;
+    void ScaleLengths(const CZemtarLengthRatio& ratio) override;
 
     CZemtarString m_name;
     CZemtar3DVertex m_position{0.0, 0.0, 1.0};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/CZemtarEntity.h"
+#include "host/CZemtarUnit.h"
 
 #include <cstddef>
 #include <vector>
@@ -53,10 +54,10 @@ protected:
             RoundLastEntry();
         }
     }
-    void ScaleAll(double factor)
+    void ScaleAll(const CZemtarLengthRatio& ratio)
     {
         for (double& value : m_values) {
-            value *= factor;
+            value = ratio.Apply(value);
         }
     }
 

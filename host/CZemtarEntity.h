@@ -6,6 +6,7 @@
 namespace Zemtar {
 
 class CZemtarDocument;
+struct CZemtarLengthRatio;
 
 /// Base of all that a document owns: nodes, geometry, tables, materials. An entity is made by the static
 /// `Create` of its class, lives until its document ends, and is told from others by its id. Deleting one sets
@@ -27,9 +28,9 @@ protected:
 
 private:
     friend class CZemtarDocument;
-    /// Multiplies every length that the entity itself holds; called once for each entity when a unit is
+    /// Converts every length that the entity itself holds; called once for each entity when a unit is
     /// applied.
-    virtual void ScaleLengths(double factor) { static_cast<void>(factor); }
+    virtual void ScaleLengths(const CZemtarLengthRatio&) {}
 
     CZemtarDocument* m_document;
     CZemtarID m_id;

@@ -49,6 +49,8 @@ protected:
     explicit CZemtarPolygonsTable(CZemtarDocument& document) : CZemtarEntity(document) {}
 
 private:
+    void AppendCorners(const unsigned int* indices, unsigned int count);
+
     std::vector<unsigned int> m_indices;
     std::vector<std::size_t>
         m_starts; ///< empty while all are triangles; else each polygon's start, and the end

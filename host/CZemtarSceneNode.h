@@ -93,7 +93,7 @@ protected:
 
 private:
     friend class CZemtarTreeCopy;
-    void ScaleLengths(double factor) override;
+    void ScaleLengths(const CZemtarLengthRatio& ratio) override;
 
     CZemtarString m_name;
     CZemtarSceneNode* m_parent = nullptr;

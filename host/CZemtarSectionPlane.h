@@ -23,7 +23,7 @@ protected:
     using CZemtarEntity::CZemtarEntity;
 
 private:
-    void ScaleLengths(double factor) override;
+    void ScaleLengths(const CZemtarLengthRatio& ratio) override;
 
     CZemtar3DVertex m_origin;
     CZemtar3DVertex m_normal{0.0, 0.0, 1.0};

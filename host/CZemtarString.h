@@ -119,8 +119,9 @@ public:
     CZemtarString& ReplaceExtension(const wchar_t* extension);
     /// Turns every separator into the system's.
     CZemtarString& ReplaceSlashWithSystemSlash();
-    /// Steps into `folder`, as a shell's cd does: ".." leads to the parent, "." nowhere, an absolute path
-    /// replaces all, every other text is appended after one system separator. No trailing separator is added.
+    /// Steps into `folder`, as a shell's cd does, component by component: ".." leads to the parent, "."
+    /// nowhere, any other one is appended after one system separator. An absolute path replaces all. No
+    /// trailing separator is added.
     CZemtarString& CD(const CZemtarString& folder);
 
     friend CZemtarString operator+(const char* utf8, const CZemtarString& text)

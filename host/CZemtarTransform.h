@@ -20,7 +20,7 @@ protected:
     using CZemtarEntity::CZemtarEntity;
 
 private:
-    void ScaleLengths(double factor) override;
+    void ScaleLengths(const CZemtarLengthRatio& ratio) override;
 
     CZemtarMatrix m_matrix;
 };

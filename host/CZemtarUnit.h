@@ -4,6 +4,17 @@
 
 namespace Zemtar {
 
+/// A factor between units as a fraction, so that a conversion is rounded as little as can be: millimetres are
+/// divided by 1000, not multiplied by a rounded 0.001.
+struct CZemtarLengthRatio
+{
+    double numerator = 1.0;
+    double denominator = 1.0;
+
+    double Apply(double length) const { return length * numerator / denominator; }
+    bool IsOne() const { return numerator == denominator; }
+};
+
 /// The unit that lengths are given in: metres by default, as in documents.
 class CZemtarUnit
 {
@@ -14,9 +25,11 @@ public:
     enumLengthUnit GetLengthUnit() const { return m_lengthUnit; }
     void SetLengthUnit(enumLengthUnit unit) { m_lengthUnit = unit; }
 
-    /// Gives the length of one unit in metres, exact to the last bit of a double; 1 for a number that is no
+    /// Gives the length of one unit in metres as a fraction of whole numbers; one for a number that is no
     /// unit.
-    static double MetresPerUnit(enumLengthUnit unit);
+    static CZemtarLengthRatio MetreRatio(enumLengthUnit unit);
+    /// Gives the same as one rounded number.
+    static double MetresPerUnit(enumLengthUnit unit) { return MetreRatio(unit).Apply(1.0); }
 
 private:
     enumLengthUnit m_lengthUnit = eLengthUnitMetre;

@@ -28,7 +28,7 @@ protected:
     using CZemtarCoordinateTable::CZemtarCoordinateTable;
 
 private:
-    void ScaleLengths(double factor) override;
+    void ScaleLengths(const CZemtarLengthRatio& ratio) override;
 };
 
 } // namespace Zemtar

@@ -1,0 +1,30 @@
+#include "host/CZemtarBranding.h"
+
+namespace Zemtar {
+
+CZemtarBranding* CZemtarBranding::getInstance()
+{
+    static CZemtarBranding instance;
+    return &instance;
+}
+
+std::string CZemtarBranding::getString(String which) const
+{
+    switch (which) {
+    case OrganizationName:
+        return "Zemtar";
+    case OrganizationDomain:
+        return "org.zemtar";
+    case ApplicationTitle:
+        return "Zemtar Viewer";
+    case ApplicationName:
+        return "ZemtarViewer";
+    case ApplicationVersion:
+        return "1.0";
+    case WindowIcon:
+        return ":/zemtar/window-icon.svg";
+    }
+    return {};
+}
+
+} // namespace Zemtar
