@@ -1,0 +1,54 @@
+#include <cadex/ModelAlgo_BRepMesher.hxx>
+
+#include <cadex/ModelData_BRepRepresentation.hxx>
+#include <cadex/ModelData_Model.hxx>
+#include <cadex/ModelData_Part.hxx>
+
+#include "sdk/occt/DistinctParts.h"
+#include "sdk/occt/EngineScope.h"
+#include "sdk/occt/OcctBRep.h"
+#include "sdk/occt/PartMesher.h"
+
+namespace cadex {
+
+namespace {
+
+void MeshParts(std::vector<ModelData_Part> parts, const ModelAlgo_BRepMesherParameters& parameters,
+               bool enforceAddition)
+{
+    const occt::MeshTolerances tolerances = occt::MakeTolerances(parameters);
+    for (ModelData_Part& part : parts) {
+        if (!enforceAddition && !part.PolyRepresentation(ModelData_RM_Poly).IsNull()) {
+            continue;
+        }
+        const ModelData_BRepRepresentation brep = part.BRepRepresentation();
+        ModelData_PolyRepresentation mesh;
+        // One part's failure costs that part alone.
+        occt::RunGuarded(occt::EngineUse::Geometry, [&] {
+            if (const auto* exact = occt::BRepOf<occt::OcctBRep>(brep)) {
+                mesh = occt::MeshShape(*exact, tolerances, parameters.MergeFaceSets(), part.Name());
+            } else if (const auto* facets = occt::BRepOf<occt::FacetedBRep>(brep)) {
+                mesh = occt::MeshFacets(*facets, part.Name());
+            }
+            return true;
+        });
+        if (!mesh.IsNull()) {
+            part.AddRepresentation(mesh);
+        }
+    }
+}
+
+} // namespace
+
+void ModelAlgo_BRepMesher::Compute(const ModelData_Model& theModel, bool theEnforceAddition) const
+{
+    MeshParts(occt::DistinctParts(theModel), myParameters, theEnforceAddition);
+}
+
+void ModelAlgo_BRepMesher::Compute(const ModelData_SceneGraphElement& theElement,
+                                   bool theEnforceAddition) const
+{
+    MeshParts(occt::DistinctParts(theElement), myParameters, theEnforceAddition);
+}
+
+} // namespace cadex

@@ -1,0 +1,126 @@
+#include "sdk/occt/ShapeMesher.h"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+#include <BRepBndLib.hxx>
+#include <BRepMesh_IncrementalMesh.hxx>
+#include <BRepTools.hxx>
+#include <BRep_Tool.hxx>
+#include <Bnd_Box.hxx>
+#include <OSD_Exception.hxx>
+#include <Standard_ErrorHandler.hxx>
+#include <Standard_Failure.hxx>
+#include <TopExp.hxx>
+#include <TopTools_IndexedMapOfShape.hxx>
+#include <TopoDS.hxx>
+
+#include <cadex/Base_Settings.hxx>
+#include <cadex/ModelAlgo_BRepMesherParameters.hxx>
+
+namespace cadex::occt {
+
+namespace {
+
+constexpr double kDegree = M_PI / 180;
+constexpr double kSmallestAngle = 0.5 * kDegree;
+constexpr double kLargestAngle = 90 * kDegree;
+constexpr double kSmallestRelativeChord = 1e-4;
+constexpr double kSmallestChord = 1e-5;
+constexpr double kLargestChord = 1e6;
+
+// From this many faces on, threads gain more than they cost (measured; see bench/mesher.cpp).
+constexpr int kParallelFaces = 400;
+
+/// True for NaN too.
+bool IsNotPositive(double value)
+{
+    return !(value > 0);
+}
+
+/// False when the kernel gave up on the shape as a whole.
+bool TryMesh(const TopoDS_Shape& shape, const MeshTolerances& tolerances, bool parallel)
+{
+    IMeshTools_Parameters parameters;
+    parameters.Deflection = tolerances.chord;
+    parameters.Angle = tolerances.angle;
+    parameters.Relative = tolerances.relative;
+    parameters.InParallel = parallel;
+    try {
+        OCC_CATCH_SIGNALS
+        BRepMesh_IncrementalMesh mesher(shape, parameters);
+        return true;
+    } catch (const Standard_Failure&) {
+        return false;
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+} // namespace
+
+MeshTolerances MakeTolerances(const ModelAlgo_BRepMesherParameters& parameters)
+{
+    const ModelAlgo_BRepMesherParameters fine(ModelAlgo_BRepMesherParameters::Fine);
+    MeshTolerances result;
+    result.relative = parameters.IsRelativeChordalDeflection();
+    result.parallel = Base_Settings::Default()->BoolValue(Base_Settings::ConcurrentMode, true);
+
+    const double angle = parameters.AngularDeflection();
+    result.angle =
+        IsNotPositive(angle) ? fine.AngularDeflection() : std::clamp(angle, kSmallestAngle, kLargestAngle);
+
+    const double chord = parameters.ChordalDeflection();
+    if (IsNotPositive(chord)) {
+        result.relative = true;
+        result.chord = fine.ChordalDeflection();
+    } else if (result.relative) {
+        result.chord = std::clamp(chord, kSmallestRelativeChord, 1.0);
+    } else {
+        result.chord = std::clamp(chord, kSmallestChord, kLargestChord);
+    }
+    return result;
+}
+
+double ShapeSize(const TopoDS_Shape& shape)
+{
+    Bnd_Box box;
+    BRepBndLib::Add(shape, box, false);
+    if (box.IsVoid()) {
+        return 0;
+    }
+    double low[3];
+    double high[3];
+    box.Get(low[0], low[1], low[2], high[0], high[1], high[2]);
+    return std::max({high[0] - low[0], high[1] - low[1], high[2] - low[2]});
+}
+
+void MeshFaces(const TopoDS_Shape& shape, const MeshTolerances& tolerances)
+{
+    // A finer triangulation left by an earlier run would be kept and the result depend on history.
+    ForgetTriangulations(shape);
+    TopTools_IndexedMapOfShape faces;
+    TopExp::MapShapes(shape, TopAbs_FACE, faces);
+    if (faces.IsEmpty() ||
+        TryMesh(shape, tolerances, tolerances.parallel && faces.Extent() >= kParallelFaces)) {
+        return;
+    }
+    // One face has stopped the whole: the rest is meshed face by face. A relative chord then refers to the
+    // face.
+    for (int i = 1; i <= faces.Extent(); ++i) {
+        TopLoc_Location location;
+        if (BRep_Tool::Triangulation(TopoDS::Face(faces(i)), location).IsNull()) {
+            TryMesh(faces(i), tolerances, false);
+        }
+    }
+}
+
+void ForgetTriangulations(const TopoDS_Shape& shape)
+{
+    BRepTools::Clean(shape);
+}
+
+} // namespace cadex::occt
