@@ -5,6 +5,7 @@
 //     else if (const FacetedBRep* facets = BRepOf<FacetedBRep>(part.BRepRepresentation())) { ... }
 #pragma once
 
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -18,6 +19,7 @@
 #include <cadex/ModelData_Point.hxx>
 
 #include "sdk/model/BRepImpl.h"
+#include "sdk/occt/MassProperties.h"
 
 namespace cadex {
 namespace occt {
@@ -25,6 +27,13 @@ namespace occt {
 /// Appearances of faces, and of edges that belong to no face; found whatever the orientation of the shape
 /// asked for.
 using ShapeAppearances = NCollection_DataMap<TopoDS_Shape, ModelData_Appearance, TopTools_ShapeMapHasher>;
+
+/// What has been integrated once; guarded by the engine's lock.
+struct KnownMass
+{
+    bool isKnown = false;
+    std::optional<MassProperties> value;
+};
 
 /// An exact shape: solids, shells and faces, and wires and edges that belong to no face (loose curves), in
 /// millimetres and in the part's own coordinates. Parts may share the kernel's geometry; treat it as
@@ -45,6 +54,7 @@ public:
     ModelData_Appearance
         appearance;               ///< of the body as a whole, the same object as the part's; null when none
     ShapeAppearances appearances; ///< only what differs from the body's; equal styles share one object
+    mutable KnownMass mass;
 };
 
 /// Triangles that look alike, in millimetres, wound so that the normal by the right-hand rule points
@@ -64,6 +74,7 @@ class FacetedBRep : public internal::BRepImpl
 public:
     std::vector<FacetGroup> groups; ///< one for each distinct appearance, the body's own first
     bool closed = false;            ///< every shell of the body is closed, so that it has a volume
+    mutable KnownMass mass;
 };
 
 /// The representation's object as the class asked for; null when the handle is null or its object is of
