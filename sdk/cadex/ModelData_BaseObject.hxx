@@ -49,7 +49,7 @@ public:
     void SetImpl(internal::ObjectImpl* theImpl) { myImpl = theImpl; }
 
 private:
-    internal::Ref<internal::ObjectImpl> myImpl;
+    internal::Shared<internal::ObjectImpl> myImpl;
 };
 
 /// True when both refer to the same object, or both are null.

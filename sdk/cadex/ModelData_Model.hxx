@@ -66,7 +66,7 @@ public:
     internal::ObjectImpl* Impl() const { return myImpl.Get(); }
 
 private:
-    internal::Ref<internal::ObjectImpl> myImpl;
+    internal::Shared<internal::ObjectImpl> myImpl;
 };
 
 } // namespace cadex

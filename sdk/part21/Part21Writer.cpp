@@ -1,5 +1,6 @@
 #include "sdk/part21/Part21Writer.h"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -38,16 +39,53 @@ int EscapeOf(UTF32 code)
     return code >= 0x20 && code < 0x7F ? 0 : code < 0x10000 ? 4 : 8;
 }
 
+/// Prints a finite value and returns the end; the place has LongestNumber bytes.
+// NOTE: ISO 10303-21, 6.4.2: a real has a decimal point after its first digits and an exponent in upper case.
+template <typename T>
+char* PrintReal(char* place, T value)
+{
+    char* end = std::to_chars(place, place + LongestNumber - 1, value == 0 ? T(0) : value).ptr;
+    char* point = std::find_if(place, end, [](char c) { return c == '.' || c == 'e'; });
+    char* exponent = std::find(point, end, 'e');
+    if (point == exponent) // no point yet
+    {
+        std::memmove(point + 1, point, static_cast<std::size_t>(end - point));
+        *point = '.';
+        ++exponent;
+        ++end;
+    }
+    if (exponent < end) {
+        *exponent = 'E';
+    }
+    return end;
+}
+
 } // namespace
+
+std::string Part21Real(double value)
+{
+    char text[LongestNumber];
+    return std::string(text, PrintReal(text, value));
+}
+
+std::string Part21Real(float value)
+{
+    char text[LongestNumber];
+    return std::string(text, PrintReal(text, value));
+}
 
 std::string Part21TimeStamp()
 {
-    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    return Part21TimeStamp(std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()));
+}
+
+std::string Part21TimeStamp(std::time_t time)
+{
     std::tm utc{};
 #ifdef _WIN32
-    gmtime_s(&utc, &now);
+    gmtime_s(&utc, &time);
 #else
-    gmtime_r(&now, &utc);
+    gmtime_r(&time, &utc);
 #endif
     char text[32];
     return std::string(text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc));
@@ -172,7 +210,6 @@ void Part21Writer::PutInteger(std::int64_t value)
     myEnd = std::to_chars(place, place + LongestNumber, value).ptr;
 }
 
-// NOTE: ISO 10303-21, 6.4.2: a real has a decimal point after its first digits and an exponent in upper case.
 template <typename T>
 void Part21Writer::PutReal(T value)
 {
@@ -180,31 +217,7 @@ void Part21Writer::PutReal(T value)
         myOk = false; // there is no such real; the file must not be taken for a right one
         value = 0;
     }
-    char* place = Need(LongestNumber);
-    char* end = std::to_chars(place, place + LongestNumber - 1, value == 0 ? T(0) : value).ptr;
-    char* exponent = nullptr;
-    for (char* c = place; c != end; ++c) {
-        if (*c == '.') {
-            exponent = static_cast<char*>(std::memchr(c, 'e', static_cast<std::size_t>(end - c)));
-            if (exponent != nullptr) {
-                *exponent = 'E';
-            }
-            myEnd = end;
-            return;
-        }
-        if (*c == 'e') {
-            exponent = c;
-            break;
-        }
-    }
-    if (exponent == nullptr) {
-        *end = '.';
-    } else {
-        std::memmove(exponent + 1, exponent, static_cast<std::size_t>(end - exponent));
-        exponent[0] = '.';
-        exponent[1] = 'E';
-    }
-    myEnd = end + 1;
+    myEnd = PrintReal(Need(LongestNumber), value);
 }
 
 void Part21Writer::TextSlow(std::string_view text)

@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <ctime>
 #include <memory>
 #include <span>
 #include <string>
@@ -78,8 +79,13 @@ struct Part21Header
     std::string_view schema;
 };
 
-/// Now, in UTC: 2024-05-17T09:30:00Z.
+/// A time in UTC, as 2024-05-17T09:30:00Z; without an argument now.
 std::string Part21TimeStamp();
+std::string Part21TimeStamp(std::time_t time);
+
+/// The shortest form that reads back the same, always with a decimal point; the value must be finite.
+std::string Part21Real(double value);
+std::string Part21Real(float value);
 
 /// Appends the text as a string literal, quotes included. Printable ASCII stands as it is, apostrophe and
 /// backslash doubled; all else, control characters too, becomes \X2\ or \X4\. Surrogates without a partner
@@ -159,7 +165,14 @@ public:
     void Put(const Raw& raw) { Text(raw.text); }
     void Put(const Xyz& value);
     void Put(const TypedReal& value);
-    void Put(const char* utf8) { Put(Base_UTF16String(utf8)); }
+    void Put(const char* utf8)
+    {
+        if (*utf8 == 0) {
+            Text("''"); // most labels of entities are empty
+            return;
+        }
+        Put(Base_UTF16String(utf8));
+    }
     void Put(const std::string& utf8) { Put(Base_UTF16String(utf8.c_str())); }
     void Put(const Base_UTF16String& text);
     void Put(double value);

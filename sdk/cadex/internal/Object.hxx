@@ -65,29 +65,29 @@ private:
 
 /// Counted pointer to an ObjectImpl or a class derived from it.
 template <typename T>
-class Ref
+class Shared
 {
 public:
-    Ref() = default;
-    Ref(T* object) : myObject(object)
+    Shared() = default;
+    Shared(T* object) : myObject(object)
     {
         if (myObject != nullptr) {
             myObject->Retain();
         }
     }
-    Ref(const Ref& other) : Ref(other.myObject) {}
-    Ref(Ref&& other) noexcept : myObject(std::exchange(other.myObject, nullptr)) {}
+    Shared(const Shared& other) : Shared(other.myObject) {}
+    Shared(Shared&& other) noexcept : myObject(std::exchange(other.myObject, nullptr)) {}
     template <typename U>
-    Ref(const Ref<U>& other) : Ref(other.Get())
+    Shared(const Shared<U>& other) : Shared(other.Get())
     {
     }
-    ~Ref()
+    ~Shared()
     {
         if (myObject != nullptr) {
             myObject->Release();
         }
     }
-    Ref& operator=(Ref other) noexcept
+    Shared& operator=(Shared other) noexcept
     {
         std::swap(myObject, other.myObject);
         return *this;

@@ -1,0 +1,51 @@
+// Finds the bodies inside a triangle mesh: which points coincide, which triangles hang together, and whether
+// each connected piece is closed.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include <cadex/Base_Types.hxx>
+
+#include "sdk/model/TriangleSets.h"
+#include "sdk/part21/Placement.h"
+
+namespace cadex {
+namespace internal {
+
+/// Takes about 20 bytes a triangle while it is at work.
+struct MeshTopology
+{
+    static constexpr U32 Unused = 0xFFFFFFFFu;
+
+    /// A connected piece: triangles[first] .. triangles[last - 1].
+    struct Piece
+    {
+        std::size_t first = 0;
+        std::size_t last = 0;
+        bool closed = false; ///< every edge is run through as often one way as the other
+        double volume = 0;   ///< signed, in the file; a mirrored piece counts as turned round
+    };
+
+    std::vector<U32> triangles; ///< ordinals of the triangles worth writing, piece by piece
+    std::vector<U32> vertexOf;  ///< for each point its vertex, or Unused; equal positions share one
+    std::vector<U32> pointOf;   ///< for each vertex one of its points
+    std::vector<Piece> pieces;  ///< none is empty
+
+    /// `linear` maps the points into the file; triangles that have no area there, or a corner that is not
+    /// finite, are left out. A triangle with three distinct corners and no area still closes a gap between
+    /// its neighbours.
+    MeshTopology(const TriangleSetImpl& mesh, const Matrix3& linear);
+};
+
+/// The normal of a triangle with its length, twice the area; all zero when the triangle has no area (its
+/// height is below 1e-12 of its longest side) or is not finite.
+Vector3 AreaNormal(const Vector3& a, const Vector3& b, const Vector3& c);
+
+inline Vector3 Mapped(const Matrix3& linear, const ModelData_Point& point)
+{
+    return Multiply(linear, Vector3{point.X(), point.Y(), point.Z()});
+}
+
+} // namespace internal
+} // namespace cadex
