@@ -47,7 +47,7 @@ struct Room
 };
 
 constexpr Room Rooms[] = {
-    {"host/reference/", HostReference, Std | Host},
+    {"host/reference/", HostReference, Std | Host | Qt},
     {"host/", Host, Std},
     {"sdk/cadex/", SdkInterface, Std},
     {"sdk/model/", SdkModel, Std | SdkInterface},
@@ -79,8 +79,8 @@ const Room* RoomOf(const std::string& path)
 bool IsStandardHeader(const std::string& name)
 {
     static const std::vector<std::string> posix = {"unistd.h",    "fcntl.h",  "signal.h", "sys/stat.h",
-                                                   "sys/types.h", "errno.h",  "dirent.h", "stdlib.h",
-                                                   "locale.h",    "xlocale.h"};
+                                                   "sys/types.h", "errno.h",  "dirent.h", "langinfo.h",
+                                                   "stdlib.h",    "locale.h", "xlocale.h"};
     return name.find_first_of("./") == std::string::npos ||
            std::find(posix.begin(), posix.end(), name) != posix.end();
 }
