@@ -21,7 +21,7 @@ namespace Zemtar {
 namespace {
 
 constexpr std::size_t kDetectionBlock = 0x10000;
-constexpr qint64 kConversionBlock = 0x40000;
+constexpr qint64 kConversionBlock = 0x10000;
 
 struct FileCloser
 {
@@ -76,6 +76,13 @@ void replaceNonAsciiUnits(QString& text)
     }
 }
 
+/// NOTE: Qt's codecs do not count invalid characters reliably: those based on ICU leave U+FFFD instead, and their
+/// GBK reads the byte FF, which is no character in it, as U+F8F5.
+bool holdsInvalidBytes(const QString& text)
+{
+    return text.contains(QChar::ReplacementCharacter) || text.contains(QChar(0xF8F5));
+}
+
 enum class InvalidBytes
 {
     BecomeReplacementCharacters,
@@ -102,10 +109,8 @@ bool convertText(QFile& source, QIODevice& target, const Conversion& conversion)
     qint64 count = 0;
     while ((count = source.read(block.data(), kConversionBlock)) > 0) {
         QString text = conversion.codec->toUnicode(block.data(), static_cast<int>(count), &state);
-        // NOTE: Qt's codecs do not count invalid characters reliably; those based on ICU leave U+FFFD
-        // instead.
         if (conversion.invalidBytes == InvalidBytes::StopConversion &&
-            (state.invalidChars > 0 || text.contains(QChar::ReplacementCharacter))) {
+            (state.invalidChars > 0 || holdsInvalidBytes(text))) {
             return false;
         }
         if (conversion.replaceNonAscii) {
