@@ -1,0 +1,133 @@
+#include "common/encoding/CZemtarEncoding.h"
+#include "tests/support/TestFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <csignal>
+#include <sys/resource.h>
+
+namespace Zemtar {
+namespace {
+
+/// Sources lie in one folder, the temporary folder is another.
+struct Encoding : testing::Test, TestFolder
+{
+    Encoding() { qputenv("TMPDIR", copies.root.path().toUtf8()); }
+
+    QString source(const QByteArray& bytes) const { return write("p.stp", bytes); }
+    static QString encode(const QString& file, const char* encoding, bool overwrite = false,
+                          bool ascii = false)
+    {
+        return toQt(CZemtarEncoding::EncodeFileToUtf8(toHost(file), encoding, overwrite, ascii));
+    }
+    static QByteArray detect(const QString& file)
+    {
+        char* const name = const_cast<char*>(CZemtarEncoding::DetectFileEncoding(toHost(file)));
+        return std::unique_ptr<char, decltype(&std::free)>(name, &std::free) ? QByteArray(name) : "(null)";
+    }
+
+    const TestFolder copies;
+    const QString copy = copies.root.filePath("p.stp");
+};
+
+TEST_F(Encoding, HostTextsKeepEveryCharacter)
+{
+    const std::pair<QString, int> cases[] = {
+        {"", 0},
+        {"Größe 设计", 8},
+        {"\U0001F600\U0010FFFF", 2},
+        {QChar(0xFEFF) + QString("x"), 2},
+        {QChar(0xDE00) + QString(QChar(0xD83D)), 2}, // lone surrogates
+    };
+    for (const auto& [text, length] : cases) {
+        EXPECT_EQ(toHost(text).Length(), length);
+        EXPECT_EQ(toQt(toHost(text)), text);
+    }
+    EXPECT_EQ(toHost(QString("ab") + QChar(0) + "c"), CZemtarString("ab"));
+    EXPECT_EQ(toQt(L"\x110000"), QChar(0xFFFD));
+}
+
+TEST(Convert, TruncatesColorsWithoutClamping)
+{
+    const QColor color = CZemtarConvert::CZemtarColorToQColor(CZemtarColor(1.0, 0.5, 0.999, -0.003));
+    EXPECT_EQ(color, QColor(255, 127, 254, 0));
+    EXPECT_EQ(CZemtarConvert::QColorToCZemtarColor(color).G(), 127 / 255.0);
+    for (const double channel : {1.01, -0.01, 1e300, -1e300, std::nan("")}) {
+        EXPECT_FALSE(CZemtarConvert::CZemtarColorToQColor(CZemtarColor(0, 0, 0, channel)).isValid())
+            << channel;
+    }
+}
+
+TEST_F(Encoding, DecodesWithTheCodecOfEachName)
+{
+    const std::tuple<const char*, QByteArray, bool, QByteArray> cases[] = {
+        {"UHC", "\xB0\xA1\x81\x41", false, "가갂"}, // the second is in the Windows code page alone
+        {"EUC-TW", "\xC4\xE3\x94\x39\xFC\x36", false, "你😀"},
+        {"GB18030", "\xC4\xE3\x94\x39\xFC\x36.\x7F", true, "___.\x7F"},
+        {"ISO-8859-1", "\x80 Gr\xF6\xDF.", false, "€ Größ."},
+        {"no such name", "plain", false, "plain"},
+        {"UHC", "a\r\nb\rcut\xB0", false, "a\nbcut"},
+        {"utf-8", "\xC3\xA9", false, "é"}, // only "UTF-8" itself needs no conversion
+        {"UHC", "", true, ""},
+        {"UHC", "." + QByteArray("\xB0\xA1").repeated(99999), false, "." + QByteArray("가").repeated(99999)},
+    };
+    for (const auto& [encoding, bytes, ascii, expected] : cases) {
+        EXPECT_EQ(encode(source(bytes), encoding, false, ascii), copy);
+        EXPECT_EQ(read(copy), expected) << encoding;
+        EXPECT_EQ(read(path("p.stp")), bytes);
+    }
+    EXPECT_EQ(encode(source("\xB0\xA1"), "UHC", true), path("p.stp"));
+    EXPECT_EQ(read(path("p.stp")), "가");
+    // A source in the temporary folder is source and copy in one.
+    ASSERT_TRUE(QFile::remove(copy) && QFile::copy(source("\xB0\xA2"), copy));
+    EXPECT_EQ(encode(copy, "UHC"), copy);
+    EXPECT_EQ(read(copy), "각");
+}
+
+TEST_F(Encoding, FailureLeavesWhatWasThere)
+{
+    const QByteArray bytes = QByteArray("\xB0\xA1").repeated(100000);
+    const QString file = source(bytes);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small{50000, before.rlim_max}; // as a full disk
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    EXPECT_EQ(encode(file, "UHC", true), file);
+    EXPECT_EQ(encode(file, "UHC", false), file);
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_TRUE(QDir(copies.root.path()).isEmpty(QDir::Files | QDir::Hidden));
+
+    for (const QString& unreadable : {path(""), path("none")}) {
+        EXPECT_EQ(encode(unreadable, "UHC"), unreadable);
+        EXPECT_EQ(detect(unreadable), "(null)");
+    }
+    QDir().mkpath(copy); // a folder where the copy belongs
+    EXPECT_EQ(encode(file, "UHC"), file);
+    EXPECT_EQ(read(file), bytes);
+}
+
+TEST_F(Encoding, GbkOnlyWhenAllOfItIs)
+{
+    for (const char* invalid : {"\xC4\xE3 \xFF", "\xC4\xE3\x81\x20"}) {
+        EXPECT_EQ(toQt(CZemtarEncoding::EncodeFromGbkToUtf8(toHost(source(invalid)))), path("p.stp"));
+        EXPECT_FALSE(QFile::exists(copy));
+    }
+    EXPECT_EQ(toQt(CZemtarEncoding::EncodeFromGbkToUtf8(toHost(source("\xC4\xE3\xBA\xC3\r\n")))), copy);
+    EXPECT_EQ(read(copy), "你好\n");
+}
+
+TEST_F(Encoding, DetectsNames)
+{
+    const QByteArray korean("\xBC\xB3\xB0\xE8 \xB5\xB5\xB8\xE9\xC0\xBB \xBA\xC0\xB4\xCF\xB4\xD9.\n");
+    EXPECT_EQ(detect(source(QByteArray("ISO-10303-21;\n").repeated(9999) + korean)),
+              "UHC"); // in a later block
+    EXPECT_EQ(detect(source("ISO-10303-21;")), "ASCII");
+    EXPECT_EQ(detect(source("Größe 设计")), "UTF-8");
+    EXPECT_EQ(detect(source("")), "");
+}
+
+} // namespace
+} // namespace Zemtar
