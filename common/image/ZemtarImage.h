@@ -26,7 +26,8 @@ class CZemtarTexture;
 /// Nothing throws or logs (CombineImages alone prints a line). Unless a function says otherwise, files are
 /// loaded with automatic format detection and saved in the format that the output name's suffix asks for,
 /// with default quality, and a function without a result that fails leaves no file. The functions are called
-/// on the host's main thread; those that paint through a QPixmap need a QGuiApplication and say so.
+/// on the host's main thread. None needs a QGuiApplication: what others paint by way of a QPixmap is painted
+/// here on a QImage, with the same pixels. Images of more than 2^28 pixels are neither read nor made.
 class ZemtarImage
 {
 public:
@@ -66,7 +67,6 @@ public:
     };
 
     // Raw pixels
-    // -----------------------------------------------------------------------------------------------
 
     /// Writes a caller-owned buffer of 8-bit channels as an image file `columns` pixels wide and `rows` high.
     ///
@@ -87,7 +87,6 @@ public:
                                             int& width);
 
     // Texture paths
-    // --------------------------------------------------------------------------------------------
 
     /// Folders in which FixTexturePath looks, in search order; one list for the process, empty at start.
     static QStringList texturePaths;
@@ -104,7 +103,6 @@ public:
     static void FixTexturePath(CZemtarTexture& texture);
 
     // Image files
-    // ----------------------------------------------------------------------------------------------
 
     /// Re-saves `in` as `out`, making the last folder level. True when `in` could be loaded, saved or not.
     static bool ConvertImage(CZemtarString in, CZemtarString out);
@@ -116,7 +114,7 @@ public:
     static bool GetImageSizeAndResolution(CZemtarString file, int& width, int& height, int& dpiX, int& dpiY);
 
     /// Letter-boxes `in` into width x height (a side of 0 or less keeps the image's own; both: no resizing),
-    /// fades it by SetImageAlpha unless `alpha` is negative, and saves it as `out`. Needs a QGuiApplication.
+    /// fades it by SetImageAlpha unless `alpha` is negative, and saves it as `out`.
     static void ManipulateImage(CZemtarString in, CZemtarString out, int width, int height, double alpha);
 
     /// Scales the image to fit and centres it in width x height, zero outside; a size below 1 does nothing.
@@ -140,20 +138,19 @@ public:
                             CZemtarColor background);
 
     /// Scales the image's alpha by trunc(alpha x 256) / 255, alpha limited to 0..1. At 1.0 that is an invalid
-    /// colour to the painter, and the image comes out fully transparent. Needs a QGuiApplication.
+    /// colour to the painter, and the image comes out fully transparent.
     static void SetImageAlpha(QImage& image, double alpha);
 
     /// Saves a rectangle of `in`, in pixels, as `out`; parts outside the image are zero. Result: the save's.
     static bool CropImage(CZemtarString in, CZemtarString out, int x, int y, int width, int height);
 
-    /// Saves `in` mirrored top to bottom (`vertical`) or left to right as `out`. Needs a QGuiApplication.
+    /// Saves `in` mirrored top to bottom (`vertical`) or left to right as `out`.
     static bool Flip(CZemtarString in, CZemtarString out, bool vertical);
 
     /// Tags the file's image with a colour space, without converting it, and saves it in place.
     static void SetImageColorSpace(CZemtarString file, QColorSpace space);
 
     // Normal and height maps
-    // -----------------------------------------------------------------------------------
 
     /// Mean of the colour's channels divided by 255 once more: 0 .. 1/255.
     static double Intensity(const QColor& color);
@@ -185,8 +182,7 @@ public:
     static CZemtarString GenerateNormalFromTexture(const CZemtarString& in, CZemtarString out);
 
     // Filters
-    // -------------------------------------------------------------------------------------------------- The
-    // per-pixel filters cover the target's size; source and target may be the same image.
+    // The per-pixel filters cover the target's size; source and target may be the same image.
 
     /// Replaces the inner pixels of a 32-bit image by its Sobel edge magnitude; other formats are left alone.
     static void edgify(QImage* image);
@@ -213,10 +209,9 @@ public:
     static void sharpen(QImage* source, QImage* target);
 
     // Composition
-    // ----------------------------------------------------------------------------------------------
 
     /// Draws `second`, scaled to the size of `first` with `scaleSecond`, over `first`; when one is null,
-    /// returns the other. Prints "Combining Images..." on standard output. Needs a QGuiApplication.
+    /// returns the other. Prints "Combining Images..." on standard output.
     static QImage CombineImages(QImage first, QImage second, ImageBelndMode mode, bool scaleSecond);
 
     /// Draws a line of `lineWidth` pixels along the image's edges. The colour's channels are truncated
@@ -231,7 +226,6 @@ public:
     static void AddMarkToImage(QImage& image, const QImage& mark, enumMarkImageLocation location);
 
     // HDR, EXR and panorama files
-    // ------------------------------------------------------------------------------
 
     /// Tone-maps an HDR or EXR file, mirrored left to right, to an 8-bit PNG and returns its name: `out` with
     /// the extension png, or ZemtarHDR.png in the temporary folder for an empty `out`. Empty on failure.

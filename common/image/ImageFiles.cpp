@@ -1,0 +1,152 @@
+#include "common/image/ImageFiles.h"
+
+#include "common/encoding/CZemtarConvert.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QImageWriter>
+#include <QUuid>
+
+#include <filesystem>
+#include <system_error>
+
+namespace Zemtar::ImageFiles {
+namespace {
+
+/// More pixels than this for each byte of a file are a lie: the densest coding of a uniform picture (EXR's
+/// PIZ on wide scan lines) stays below it.
+constexpr qint64 kMaxPixelsPerByte = 16384;
+
+QString toQString(const CZemtarString& text)
+{
+    return CZemtarConvert::CZemtarStringToQString(text);
+}
+
+std::filesystem::path toPath(const QString& file)
+{
+    return QFile::encodeName(file).toStdString();
+}
+
+/// Moves a finished file over its target, which keeps its permissions.
+bool replaceFile(const QString& finished, const QString& target)
+{
+    std::error_code error;
+    if (QFile::exists(target)) {
+        QFile::setPermissions(finished, QFile::permissions(target));
+    }
+    std::filesystem::rename(toPath(finished), toPath(target), error);
+    return !error;
+}
+
+bool writeWithQt(const QImage& image, const QString& name, const QByteArray& format, int quality)
+{
+    QFile file(name);
+    if (!file.open(QIODevice::WriteOnly)) {
+        return false;
+    }
+    QImageWriter writer(&file, format);
+    if (quality >= 0) {
+        writer.setQuality(qMin(quality, 100));
+    }
+    return writer.write(image) && file.flush();
+}
+
+/// The size that a file's header claims; invalid where FreeImage cannot tell without the pixels.
+QSize claimedSize(FREE_IMAGE_FORMAT format, const char* name)
+{
+    if (!FreeImage_FIFSupportsNoPixels(format)) {
+        return {};
+    }
+    const Bitmap header(FreeImage_Load(format, name, FIF_LOAD_NOPIXELS));
+    // An unsigned side beyond the range of int becomes negative, which no size is.
+    return header ? QSize(static_cast<int>(FreeImage_GetWidth(header.get())),
+                          static_cast<int>(FreeImage_GetHeight(header.get())))
+                  : QSize(0, 0);
+}
+
+} // namespace
+
+QImage load(const CZemtarString& file)
+{
+    QImageReader reader(toQString(file));
+    const QSize size = reader.size();
+    if (size.isValid() && !isPossibleSize(size.width(), size.height())) {
+        return {};
+    }
+    return reader.read();
+}
+
+bool save(const QImage& image, const CZemtarString& file, int quality, const char* format)
+{
+    const QString name = toQString(file);
+    const QByteArray type =
+        format != nullptr ? QByteArray(format) : QFileInfo(name).suffix().toLower().toLatin1();
+    if (image.isNull() || !QImageWriter::supportedImageFormats().contains(type)) {
+        return false;
+    }
+    return writeWhole(name, [&](const QString& part) { return writeWithQt(image, part, type, quality); });
+}
+
+bool writeWhole(const QString& file, const std::function<bool(const QString& name)>& write)
+{
+    const QFileInfo info(file);
+    if (file.isEmpty() || info.isDir()) {
+        return false;
+    }
+    const bool exists = info.exists();
+    if (exists && (!info.isFile() || !info.isWritable())) {
+        return info.isWritable() && write(file);
+    }
+    // A link keeps pointing to its file.
+    const QFileInfo target(exists ? info.canonicalFilePath() : file);
+    const QString part = target.path() + QLatin1String("/.") + QUuid::createUuid().toString(QUuid::Id128) +
+                         QLatin1Char('.') + target.suffix();
+    if (exists && !QFileInfo(target.path()).isWritable()) {
+        return write(file);
+    }
+    if (write(part) && replaceFile(part, target.filePath())) {
+        return true;
+    }
+    QFile::remove(part);
+    return false;
+}
+
+Bitmap loadBitmap(FREE_IMAGE_FORMAT format, const CZemtarString& file)
+{
+    const char* const name = file;
+    if (format == FIF_UNKNOWN || !FreeImage_FIFSupportsReading(format)) {
+        return nullptr;
+    }
+    if (const QSize size = claimedSize(format, name); size.isValid()) {
+        const qint64 pixels = qint64(size.width()) * size.height();
+        if (!isPossibleSize(size.width(), size.height()) ||
+            pixels / kMaxPixelsPerByte > QFileInfo(toQString(file)).size()) {
+            return nullptr;
+        }
+    }
+    return Bitmap(FreeImage_Load(format, name, 0));
+}
+
+bool saveBitmap(FREE_IMAGE_FORMAT format, const Bitmap& bitmap, const CZemtarString& file, int flags)
+{
+    if (!bitmap || format == FIF_UNKNOWN || !FreeImage_FIFSupportsWriting(format)) {
+        return false;
+    }
+    return writeWhole(toQString(file), [&](const QString& part) {
+        return FreeImage_Save(format, bitmap.get(), QFile::encodeName(part).constData(), flags) != 0;
+    });
+}
+
+FREE_IMAGE_FORMAT formatOfName(const CZemtarString& file)
+{
+    return FreeImage_GetFIFFromFilename(file);
+}
+
+bool isHighDynamicRange(const CZemtarString& file)
+{
+    const CZemtarString extension = file.Extension().ToLower();
+    return extension == "hdr" || extension == "exr";
+}
+
+} // namespace Zemtar::ImageFiles
