@@ -1,0 +1,125 @@
+#include "sdk/occt/StepModelBuilder.h"
+
+#include <cadex/ModelData_Assembly.hxx>
+#include <cadex/ModelData_Instance.hxx>
+#include <cadex/ModelData_Part.hxx>
+
+namespace cadex {
+namespace occt {
+namespace {
+
+class Builder
+{
+public:
+    Builder(const StepContent& content, StepGeometry& geometry)
+        : myContent(content), myGeometry(geometry), myElements(content.structure.products.size())
+    {
+    }
+
+    bool Run(ModelData_Model& model)
+    {
+        for (const std::size_t number : myContent.structure.childrenFirst) {
+            MakeElement(number);
+        }
+        std::vector<ModelData_SceneGraphElement> roots;
+        for (const std::size_t number : myContent.structure.roots) {
+            roots.push_back(myElements[number]);
+        }
+        for (const StepBody& body : myGeometry.LooseBodies()) {
+            roots.push_back(MakePart(body, body.name));
+        }
+        if (roots.size() == 1 && roots.front().Name().IsEmpty()) {
+            roots.front().SetName(myContent.fileName);
+        }
+        for (ModelData_SceneGraphElement& root : roots) {
+            AddCopy(root, myContent.header);
+            model.AddRoot(root);
+        }
+        return !roots.empty();
+    }
+
+private:
+    // A table of the element's own: elements that are given one table would share it.
+    static void AddCopy(ModelData_SceneGraphElement& element, const ModelData_PropertyTable& table)
+    {
+        if (table.IsEmpty()) {
+            return;
+        }
+        ModelData_PropertyTable copy{initialized()};
+        copy.Add(table);
+        element.AddProperties(copy);
+    }
+
+    static ModelData_Part MakePart(const StepBody& body, const Base_UTF16String& name)
+    {
+        ModelData_Part part(name);
+        if (!body.representation.IsNull()) {
+            part.AddRepresentation(body.representation);
+        }
+        if (!body.appearance.IsNull()) {
+            part.SetAppearance(body.appearance);
+        }
+        return part;
+    }
+
+    void MakeElement(std::size_t number)
+    {
+        const StepProduct& product = myContent.structure.products[number];
+        const StepBody body = myGeometry.Body(number);
+        ModelData_SceneGraphElement& element = myElements[number];
+        if (product.isAssembly && (!product.instances.empty() || body.representation.IsNull())) {
+            element = MakeAssembly(product, body);
+        } else {
+            element = MakePart(body, product.name);
+        }
+        const auto style = myContent.styles.products.find(number);
+        if (style != myContent.styles.products.end() && !style->second.surface.IsNull()) {
+            element.SetAppearance(style->second.surface);
+        }
+        const auto table = myContent.properties.products.find(number);
+        if (table != myContent.properties.products.end()) {
+            AddCopy(element, table->second);
+        }
+    }
+
+    ModelData_Assembly MakeAssembly(const StepProduct& product, const StepBody& body)
+    {
+        ModelData_Assembly assembly(product.name);
+        if (!body.representation.IsNull()) {
+            assembly.AddInstance(ModelData_Instance(MakePart(body, product.name), product.name));
+        }
+        for (const std::size_t number : product.instances) {
+            const StepInstance& use = myContent.structure.instances[number];
+            ModelData_Instance instance(myElements[use.child], use.name);
+            const ModelData_Transformation placement = myGeometry.Placement(number);
+            if (!placement.IsIdentity()) {
+                instance.SetTransformation(placement);
+            }
+            const auto style = myContent.styles.instances.find(number);
+            if (style != myContent.styles.instances.end()) {
+                const StepStyle& look = style->second;
+                instance.SetAppearance(look.surface.IsNull() ? look.curve : look.surface);
+            }
+            const auto table = myContent.properties.instances.find(number);
+            if (table != myContent.properties.instances.end()) {
+                AddCopy(instance, table->second);
+            }
+            assembly.AddInstance(instance);
+        }
+        return assembly;
+    }
+
+    const StepContent& myContent;
+    StepGeometry& myGeometry;
+    std::vector<ModelData_SceneGraphElement> myElements;
+};
+
+} // namespace
+
+bool BuildStepModel(const StepContent& content, StepGeometry& geometry, ModelData_Model& model)
+{
+    return Builder(content, geometry).Run(model);
+}
+
+} // namespace occt
+} // namespace cadex

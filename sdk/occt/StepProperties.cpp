@@ -1,0 +1,296 @@
+#include "sdk/occt/StepProperties.h"
+
+#include <cstdio>
+#include <limits>
+#include <string>
+
+#include "sdk/occt/StepStrings.h"
+#include "sdk/occt/StepUnits.h"
+
+namespace cadex {
+namespace occt {
+namespace {
+
+// Lists of items may hold further lists; what goes deeper runs in a circle.
+constexpr int MaximalNesting = 8;
+
+void AddInteger(ModelData_PropertyTable& table, const Base_UTF16String& name, std::int64_t value)
+{
+    if (value >= std::numeric_limits<I32>::min() && value <= std::numeric_limits<I32>::max()) {
+        table.Add(name, static_cast<I32>(value));
+    } else {
+        table.Add(name, static_cast<I64>(value));
+    }
+}
+
+// Reads one property's representation into a table.
+class ItemReader
+{
+public:
+    ItemReader(const StepText& text, ModelData_PropertyTable& table, std::string_view fallback,
+               bool useFallback)
+        : myText(text), myTable(table), myFallback(fallback), myUseFallback(useFallback)
+    {
+    }
+
+    void Read(StepId id, int nesting = 0)
+    {
+        const StepText::Record* record = myText.Find(id);
+        if (record == nullptr || nesting > MaximalNesting) {
+            return;
+        }
+        if (record->type == 0) {
+            ReadComplex(id);
+            return;
+        }
+        const std::string_view type = myText.TypeName(*record);
+        StepCursor arguments = myText.Arguments(*record);
+        const Base_UTF16String name = Name(arguments.String());
+        if (type == "CARTESIAN_POINT") {
+            double c[3] = {0, 0, 0};
+            if (arguments.Reals(c, 3)) {
+                myTable.Add(name, ModelData_Point(c[0] * myLength, c[1] * myLength, c[2] * myLength));
+            }
+        } else if (type == "COMPOUND_REPRESENTATION_ITEM") {
+            arguments.EnterTyped();
+            std::vector<StepId> members;
+            arguments.References(members);
+            for (const StepId member : members) {
+                Read(member, nesting + 1);
+            }
+        } else if (EndsWith(type, "REPRESENTATION_ITEM")) {
+            ReadValue(arguments, name);
+        }
+    }
+
+    void SetLengthFactor(double factor) { myLength = factor > 0.0 ? factor : 1.0; }
+
+private:
+    Base_UTF16String Name(std::string_view raw) const
+    {
+        return DecodeStepString(myUseFallback || IsBlankText(raw) ? myFallback : raw);
+    }
+
+    void ReadComplex(StepId id)
+    {
+        bool found = false;
+        StepCursor item = myText.Arguments(id, "REPRESENTATION_ITEM", found);
+        if (!found) {
+            return;
+        }
+        const Base_UTF16String name = Name(item.String());
+        for (const std::string_view type : {"MEASURE_WITH_UNIT", "VALUE_REPRESENTATION_ITEM"}) {
+            StepCursor value = myText.Arguments(id, type, found);
+            if (found && value.More()) {
+                ReadValue(value, name);
+                return;
+            }
+        }
+    }
+
+    // A value, perhaps under a measure's type name, and perhaps a unit behind it.
+    void ReadValue(StepCursor& arguments, const Base_UTF16String& name)
+    {
+        const bool typed = !arguments.EnterTyped().empty();
+        switch (arguments.Next()) {
+        case StepCursor::Kind::String:
+            myTable.Add(name, DecodeStepString(arguments.String()));
+            return;
+        case StepCursor::Kind::Enumerator: {
+            const std::string_view value = arguments.Enumerator();
+            myTable.Add(name, value == "T"   ? Base_UTF16String("true")
+                              : value == "F" ? Base_UTF16String("false")
+                                             : DecodeStepString(value));
+            return;
+        }
+        case StepCursor::Kind::Integer: {
+            StepCursor ahead = arguments;
+            const std::int64_t value = ahead.Integer();
+            if (typed) {
+                ahead.Leave();
+            }
+            if (ahead.Next() != StepCursor::Kind::Reference && !ahead.Failed()) {
+                AddInteger(myTable, name, value);
+                return;
+            }
+            break; // a measure written without a point
+        }
+        case StepCursor::Kind::Real:
+            break;
+        default:
+            return;
+        }
+        const double value = arguments.Real();
+        if (arguments.Failed()) {
+            return;
+        }
+        if (typed) {
+            arguments.Leave();
+        }
+        const bool hasUnit = arguments.Next() == StepCursor::Kind::Reference;
+        myTable.Add(name, hasUnit ? value * MeasureFactor(myText, arguments.Reference()) : value);
+    }
+
+    const StepText& myText;
+    ModelData_PropertyTable& myTable;
+    const std::string_view myFallback;
+    const bool myUseFallback;
+    double myLength = 1.0;
+};
+
+ModelData_PropertyTable& TableOf(std::unordered_map<std::size_t, ModelData_PropertyTable>& tables,
+                                 std::size_t number)
+{
+    ModelData_PropertyTable& table = tables[number];
+    if (table.IsNull()) {
+        table = ModelData_PropertyTable(initialized());
+    }
+    return table;
+}
+
+// Days since 1970-01-01 of a date of the Gregorian calendar.
+// NOTE: H. Hinnant, "chrono-compatible low-level date algorithms", days_from_civil.
+std::int64_t DaysFromCivil(std::int64_t year, int month, int day)
+{
+    year -= month <= 2 ? 1 : 0;
+    const std::int64_t era = (year >= 0 ? year : year - 399) / 400;
+    const std::int64_t yearOfEra = year - era * 400;
+    const std::int64_t dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
+    return era * 146097 + yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear - 719468;
+}
+
+// 2004-06-01T12:00:00 with +hh:mm, -hh:mm or Z; universal time when no zone is given.
+bool ParseTime(const std::string& stamp, std::int64_t& seconds)
+{
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
+    int length = 0;
+    if (std::sscanf(stamp.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d%n", &year, &month, &day, &hour, &minute, &second,
+                    &length) != 6 ||
+        year < 1 || month < 1 || month > 12 || day < 1 || day > 31 || hour < 0 || hour > 24 || minute < 0 ||
+        minute > 59 || second < 0 || second > 60) {
+        return false;
+    }
+    const std::string zone = stamp.substr(static_cast<std::size_t>(length));
+    int zoneHours = 0;
+    int zoneMinutes = 0;
+    if (!zone.empty() && (zone[0] == '+' || zone[0] == '-')) {
+        if (std::sscanf(zone.c_str() + 1, "%2d:%2d", &zoneHours, &zoneMinutes) < 1) {
+            return false;
+        }
+        if (zone[0] == '-') {
+            zoneHours = -zoneHours;
+            zoneMinutes = -zoneMinutes;
+        }
+    }
+    seconds = DaysFromCivil(year, month, day) * 86400 + (hour - zoneHours) * 3600 +
+              (minute - zoneMinutes) * 60 + second;
+    return true;
+}
+
+void AddText(ModelData_PropertyTable& table, const char* name, std::string_view raw)
+{
+    if (!IsBlankText(raw)) {
+        table.Add(name, DecodeStepString(raw));
+    }
+}
+
+// Texts of a list, one line: ('A','B') gives "A, B".
+void AddTexts(ModelData_PropertyTable& table, const char* name, StepCursor& arguments)
+{
+    Base_UTF16String all;
+    if (!arguments.EnterList()) {
+        return;
+    }
+    while (arguments.More() && !arguments.Failed()) {
+        const std::string_view raw = arguments.String();
+        if (!IsBlankText(raw)) {
+            all = all.IsEmpty() ? DecodeStepString(raw) : all + ", " + DecodeStepString(raw);
+        }
+    }
+    arguments.Leave();
+    if (!all.IsEmpty()) {
+        table.Add(name, all);
+    }
+}
+
+} // namespace
+
+void StepProperties::Read(const StepText& text, const StepStructure& structure)
+{
+    for (std::size_t number = 0; number < structure.products.size(); ++number) {
+        const StepProduct& product = structure.products[number];
+        if (!product.id.IsEmpty() && product.id != product.name) {
+            TableOf(products, number).Add("Product ID", product.id);
+        }
+        if (!product.description.IsEmpty()) {
+            TableOf(products, number).Add("Description", product.description);
+        }
+    }
+    for (const StepText::Record& record : text.OfType("PROPERTY_DEFINITION_REPRESENTATION")) {
+        StepCursor link = text.Arguments(record);
+        bool found = false;
+        const StepId definition = link.Reference();
+        StepCursor property = text.Arguments(definition, "PROPERTY_DEFINITION", found);
+        const StepText::Record* representation = text.Find(link.Reference());
+        if (!found || representation == nullptr) {
+            continue;
+        }
+        const std::string_view propertyName = property.String();
+        property.Skip();
+        const StepText::Record* described = text.Find(property.Reference());
+        std::size_t number = 0;
+        ModelData_PropertyTable* table = nullptr;
+        if (const StepId owner = structure.OwnerOf(text, definition); structure.FindProduct(owner, number)) {
+            table = &TableOf(products, number);
+        } else if (structure.FindInstance(owner, number)) {
+            table = &TableOf(instances, number);
+        }
+        // The volume of one solid among several is not the volume of the part.
+        const bool ofAspect = described != nullptr && text.Is(*described, "SHAPE_ASPECT");
+        if (table == nullptr || (ofAspect && propertyName.find("validation") != std::string_view::npos)) {
+            continue;
+        }
+        StepCursor arguments = text.Arguments(*representation);
+        const std::string_view representationName = arguments.String();
+        std::vector<StepId> items;
+        arguments.References(items);
+        ItemReader reader(text, *table, IsBlankText(representationName) ? propertyName : representationName,
+                          propertyName == "material property");
+        reader.SetLengthFactor(ContextLengthFactor(text, arguments.Reference()));
+        for (const StepId item : items) {
+            reader.Read(item);
+        }
+    }
+}
+
+ModelData_PropertyTable ReadStepHeader(const StepText& text)
+{
+    ModelData_PropertyTable table{initialized()};
+    StepCursor name = text.Header("FILE_NAME");
+    if (name.More()) {
+        name.Skip();
+        const std::string_view stamp = name.String();
+        std::int64_t seconds = 0;
+        if (ParseTime(std::string(stamp), seconds)) {
+            table.Add("Time Stamp", ModelData_PropertyTable::TimeType(static_cast<time_t>(seconds)));
+        } else {
+            AddText(table, "Time Stamp", stamp);
+        }
+        AddTexts(table, "Author", name);
+        AddTexts(table, "Organization", name);
+        AddText(table, "Preprocessor", name.String());
+        AddText(table, "Originating System", name.String());
+    }
+    if (StepCursor schema = text.Header("FILE_SCHEMA"); schema.More()) {
+        AddTexts(table, "Schema", schema);
+    }
+    return table.IsEmpty() ? ModelData_PropertyTable() : table;
+}
+
+} // namespace occt
+} // namespace cadex
