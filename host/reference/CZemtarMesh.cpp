@@ -7,10 +7,9 @@
 #include "host/CZemtarVerticiesTable.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
-#include <memory>
-#include <numeric>
 #include <vector>
 
 namespace Zemtar {
@@ -129,6 +128,11 @@ class VertexSet
 public:
     VertexSet() : m_slots(16) {}
 
+    void Prefetch(std::uint64_t hash) const
+    {
+        __builtin_prefetch(&m_slots[static_cast<std::uint32_t>(hash) & (m_slots.size() - 1)]);
+    }
+
     /// Finds a kept vertex with that hash which `isSame` accepts; else stores `candidate` and gives it back.
     template <class IsSame>
     std::uint32_t FindOrInsert(std::uint64_t hash, std::uint32_t candidate, const IsSame& isSame)
@@ -178,22 +182,33 @@ private:
 };
 
 /// Moves the vertices that stay to the front, writes for each vertex which one stands for it, and gives how
-/// many stay.
+/// many stay. A batch is hashed ahead of its look-ups, so that their slots are on the way from memory when
+/// they are needed.
 template <class Same>
 std::size_t Compact(const Blocks& blocks, const Same& same, std::size_t count, unsigned int* standIns)
 {
+    constexpr std::size_t BatchSize = 16;
+    std::array<std::uint64_t, BatchSize> hashes;
     VertexSet kept;
     std::size_t keptCount = 0;
-    for (std::size_t vertex = 0; vertex < count; ++vertex) {
-        const auto next = static_cast<std::uint32_t>(keptCount);
-        const std::uint32_t found = kept.FindOrInsert(
-            same.Hash(vertex), next, [&](std::uint32_t other) { return same(vertex, other); });
-        standIns[vertex] = found;
-        if (found == next) {
-            if (keptCount != vertex) {
-                blocks.MoveVertex(vertex, keptCount);
+    for (std::size_t batch = 0; batch < count; batch += BatchSize) {
+        const std::size_t size = std::min(BatchSize, count - batch);
+        for (std::size_t i = 0; i < size; ++i) {
+            hashes[i] = same.Hash(batch + i);
+            kept.Prefetch(hashes[i]);
+        }
+        for (std::size_t i = 0; i < size; ++i) {
+            const std::size_t vertex = batch + i;
+            const auto next = static_cast<std::uint32_t>(keptCount);
+            const std::uint32_t found =
+                kept.FindOrInsert(hashes[i], next, [&](std::uint32_t other) { return same(vertex, other); });
+            standIns[vertex] = found;
+            if (found == next) {
+                if (keptCount != vertex) {
+                    blocks.MoveVertex(vertex, keptCount);
+                }
+                ++keptCount;
             }
-            ++keptCount;
         }
     }
     return keptCount;
