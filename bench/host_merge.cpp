@@ -96,7 +96,7 @@ std::size_t Build(Unshared& mesh, std::size_t triangles, bool smooth)
         const double u = static_cast<double>(x) / side;
         const double v = static_cast<double>(y) / side;
         mesh.vertices->Append(1000.0 * u, 1000.0 * v, u * v);
-        mesh.normals->Append(v, u, smooth ? 1.0 : corner / 3);
+        mesh.normals->Append(v, u, smooth ? 1U : corner / 3);
         mesh.coordinates->Append(u, v);
         ++corner;
     };
@@ -119,7 +119,7 @@ void Merge(benchmark::State& state)
     std::size_t corners = 0;
     double overGiven = 0.0;
     double overLeft = 0.0;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         state.PauseTiming();
         const std::size_t before = heldBytes;
         auto mesh = std::make_unique<Unshared>();
@@ -169,7 +169,7 @@ void PlainMerge(benchmark::State& state)
     Unshared mesh;
     const std::size_t expected = Build(mesh, static_cast<std::size_t>(state.range(0)), true);
     const std::size_t corners = mesh.vertices->Count();
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         std::unordered_map<Key, unsigned, Hash> kept;
         for (unsigned i = 0; i < corners; ++i) {
             const CZemtar3DVertex p = mesh.vertices->Item(i);
@@ -194,7 +194,7 @@ void CopyPart(benchmark::State& state)
 {
     const auto copies = static_cast<int>(state.range(0));
     double bytes = 0.0;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         const std::unique_ptr<CZemtarDocument> document(CZemtarDocument::Create(true));
         CZemtarSceneNode* root = CZemtarTransformNode::Create(document.get());
         CZemtarSceneNode* part = CZemtarTransformNode::Create(document.get());

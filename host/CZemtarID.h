@@ -15,7 +15,8 @@ public:
     bool IsNull() const { return m_value == 0; }
     unsigned long long Value() const { return m_value; }
 
-    auto operator<=>(const CZemtarID&) const = default;
+    bool operator==(const CZemtarID&) const = default;
+    std::strong_ordering operator<=>(const CZemtarID& other) const { return m_value <=> other.m_value; }
 
 private:
     unsigned long long m_value = 0;

@@ -3,7 +3,6 @@
 #include "host/CZemtarString.h"
 
 #include <array>
-#include <compare>
 
 namespace Zemtar {
 
@@ -24,7 +23,8 @@ public:
     operator CZemtarString() const;
     bool IsNull() const { return *this == CZemtarUUID(); }
 
-    auto operator<=>(const CZemtarUUID&) const = default;
+    bool operator==(const CZemtarUUID&) const = default;
+    bool operator<(const CZemtarUUID& other) const { return m_bytes < other.m_bytes; }
 
 private:
     std::array<unsigned char, 16> m_bytes{};

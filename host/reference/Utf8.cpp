@@ -51,7 +51,7 @@ wchar_t DecodeSequence(std::string_view bytes, std::size_t& position)
     return static_cast<wchar_t>(value);
 }
 
-void AppendEncoded(std::string& bytes, unsigned value)
+void AppendEncoded(std::string& bytes, char32_t value)
 {
     const auto append = [&bytes](unsigned byte) { bytes.push_back(static_cast<char>(byte)); };
     if (value < 0x800) {
@@ -67,7 +67,7 @@ void AppendEncoded(std::string& bytes, unsigned value)
     append(0x80U | (value & 0x3FU));
 }
 
-bool IsScalar(unsigned value)
+bool IsScalar(char32_t value)
 {
     return value < 0xD800 || (value > 0xDFFF && value <= 0x10FFFF);
 }
@@ -95,11 +95,11 @@ std::string EncodeUtf8(std::wstring_view text)
     std::string bytes;
     bytes.reserve(text.size());
     for (const wchar_t character : text) {
-        const auto value = static_cast<unsigned>(character);
+        const auto value = static_cast<char32_t>(character);
         if (value < 0x80) {
             bytes.push_back(static_cast<char>(value));
         } else {
-            AppendEncoded(bytes, IsScalar(value) ? value : static_cast<unsigned>(Replacement));
+            AppendEncoded(bytes, IsScalar(value) ? value : static_cast<char32_t>(Replacement));
         }
     }
     return bytes;

@@ -54,6 +54,7 @@ protected:
         std::vector<CZemtarSceneNode*> children;
         node->Children(children, true);
         std::vector<CZemtar3DObject*> meshes;
+        meshes.reserve(children.size());
         for (CZemtarSceneNode* child : children) {
             meshes.push_back(dynamic_cast<CZemtar3DObject*>(child));
         }
