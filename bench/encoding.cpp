@@ -78,7 +78,7 @@ void report(benchmark::State& state, const Data& data)
 void detectFile(benchmark::State& state)
 {
     const Data& data = dataOf(state);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const char* name = CZemtarEncoding::DetectFileEncoding(data.path);
         if (name == nullptr || QByteArray(name) != data.script.detected) {
             state.SkipWithError("not detected");
@@ -91,7 +91,7 @@ void detectFile(benchmark::State& state)
 void detectorAlone(benchmark::State& state)
 {
     const Data& data = dataOf(state);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const uchardet_t detector = uchardet_new();
         uchardet_handle_data(detector, data.text.constData(), static_cast<std::size_t>(data.text.size()));
         uchardet_data_end(detector);
@@ -104,7 +104,7 @@ void detectorAlone(benchmark::State& state)
 void encodeFile(benchmark::State& state)
 {
     const Data& data = dataOf(state);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const CZemtarString copy =
             CZemtarEncoding::EncodeFileToUtf8(data.path, data.script.detected, false, state.range(1) != 0);
         if (copy == data.path) {
@@ -118,7 +118,7 @@ void codecAlone(benchmark::State& state)
 {
     const Data& data = dataOf(state);
     const QTextCodec* const codec = QTextCodec::codecForName(data.script.codec);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         QTextCodec::ConverterState converter;
         const int size = static_cast<int>(data.text.size());
         const QString decoded = codec->toUnicode(data.text.constData(), size, &converter);

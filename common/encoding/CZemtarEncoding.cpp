@@ -76,8 +76,8 @@ void replaceNonAsciiUnits(QString& text)
     }
 }
 
-/// NOTE: Qt's codecs do not count invalid characters reliably: those based on ICU leave U+FFFD instead, and their
-/// GBK reads the byte FF, which is no character in it, as U+F8F5.
+/// NOTE: Qt's codecs do not count invalid characters reliably: those based on ICU leave U+FFFD instead, and
+/// their GBK reads the byte FF, which is no character in it, as U+F8F5.
 bool holdsInvalidBytes(const QString& text)
 {
     return text.contains(QChar::ReplacementCharacter) || text.contains(QChar(0xF8F5));

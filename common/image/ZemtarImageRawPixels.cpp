@@ -1,12 +1,11 @@
 // Raw pixel buffers of ZemtarImage.
 
-#include "common/encoding/CZemtarConvert.h"
+#include "common/image/ImageFiles.h"
 #include "common/image/ZemtarImage.h"
 
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <utility>
 
 namespace Zemtar {
 namespace {
@@ -63,13 +62,13 @@ void ZemtarImage::createImage(void* pixels, int rows, int columns, CZemtarString
             image = image.copy();
         }
     }
-    image.save(CZemtarConvert::CZemtarStringToQString(fileName));
+    ImageFiles::save(image, fileName);
 }
 
 unsigned char* ZemtarImage::getImageAsRawData(CZemtarString fileName, PixelFormat format, int& height,
                                               int& width)
 {
-    const QImage loaded(CZemtarConvert::CZemtarStringToQString(fileName));
+    const QImage loaded = ImageFiles::load(fileName);
     height = loaded.height();
     width = loaded.width();
     // The values deliberately mean other layouts here than in createImage.
