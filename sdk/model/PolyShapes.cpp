@@ -76,7 +76,7 @@ Impl& Ensure(Handle& handle)
 void AddPositions(TriangleSetImpl& set, const ModelData_Point* points, std::size_t pointNb,
                   const Polygons& polygons)
 {
-    if (points == nullptr || polygons.indices == nullptr) {
+    if (points == nullptr) {
         pointNb = 0;
     }
     const std::size_t first = set.points.size();
