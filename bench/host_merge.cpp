@@ -81,33 +81,56 @@ struct Unshared
     }
 };
 
-/// Gives a height field of about that many triangles, and how many vertices must stay of it when it is
-/// smooth.
-std::size_t Build(Unshared& mesh, std::size_t triangles, bool smooth)
+/// Makes room for `count` corners.
+void Reserve(Unshared& mesh, std::size_t count)
+{
+    mesh.vertices->Reserve(count);
+    mesh.normals->Reserve(count);
+    mesh.coordinates->Reserve(count);
+}
+
+void MergeTables(Unshared& mesh)
+{
+    CZemtarMesh::CombineIdenticalVerticesInPlace(mesh.vertices, mesh.normals, mesh.polygons, mesh.coordinates,
+                                                 false, nullptr);
+}
+
+/// Builds a height field of about that many triangles, and gives how many vertices must stay of it when it is
+/// smooth. In steps, it is merged whenever the tables have doubled.
+std::size_t Build(Unshared& mesh, std::size_t triangles, bool smooth, bool inSteps = false)
 {
     const auto side = static_cast<unsigned>(std::sqrt(static_cast<double>(triangles) / 2.0));
     const std::size_t count = std::size_t{2} * side * side;
-    mesh.vertices->Reserve(3 * count);
-    mesh.normals->Reserve(3 * count);
-    mesh.coordinates->Reserve(3 * count);
+    std::size_t room = inSteps ? std::min<std::size_t>(65536, 3 * count) : 3 * count;
+    Reserve(mesh, room);
     mesh.polygons->Reserve(count);
-    unsigned corner = 0;
+    unsigned triangle = 0;
     const auto append = [&](unsigned x, unsigned y) {
         const double u = static_cast<double>(x) / side;
         const double v = static_cast<double>(y) / side;
         mesh.vertices->Append(1000.0 * u, 1000.0 * v, u * v);
-        mesh.normals->Append(v, u, smooth ? 1U : corner / 3);
+        mesh.normals->Append(v, u, smooth ? 1U : triangle);
         mesh.coordinates->Append(u, v);
-        ++corner;
     };
     for (unsigned y = 0; y < side; ++y) {
         for (unsigned x = 0; x < side; ++x) {
-            for (const auto& [dx, dy] :
-                 {std::array{0U, 0U}, {1U, 0U}, {1U, 1U}, {0U, 0U}, {1U, 1U}, {0U, 1U}}) {
-                append(x + dx, y + dy);
+            if (mesh.vertices->Count() + 6 > room) {
+                MergeTables(mesh);
+                const std::size_t held = mesh.vertices->Count();
+                // The share of the polygons bounds how often they are gone through where few vertices stay.
+                const std::size_t more =
+                    std::max({std::size_t{65536}, held, mesh.polygons->IndexCount() / 16});
+                room = held + std::min(more, 3 * (count - triangle));
+                Reserve(mesh, room);
             }
-            mesh.polygons->Append(corner - 6, corner - 5, corner - 4);
-            mesh.polygons->Append(corner - 3, corner - 2, corner - 1);
+            for (const auto& corners : {std::array{0U, 0U, 1U, 0U, 1U, 1U}, {0U, 0U, 1U, 1U, 0U, 1U}}) {
+                const unsigned first = mesh.vertices->Count();
+                for (std::size_t i = 0; i < 6; i += 2) {
+                    append(x + corners[i], y + corners[i + 1]);
+                }
+                mesh.polygons->Append(first, first + 1, first + 2);
+                ++triangle;
+            }
         }
     }
     return std::size_t{side + 1} * (side + 1);
@@ -129,8 +152,7 @@ void Merge(benchmark::State& state)
         peakBytes = heldBytes;
         state.ResumeTiming();
 
-        CZemtarMesh::CombineIdenticalVerticesInPlace(mesh->vertices, mesh->normals, mesh->polygons,
-                                                     mesh->coordinates, false, nullptr);
+        MergeTables(*mesh);
 
         state.PauseTiming();
         if (mesh->vertices->Count() != (smooth ? expected : corners)) {
@@ -150,6 +172,33 @@ void Merge(benchmark::State& state)
 BENCHMARK(Merge)
     ->ArgNames({"triangles", "smooth"})
     ->ArgsProduct({{10'000, 100'000, 1'000'000, 5'000'000}, {0, 1}})
+    ->Unit(benchmark::kMillisecond);
+
+/// Filling and merging together, at the end (0) or whenever the tables have doubled (1).
+void FillAndMerge(benchmark::State& state)
+{
+    std::size_t corners = 0;
+    double overLeft = 0.0;
+    while (state.KeepRunning()) {
+        const std::size_t before = heldBytes;
+        peakBytes = heldBytes;
+        Unshared mesh;
+        const std::size_t expected =
+            Build(mesh, static_cast<std::size_t>(state.range(0)), true, state.range(1) != 0);
+        MergeTables(mesh);
+        if (mesh.vertices->Count() != expected) {
+            state.SkipWithError("wrong number of vertices");
+        }
+        corners = mesh.polygons->IndexCount();
+        overLeft = static_cast<double>(peakBytes - before) / static_cast<double>(mesh.Bytes());
+    }
+    state.counters["corners/s"] =
+        benchmark::Counter(static_cast<double>(corners), benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["peak/left"] = overLeft;
+}
+BENCHMARK(FillAndMerge)
+    ->ArgNames({"triangles", "steps"})
+    ->ArgsProduct({{100'000, 5'000'000}, {0, 1}})
     ->Unit(benchmark::kMillisecond);
 
 void PlainMerge(benchmark::State& state)

@@ -22,7 +22,7 @@ std::string CZemtarBranding::getString(String which) const
     case ApplicationVersion:
         return "1.0";
     case WindowIcon:
-        return ":/zemtar/window-icon.svg";
+        return ":/zemtar/window-icon.png";
     }
     return {};
 }

@@ -5,6 +5,7 @@
 #include "host/CZemtarUnit.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace Zemtar {
 namespace {

@@ -159,6 +159,27 @@ TEST_F(Mesh, SignedZerosMergeAndNaNsMergeWithTheirCopies)
     EXPECT_EQ(vertices->Count(), 4U);
 }
 
+TEST_F(Mesh, MergingInStepsGivesTheSame)
+{
+    std::mt19937 random(5);
+    PlainMerge plain;
+    for (unsigned step = 1; step <= 40; ++step) {
+        for (unsigned triangle = 0; triangle < step; ++triangle) {
+            for (int corner = 0; corner < 3; ++corner) {
+                const double x = random() % 200;
+                vertices->Append(x, 0, 0);
+                plain.Add({x});
+            }
+            const unsigned count = vertices->Count();
+            polygons->Append(count - 3, count - 2, count - 1);
+        }
+        Merge();
+    }
+    EXPECT_EQ(Corners(), plain.standIns);
+    ASSERT_EQ(vertices->Count(), plain.kept.size());
+    EXPECT_EQ(vertices->Item(7).X(), plain.kept[7][0]);
+}
+
 TEST_F(Mesh, PositionsOnlyAndRigs)
 {
     rig = CZemtarRigGeometryTable::Create(document.get());

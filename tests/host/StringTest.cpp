@@ -4,11 +4,13 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <cwchar>
 #include <map>
 #include <random>
 #include <sstream>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace Zemtar {
 namespace {
