@@ -51,7 +51,12 @@ TopoDS_Shape Placed(const TopoDS_Shape& shape, const Affine& placement)
         gp_Trsf trsf;
         trsf.SetValues(m[0], m[1], m[2], t[0], m[3], m[4], m[5], t[1], m[6], m[7], m[8], t[2]);
         const bool isRigid = !trsf.IsNegative() && std::abs(trsf.ScaleFactor() - 1) < RigidTolerance;
-        return isRigid ? shape.Moved(trsf) : BRepBuilderAPI_Transform(shape, trsf, true).Shape();
+        if (isRigid) {
+            // A location takes no scale at all, not even a rounding error of one.
+            trsf.SetScaleFactor(1);
+            return shape.Moved(trsf);
+        }
+        return BRepBuilderAPI_Transform(shape, trsf, true).Shape();
     }
     const gp_GTrsf general(gp_Mat(m[0], m[1], m[2], m[3], m[4], m[5], m[6], m[7], m[8]),
                            gp_XYZ(t[0], t[1], t[2]));
