@@ -1,5 +1,6 @@
 #include "sdk/occt/OcctEngines.h"
 
+#include "sdk/occt/IgesWriterEngine.h"
 #include "sdk/occt/StepEngine.h"
 
 namespace cadex {
@@ -8,6 +9,7 @@ namespace internal {
 void RegisterOcctEngines(EngineRegistry& registry)
 {
     registry.SetReader(Format::STEP, occt::MakeStepEngine);
+    registry.SetWriter(Format::IGES, [] { return std::make_unique<occt::IgesWriterEngine>(); });
 }
 
 } // namespace internal
