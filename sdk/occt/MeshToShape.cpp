@@ -28,33 +28,31 @@ namespace {
 class ShapeBuilder
 {
 public:
-    explicit ShapeBuilder(const PlacedMesh& mesh) : myMesh(mesh), myVertices(mesh.vertices.size()) {}
+    explicit ShapeBuilder(const WeldedMesh& mesh) : myMesh(mesh), myVertices(mesh.points.size()) {}
 
     TopoDS_Shape Body(const MeshBody& body)
     {
-        const TopoDS_Shell outer = Shell(body.outer, body);
         if (!body.isClosed) {
-            return outer;
+            return Shell(body.triangles, false);
         }
         TopoDS_Solid solid;
         myBuilder.MakeSolid(solid);
-        myBuilder.Add(solid, outer);
-        for (const std::size_t cavity : body.voids) {
-            myBuilder.Add(solid, Shell(cavity, body));
+        myBuilder.Add(solid, Shell(body.triangles, true));
+        for (const std::vector<U32>& cavity : body.voids) {
+            myBuilder.Add(solid, Shell(cavity, true));
         }
         return solid;
     }
 
 private:
-    TopoDS_Shell Shell(std::size_t number, const MeshBody& body)
+    TopoDS_Shell Shell(const std::vector<U32>& triangles, bool isClosed)
     {
-        const internal::MeshTopology::Piece& piece = myMesh.topology.pieces[number];
         TopoDS_Shell shell;
         myBuilder.MakeShell(shell);
-        for (std::size_t i = piece.first; i < piece.last; ++i) {
-            AddFace(shell, myMesh.Corners(myMesh.topology.triangles[i], body.isTurned));
+        for (const U32 triangle : triangles) {
+            AddFace(shell, myMesh.triangles[triangle].corners);
         }
-        shell.Closed(body.isClosed);
+        shell.Closed(isClosed);
         return shell;
     }
 
@@ -102,11 +100,11 @@ private:
 
     gp_Pnt Point(U32 index) const
     {
-        const internal::Vector3& point = myMesh.vertices[index];
-        return {point[0], point[1], point[2]};
+        const ModelData_Point& point = myMesh.points[index];
+        return {point.X(), point.Y(), point.Z()};
     }
 
-    const PlacedMesh& myMesh;
+    const WeldedMesh& myMesh;
     BRep_Builder myBuilder;
     std::vector<TopoDS_Vertex> myVertices;
     std::unordered_map<std::uint64_t, TopoDS_Edge> myEdges;
@@ -116,12 +114,11 @@ private:
 
 TopoDS_Shape MakeShape(const FacetedBRep& facets)
 {
-    internal::TriangleSetImpl joined;
+    WeldedMesh mesh;
     for (const FacetGroup& group : facets.groups) {
-        Append(joined, group.points, group.indices);
+        mesh.Add(group.points, group.indices, 0);
     }
-    const PlacedMesh mesh(joined, internal::Affine());
-    const std::vector<MeshBody> bodies = FindBodies(mesh);
+    const std::vector<MeshBody> bodies = SplitBodies(mesh);
     if (bodies.empty()) {
         return {};
     }

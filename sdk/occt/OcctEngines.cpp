@@ -1,6 +1,6 @@
 #include "sdk/occt/OcctEngines.h"
 
-#include "sdk/occt/IgesWriterEngine.h"
+#include "sdk/occt/IgesEngine.h"
 #include "sdk/occt/StepEngine.h"
 
 namespace cadex {
@@ -8,8 +8,8 @@ namespace internal {
 
 void RegisterOcctEngines(EngineRegistry& registry)
 {
+    registry.SetReader(Format::IGES, occt::MakeIgesEngine);
     registry.SetReader(Format::STEP, occt::MakeStepEngine);
-    registry.SetWriter(Format::IGES, [] { return std::make_unique<occt::IgesWriterEngine>(); });
 }
 
 } // namespace internal

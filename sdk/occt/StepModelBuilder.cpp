@@ -90,7 +90,8 @@ private:
         }
         for (const std::size_t number : product.instances) {
             const StepInstance& use = myContent.structure.instances[number];
-            ModelData_Instance instance(myElements[use.child], use.name);
+            const ModelData_SceneGraphElement& child = myElements[use.child];
+            ModelData_Instance instance(child, use.name.IsEmpty() ? child.Name() : use.name);
             const ModelData_Transformation placement = myGeometry.Placement(number);
             if (!placement.IsIdentity()) {
                 instance.SetTransformation(placement);

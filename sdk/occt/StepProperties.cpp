@@ -1,11 +1,11 @@
 #include "sdk/occt/StepProperties.h"
 
-#include <cstdio>
 #include <limits>
 #include <string>
 
 #include "sdk/occt/StepStrings.h"
 #include "sdk/occt/StepUnits.h"
+#include "sdk/occt/TimeStamps.h"
 
 namespace cadex {
 namespace occt {
@@ -148,50 +148,6 @@ ModelData_PropertyTable& TableOf(std::unordered_map<std::size_t, ModelData_Prope
     return table;
 }
 
-// Days since 1970-01-01 of a date of the Gregorian calendar.
-// NOTE: H. Hinnant, "chrono-compatible low-level date algorithms", days_from_civil.
-std::int64_t DaysFromCivil(std::int64_t year, int month, int day)
-{
-    year -= month <= 2 ? 1 : 0;
-    const std::int64_t era = (year >= 0 ? year : year - 399) / 400;
-    const std::int64_t yearOfEra = year - era * 400;
-    const std::int64_t dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
-    return era * 146097 + yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear - 719468;
-}
-
-// 2004-06-01T12:00:00 with +hh:mm, -hh:mm or Z; universal time when no zone is given.
-bool ParseTime(const std::string& stamp, std::int64_t& seconds)
-{
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    int hour = 0;
-    int minute = 0;
-    int second = 0;
-    int length = 0;
-    if (std::sscanf(stamp.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d%n", &year, &month, &day, &hour, &minute, &second,
-                    &length) != 6 ||
-        year < 1 || month < 1 || month > 12 || day < 1 || day > 31 || hour < 0 || hour > 24 || minute < 0 ||
-        minute > 59 || second < 0 || second > 60) {
-        return false;
-    }
-    const std::string zone = stamp.substr(static_cast<std::size_t>(length));
-    int zoneHours = 0;
-    int zoneMinutes = 0;
-    if (!zone.empty() && (zone[0] == '+' || zone[0] == '-')) {
-        if (std::sscanf(zone.c_str() + 1, "%2d:%2d", &zoneHours, &zoneMinutes) < 1) {
-            return false;
-        }
-        if (zone[0] == '-') {
-            zoneHours = -zoneHours;
-            zoneMinutes = -zoneMinutes;
-        }
-    }
-    seconds = DaysFromCivil(year, month, day) * 86400 + (hour - zoneHours) * 3600 +
-              (minute - zoneMinutes) * 60 + second;
-    return true;
-}
-
 void AddText(ModelData_PropertyTable& table, const char* name, std::string_view raw)
 {
     if (!IsBlankText(raw)) {
@@ -275,9 +231,8 @@ ModelData_PropertyTable ReadStepHeader(const StepText& text)
     if (name.More()) {
         name.Skip();
         const std::string_view stamp = name.String();
-        std::int64_t seconds = 0;
-        if (ParseTime(std::string(stamp), seconds)) {
-            table.Add("Time Stamp", ModelData_PropertyTable::TimeType(static_cast<time_t>(seconds)));
+        if (const std::optional<time_t> time = ParseIsoTime(std::string(stamp))) {
+            table.Add("Time Stamp", ModelData_PropertyTable::TimeType(*time));
         } else {
             AddText(table, "Time Stamp", stamp);
         }

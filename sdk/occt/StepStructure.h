@@ -40,7 +40,7 @@ struct StepInstance
     StepId usage = 0;
     std::size_t parent = 0; ///< numbers of products
     std::size_t child = 0;
-    Base_UTF16String name; ///< empty when the file gives no name of its own, but only a number
+    Base_UTF16String name; ///< empty when the file gives none, or only a number
     StepId relation = 0;   ///< the representation relationship that places it; 0 when there is none
 };
 

@@ -19,6 +19,11 @@ double Trimmed(double component)
     return std::round(component * 1e12) / 1e12;
 }
 
+bool IsFinite(const Vector3& v)
+{
+    return std::isfinite(v[0]) && std::isfinite(v[1]) && std::isfinite(v[2]);
+}
+
 class MeshText
 {
 public:
@@ -71,7 +76,9 @@ private:
         myFirstVertex = myOut.Reserve(myTopology.pointOf.size());
         for (std::size_t i = 0; i < myTopology.pointOf.size() && myOut.Ok(); ++i) {
             const Vector3 p = Mapped(myLinear, myMesh.points[myTopology.pointOf[i]]);
-            myOut.AddAs(Ref{myFirstVertex.id + i}, "CARTESIAN_POINT", "", Xyz{p[0], p[1], p[2]});
+            // Vertices that overflow belong to no written triangle.
+            const Xyz xyz = IsFinite(p) ? Xyz{p[0], p[1], p[2]} : Xyz{};
+            myOut.AddAs(Ref{myFirstVertex.id + i}, "CARTESIAN_POINT", "", xyz);
         }
     }
 
@@ -168,7 +175,7 @@ void WriteStepPolyLines(Part21Writer& out, const PolyLineSetImpl& lines, const M
                 points.push_back(point);
             }
         }
-        if (points.size() < 2 || !std::all_of(points.begin(), points.end(), IsUsable)) {
+        if (points.size() < 2 || !std::all_of(points.begin(), points.end(), IsFinite)) {
             continue;
         }
         const Ref first = out.Reserve(points.size());
