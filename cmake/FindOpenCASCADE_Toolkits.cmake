@@ -7,7 +7,7 @@
 find_path(OCCT_INCLUDE_DIR Standard_Version.hxx PATH_SUFFIXES opencascade)
 
 set(_occt_geometry TKTopAlgo TKPrim TKGeomAlgo TKBRep TKGeomBase TKG3d TKG2d TKMath TKernel)
-set(_occt_mesh TKMesh TKShHealing TKBool TKBO)
+set(_occt_mesh TKMesh TKOffset TKFillet TKBool TKBO TKShHealing)
 set(_occt_exchange TKXDESTEP TKXDEIGES TKSTEP TKSTEPAttr TKSTEP209 TKSTEPBase TKIGES TKXSBase TKXCAF
     TKCAF TKLCAF TKCDF)
 
