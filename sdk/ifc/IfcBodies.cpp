@@ -1,0 +1,347 @@
+#include "sdk/ifc/IfcBodies.h"
+
+#include <BRepBuilderAPI_GTransform.hxx>
+#include <BRepBuilderAPI_Transform.hxx>
+#include <TopLoc_Location.hxx>
+
+#include "sdk/occt/EngineScope.h"
+
+namespace cadex {
+namespace internal {
+namespace ifc {
+namespace {
+
+/// Bodies with more faces than this are not cut: the kernel would need minutes.
+constexpr std::size_t MostFacesToCut = 3000;
+
+bool IsCurve(Type type)
+{
+    switch (type) {
+    case Type::IfcPolyline:
+    case Type::IfcIndexedPolyCurve:
+    case Type::IfcCompositeCurve:
+    case Type::IfcCompositeCurveOnSurface:
+    case Type::IfcBoundaryCurve:
+    case Type::IfcOuterBoundaryCurve:
+    case Type::Ifc2DCompositeCurve:
+    case Type::IfcTrimmedCurve:
+    case Type::IfcCircle:
+    case Type::IfcEllipse:
+    case Type::IfcBezierCurve:
+    case Type::IfcRationalBezierCurve:
+    case Type::IfcBSplineCurveWithKnots:
+    case Type::IfcRationalBSplineCurveWithKnots:
+    case Type::IfcOffsetCurve2D:
+    case Type::IfcOffsetCurve3D:
+    case Type::IfcSurfaceCurve:
+    case Type::IfcSeamCurve:
+    case Type::IfcIntersectionCurve:
+        return true;
+    default:
+        return false;
+    }
+}
+
+TopoDS_Shape MovedShape(const TopoDS_Shape& shape, const Affine& placement)
+{
+    if (!placement.IsSimilarity()) {
+        gp_GTrsf general;
+        general.SetVectorialPart(placement.matrix);
+        general.SetTranslationPart(placement.offset);
+        return BRepBuilderAPI_GTransform(shape, general, true).Shape();
+    }
+    const gp_Trsf trsf = placement.Trsf();
+    return std::abs(trsf.ScaleFactor() - 1) < 1e-12 ? shape.Moved(TopLoc_Location(trsf))
+                                                    : BRepBuilderAPI_Transform(shape, trsf, true).Shape();
+}
+
+} // namespace
+
+void Body::Move(const Affine& placement)
+{
+    if (placement.IsIdentity()) {
+        return;
+    }
+    switch (kind) {
+    case Kind::Shape:
+        shape = MovedShape(shape, placement);
+        break;
+    case Kind::Facets:
+    case Kind::Mesh:
+        facets.Move(placement);
+        break;
+    case Kind::Curves:
+        for (Path& curve : curves) {
+            curve = Moved(curve, placement);
+        }
+        break;
+    }
+}
+
+void BodyReader::Read(const Entity& item, std::vector<Body>& bodies)
+{
+    const std::size_t before = bodies.size();
+    // The guard keeps a fault of the kernel to this one item.
+    const bool done = occt::RunGuarded(occt::EngineUse::Geometry, [&] {
+        ReadItem(item, bodies);
+        return true;
+    });
+    if (!done) {
+        bodies.resize(std::min(before, bodies.size()));
+    }
+    for (std::size_t i = before; i < bodies.size(); ++i) {
+        if (bodies[i].appearance.IsNull()) {
+            bodies[i].appearance = myStyles.OfItem(item.Id());
+        }
+    }
+}
+
+void BodyReader::ReadItem(const Entity& item, std::vector<Body>& bodies)
+{
+    const Type type = item.Type();
+    if (SolidReader::IsSolid(type)) {
+        Body body;
+        body.shape = mySolids.Read(item);
+        bodies.push_back(std::move(body));
+        return;
+    }
+    if (IsCurve(type)) {
+        Body body;
+        body.kind = Body::Kind::Curves;
+        AddCurve(item, body);
+        bodies.push_back(std::move(body));
+        return;
+    }
+    switch (type) {
+    case Type::IfcFacetedBrep:
+    case Type::IfcFacetedBrepWithVoids: {
+        Body body;
+        body.kind = Body::Kind::Facets;
+        body.facets = ReadPolyhedron(myContext, item);
+        bodies.push_back(std::move(body));
+        break;
+    }
+    case Type::IfcTriangulatedFaceSet:
+    case Type::IfcTriangulatedIrregularNetwork:
+    case Type::IfcPolygonalFaceSet:
+        ReadFaceSet(item, bodies);
+        break;
+    case Type::IfcFaceBasedSurfaceModel:
+    case Type::IfcShellBasedSurfaceModel:
+        for (Id shell : item.Refs(0)) {
+            ReadShell(myContext.file.Get(shell), bodies);
+        }
+        break;
+    case Type::IfcClosedShell:
+    case Type::IfcOpenShell:
+    case Type::IfcConnectedFaceSet:
+        ReadShell(item, bodies);
+        break;
+    case Type::IfcGeometricSet:
+    case Type::IfcGeometricCurveSet:
+    case Type::IfcAnnotationFillArea:
+        ReadCurveSet(item, bodies);
+        break;
+    case Type::IfcAnnotationCurveOccurrence:
+    case Type::IfcAnnotationFillAreaOccurrence:
+    case Type::IfcAnnotationSurfaceOccurrence: // styled items that IFC2X3 puts into representations
+        Read(item.Ref(0), bodies);
+        break;
+    case Type::IfcCurveBoundedPlane:
+    case Type::IfcCurveBoundedSurface:
+    case Type::IfcRectangularTrimmedSurface:
+    case Type::IfcFaceSurface:
+    case Type::IfcAdvancedFace: {
+        Body body;
+        body.shape = ReadSurfaceItem(myContext, item);
+        bodies.push_back(std::move(body));
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+void BodyReader::ReadShell(const Entity& shell, std::vector<Body>& bodies)
+{
+    Body body;
+    body.appearance = myStyles.OfItem(shell.Id());
+    try {
+        if (IsFaceted(myContext, shell)) {
+            body.kind = Body::Kind::Facets;
+            body.facets = ReadPolyhedron(myContext, shell);
+        } else {
+            body.shape = ReadAdvancedShell(myContext, shell);
+        }
+        bodies.push_back(std::move(body));
+    } catch (const Unbuildable&) {
+        // the other shells of the model stand
+    }
+}
+
+void BodyReader::ReadFaceSet(const Entity& set, std::vector<Body>& bodies)
+{
+    Body body;
+    body.kind = Body::Kind::Mesh;
+    body.facets = ReadPolyhedron(myContext, set);
+    const Id colours = Relations::Find(myRelations.coloursOf, set.Id());
+    if (colours != 0) {
+        Split(myContext.file.Get(colours), std::move(body), bodies);
+        return;
+    }
+    bodies.push_back(std::move(body));
+}
+
+/// IfcIndexedColourMap: MappedTo, Opacity, Colours, ColourIndex: one colour for each face.
+void BodyReader::Split(const Entity& map, Body&& body, std::vector<Body>& bodies)
+{
+    const std::vector<double> colours = map.Ref(2).Reals(0);
+    const std::vector<double> indices = map.Reals(3);
+    const double opacity = map.Real(1, 1);
+    std::map<std::size_t, std::size_t> bodyOf; // colour -> body
+    const Polyhedron& whole = body.facets;
+    std::size_t face = 0;
+    for (std::size_t loop = 0; loop < whole.loops.size(); loop = whole.FaceEnd(loop), ++face) {
+        const double index = face < indices.size() ? indices[face] : 0;
+        const bool known = index >= 1 && 3 * index <= static_cast<double>(colours.size());
+        const std::size_t colour = known ? static_cast<std::size_t>(index) : 0;
+        const auto [entry, fresh] = bodyOf.try_emplace(colour, bodies.size());
+        if (fresh) {
+            Body part;
+            part.kind = Body::Kind::Mesh;
+            if (known) {
+                const double* rgb = &colours[3 * (colour - 1)];
+                part.appearance = myStyles.OfColour(rgb[0], rgb[1], rgb[2], opacity);
+            }
+            part.facets.points = whole.points;
+            part.facets.normals = whole.normals;
+            bodies.push_back(std::move(part));
+        }
+        Polyhedron& part = bodies[entry->second].facets;
+        for (std::size_t i = loop; i < whole.FaceEnd(loop); ++i) {
+            part.BeginLoop(whole.loops[i].outer);
+            for (U32 corner = 0; corner < whole.loops[i].count; ++corner) {
+                part.AddCorner(whole.corners[whole.loops[i].first + corner]);
+            }
+        }
+    }
+}
+
+void BodyReader::AddCurve(const Entity& curve, Body& body)
+{
+    Path path = ReadCurve(myContext, curve);
+    if (!path.empty()) {
+        body.curves.push_back(std::move(path));
+    }
+}
+
+void BodyReader::ReadCurveSet(const Entity& set, std::vector<Body>& bodies)
+{
+    Body body;
+    body.kind = Body::Kind::Curves;
+    std::vector<Id> elements = set.Refs(0);
+    if (set.Is(Type::IfcAnnotationFillArea)) // OuterBoundary, InnerBoundaries
+    {
+        elements.push_back(set.RefId(0));
+        const std::vector<Id> inner = set.Refs(1);
+        elements.insert(elements.end(), inner.begin(), inner.end());
+        elements.erase(elements.begin());
+    }
+    for (Id id : elements) {
+        const Entity element = myContext.file.Get(id);
+        try {
+            if (IsCurve(element.Type())) {
+                AddCurve(element, body);
+            } else {
+                Read(element, bodies);
+            }
+        } catch (const Unbuildable&) {
+            // one curve less
+        }
+    }
+    if (!body.curves.empty()) {
+        bodies.push_back(std::move(body));
+    }
+}
+
+Affine MappingOf(const Context& context, const Entity& mappedItem)
+{
+    // IfcMappedItem: MappingSource, MappingTarget; IfcRepresentationMap: MappingOrigin, MappedRepresentation.
+    const Affine origin = context.Placement(mappedItem.Ref(0).Ref(0));
+    return context.Operator(mappedItem.Ref(1)) * origin.Inverse();
+}
+
+void BodyReader::ReadFlat(const Entity& representation, const Affine& placement, std::vector<Body>& bodies,
+                          int depth)
+{
+    for (Id id : representation.Refs(3)) {
+        const Entity item = myContext.file.Get(id);
+        const std::size_t before = bodies.size();
+        Affine inner;
+        if (item.Is(Type::IfcMappedItem)) {
+            if (depth > 16) {
+                continue;
+            }
+            try {
+                myContext.Steps(100);
+                inner = MappingOf(myContext, item);
+                ReadFlat(item.Ref(0).Ref(1), Affine(), bodies, depth + 1);
+            } catch (const Unbuildable&) {
+                bodies.resize(before);
+                continue;
+            }
+        } else if (item) {
+            Read(item, bodies);
+        }
+        const ModelData_Appearance style =
+            item.Is(Type::IfcMappedItem) ? myStyles.OfItem(id) : ModelData_Appearance();
+        const Affine whole = placement * inner;
+        for (std::size_t i = before; i < bodies.size(); ++i) {
+            bodies[i].Move(whole);
+            bodies[i].appearance = bodies[i].appearance.IsNull() ? style : bodies[i].appearance;
+        }
+    }
+}
+
+void CutOpenings(std::vector<Body>& bodies, const std::vector<Body>& tools)
+{
+    struct Tool
+    {
+        TopoDS_Shape shape;
+        Bnd_Box box;
+    };
+    std::vector<Tool> solids;
+    for (const Body& tool : tools) {
+        const bool flat = (tool.kind == Body::Kind::Facets || tool.kind == Body::Kind::Mesh) &&
+                          tool.facets.loops.size() <= MostFacesToCut;
+        const TopoDS_Shape shape = flat ? ShapeOf(tool.facets) : tool.shape;
+        if (!shape.IsNull()) {
+            solids.push_back({shape, BoundsOf(shape)});
+        }
+    }
+    for (Body& body : bodies) {
+        const bool flat = body.kind == Body::Kind::Facets || body.kind == Body::Kind::Mesh;
+        if (solids.empty() || body.kind == Body::Kind::Curves ||
+            (flat && (!body.facets.closed || body.facets.loops.size() > MostFacesToCut))) {
+            continue;
+        }
+        const TopoDS_Shape whole = flat ? ShapeOf(body.facets) : body.shape;
+        const Bnd_Box box = BoundsOf(whole);
+        std::vector<TopoDS_Shape> meeting;
+        for (const Tool& tool : solids) {
+            if (!box.IsOut(tool.box)) {
+                meeting.push_back(tool.shape);
+            }
+        }
+        TopoDS_Shape cut;
+        if (!meeting.empty() && Combine(BooleanKind::Cut, whole, meeting, cut)) {
+            body.kind = Body::Kind::Shape;
+            body.shape = cut;
+            body.facets = Polyhedron();
+        }
+    }
+}
+
+} // namespace ifc
+} // namespace internal
+} // namespace cadex

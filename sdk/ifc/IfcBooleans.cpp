@@ -1,0 +1,282 @@
+// Boolean results and half spaces.
+#include <cmath>
+
+#include <BRepAlgoAPI_Common.hxx>
+#include <BRepAlgoAPI_Cut.hxx>
+#include <BRepAlgoAPI_Fuse.hxx>
+#include <BRepBndLib.hxx>
+#include <BRepPrimAPI_MakeBox.hxx>
+#include <BRepPrimAPI_MakePrism.hxx>
+#include <BRep_Builder.hxx>
+#include <BRep_Tool.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopTools_ListOfShape.hxx>
+#include <TopoDS.hxx>
+
+#include "sdk/ifc/IfcFacets.h"
+#include "sdk/ifc/IfcSolids.h"
+
+namespace cadex {
+namespace internal {
+namespace ifc {
+namespace {
+
+bool Has(const TopoDS_Shape& shape, TopAbs_ShapeEnum kind)
+{
+    return !shape.IsNull() && TopExp_Explorer(shape, kind).More();
+}
+
+/// Every shell of the solids is closed.
+bool IsSound(const TopoDS_Shape& shape)
+{
+    for (TopExp_Explorer shells(shape, TopAbs_SHELL); shells.More(); shells.Next()) {
+        if (!BRep_Tool::IsClosed(shells.Current())) {
+            return false;
+        }
+    }
+    return true;
+}
+
+double Diagonal(const Bnd_Box& box)
+{
+    return box.IsVoid() ? 0 : std::sqrt(box.SquareExtent());
+}
+
+gp_XYZ Middle(const Bnd_Box& box)
+{
+    return (box.CornerMin().XYZ() + box.CornerMax().XYZ()) / 2;
+}
+
+/// How far a tool must reach from `origin` to pass every point of the body.
+double Reach(const Bnd_Box& body, const gp_XYZ& origin)
+{
+    return body.IsVoid() ? 1e6 : 1.1 * ((Middle(body) - origin).Modulus() + Diagonal(body)) + 1;
+}
+
+/// Where the vertical through a point of the boundary's plane meets the base plane.
+double HeightOver(const gp_XYZ& point, const gp_XYZ& up, const Affine& plane)
+{
+    const gp_XYZ normal = plane.matrix.Column(3);
+    return (plane.offset - point).Dot(normal) / up.Dot(normal);
+}
+
+/// The prism over a straight outline between a far floor and the base plane: exact, and without a boolean
+/// operation.
+TopoDS_Shape TruncatedPrism(const std::vector<gp_XYZ>& outline, const gp_XYZ& up, const Affine& plane,
+                            double reach, bool below)
+{
+    Polyhedron body;
+    std::vector<U32> floor;
+    std::vector<U32> roof;
+    for (const gp_XYZ& corner : outline) {
+        const double height = HeightOver(corner, up, plane);
+        const double far = below ? std::min(height, 0.0) - reach : std::max(height, 0.0) + reach;
+        floor.push_back(static_cast<U32>(body.points.size()));
+        body.points.push_back(corner + up * (below ? far : height));
+        roof.push_back(static_cast<U32>(body.points.size()));
+        body.points.push_back(corner + up * (below ? height : far));
+    }
+    const std::size_t count = outline.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t next = (i + 1) % count;
+        body.AddFace({floor[i], floor[next], roof[next], roof[i]});
+    }
+    body.AddFace(roof);
+    body.AddFace({floor.rbegin(), floor.rend()});
+    body.closed = true;
+    return ShapeOf(body);
+}
+
+} // namespace
+
+Bnd_Box BoundsOf(const TopoDS_Shape& shape)
+{
+    Bnd_Box box;
+    BRepBndLib::Add(shape, box, false);
+    return box;
+}
+
+bool Combine(BooleanKind kind, const TopoDS_Shape& body, const std::vector<TopoDS_Shape>& tools,
+             TopoDS_Shape& result)
+{
+    const TopoDS_Shape before = body; // the result may be the body's own variable
+    result = before;
+    TopTools_ListOfShape arguments;
+    arguments.Append(before);
+    TopTools_ListOfShape toolList;
+    for (const TopoDS_Shape& tool : tools) {
+        toolList.Append(tool);
+    }
+    BRepAlgoAPI_Cut cut;
+    BRepAlgoAPI_Fuse fuse;
+    BRepAlgoAPI_Common common;
+    BRepAlgoAPI_BooleanOperation& operation =
+        kind == BooleanKind::Cut
+            ? static_cast<BRepAlgoAPI_BooleanOperation&>(cut)
+            : (kind == BooleanKind::Fuse ? static_cast<BRepAlgoAPI_BooleanOperation&>(fuse) : common);
+    operation.SetArguments(arguments);
+    operation.SetTools(toolList);
+    operation.SetRunParallel(false);
+    operation.SetNonDestructive(true);
+    operation.SetToFillHistory(false);
+    operation.SetFuzzyValue(1e-5);
+    operation.Build();
+    if (!operation.IsDone() || operation.HasErrors()) {
+        return false;
+    }
+    const TopoDS_Shape shape = operation.Shape();
+    const bool solid = Has(before, TopAbs_SOLID);
+    const bool empty = !Has(shape, TopAbs_FACE);
+    // Nothing left is an answer of a cut or an intersection; faces without a solid, or a solid with a gap,
+    // are none.
+    if (empty ? kind == BooleanKind::Fuse : solid && (!Has(shape, TopAbs_SOLID) || !IsSound(shape))) {
+        return false;
+    }
+    result = shape;
+    return true;
+}
+
+TopoDS_Shape ReadHalfSpace(Context& context, const Entity& halfSpace, const Bnd_Box& body)
+{
+    const Entity surface = halfSpace.Ref(0);
+    if (!surface.Is(Type::IfcPlane)) {
+        throw Unbuildable("a half space that no plane bounds");
+    }
+    const Affine plane = context.Placement(surface.Ref(0));
+    // with agreement the half space lies on the side that the normal points away from
+    const bool below = halfSpace.Boolean(1, true);
+    if (!halfSpace.Is(Type::IfcPolygonalBoundedHalfSpace)) {
+        const gp_XYZ normal = plane.matrix.Column(3);
+        const gp_XYZ middle = body.IsVoid() ? plane.offset : Middle(body);
+        const gp_XYZ foot = middle - normal * (middle - plane.offset).Dot(normal);
+        const double reach = Reach(body, foot);
+        const gp_XYZ corner = foot - (plane.matrix.Column(1) + plane.matrix.Column(2)) * reach -
+                              (below ? normal * (2 * reach) : gp_XYZ());
+        const gp_Ax2 axes(gp_Pnt(corner), gp_Dir(normal), gp_Dir(plane.matrix.Column(1)));
+        return BRepPrimAPI_MakeBox(axes, 2 * reach, 2 * reach, 2 * reach).Shape();
+    }
+    const Affine position = context.Placement(halfSpace.Ref(2));
+    const gp_XYZ up = position.matrix.Column(3);
+    const double slant = up.Dot(plane.matrix.Column(3));
+    Path outline = ReadCurve(context, halfSpace.Ref(3));
+    if (std::abs(slant) < 1e-9) {
+        throw Unbuildable("a bounded half space along its own boundary");
+    }
+    outline = SignedArea(outline) < 0 ? Reversed(outline) : outline;
+    // curved boundaries become fine polygons: the tool is thrown away after the cut
+    std::vector<gp_XYZ> corners = Sampled(Moved(outline, position), 0.05);
+    while (corners.size() > 1 && (corners.front() - corners.back()).Modulus() <= context.precision) {
+        corners.pop_back();
+    }
+    if (corners.size() < 3) {
+        throw Unbuildable("a boundary of two points");
+    }
+    return TruncatedPrism(corners, up, plane, Reach(body, corners.front()), below == (slant > 0));
+}
+
+bool SolidReader::IsSolid(Type type)
+{
+    switch (type) {
+    case Type::IfcExtrudedAreaSolid:
+    case Type::IfcExtrudedAreaSolidTapered:
+    case Type::IfcRevolvedAreaSolid:
+    case Type::IfcRevolvedAreaSolidTapered:
+    case Type::IfcFixedReferenceSweptAreaSolid:
+    case Type::IfcSurfaceCurveSweptAreaSolid:
+    case Type::IfcSweptDiskSolid:
+    case Type::IfcSweptDiskSolidPolygonal:
+    case Type::IfcBooleanResult:
+    case Type::IfcBooleanClippingResult:
+    case Type::IfcCsgSolid:
+    case Type::IfcBlock:
+    case Type::IfcRectangularPyramid:
+    case Type::IfcRightCircularCone:
+    case Type::IfcRightCircularCylinder:
+    case Type::IfcSphere:
+    case Type::IfcAdvancedBrep:
+    case Type::IfcAdvancedBrepWithVoids:
+        return true;
+    default:
+        return false;
+    }
+}
+
+TopoDS_Shape SolidReader::Read(const Entity& item)
+{
+    const Nesting nesting(myDepth);
+    myContext.Steps(100);
+    const TopoDS_Shape shape = ReadAny(item);
+    if (shape.IsNull()) {
+        throw Unbuildable("a solid of nothing");
+    }
+    return shape;
+}
+
+TopoDS_Shape SolidReader::ReadAny(const Entity& item)
+{
+    switch (item.Type()) {
+    case Type::IfcExtrudedAreaSolid:
+    case Type::IfcExtrudedAreaSolidTapered:
+    case Type::IfcRevolvedAreaSolid:
+    case Type::IfcRevolvedAreaSolidTapered:
+    case Type::IfcFixedReferenceSweptAreaSolid:
+    case Type::IfcSurfaceCurveSweptAreaSolid:
+        return ReadSweptArea(myContext, item);
+    case Type::IfcSweptDiskSolid:
+    case Type::IfcSweptDiskSolidPolygonal:
+        return ReadSweptDisk(myContext, item);
+    case Type::IfcBooleanResult:
+    case Type::IfcBooleanClippingResult:
+        return ReadBoolean(item);
+    case Type::IfcCsgSolid:
+        return Read(item.Ref(0));
+    case Type::IfcFacetedBrep:
+    case Type::IfcFacetedBrepWithVoids:
+    case Type::IfcTriangulatedFaceSet:
+    case Type::IfcPolygonalFaceSet:
+        return ShapeOf(ReadPolyhedron(myContext, item));
+    case Type::IfcAdvancedBrep:
+    case Type::IfcAdvancedBrepWithVoids:
+        return ReadAdvancedBrep(myContext, item);
+    default:
+        return ReadPrimitive(myContext, item);
+    }
+}
+
+TopoDS_Shape SolidReader::ReadOperand(const Entity& item, const Bnd_Box& other)
+{
+    switch (item.Type()) {
+    case Type::IfcHalfSpaceSolid:
+    case Type::IfcBoxedHalfSpace: // its box is a hint for other kernels
+    case Type::IfcPolygonalBoundedHalfSpace:
+        return ReadHalfSpace(myContext, item, other);
+    default:
+        return Read(item);
+    }
+}
+
+TopoDS_Shape SolidReader::ReadBoolean(const Entity& item)
+{
+    const auto known = myBooleans.find(item.Id());
+    if (known != myBooleans.end()) {
+        return known->second;
+    }
+    // Operator, FirstOperand, SecondOperand
+    const std::string_view name = item.Enumeration(0);
+    const BooleanKind kind = name == "UNION"
+                                 ? BooleanKind::Fuse
+                                 : (name == "INTERSECTION" ? BooleanKind::Common : BooleanKind::Cut);
+    TopoDS_Shape result = ReadOperand(item.Ref(1), Bnd_Box());
+    try {
+        const TopoDS_Shape tool = ReadOperand(item.Ref(2), BoundsOf(result));
+        Combine(kind, result, {tool}, result);
+    } catch (const Unbuildable&) {
+        // an operand that cannot be built leaves the first one as it is
+    }
+    myBooleans[item.Id()] = result;
+    return result;
+}
+
+} // namespace ifc
+} // namespace internal
+} // namespace cadex

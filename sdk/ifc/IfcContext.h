@@ -1,0 +1,126 @@
+// What every conversion needs: the file, its units, placements, and a bound on the work that hostile files
+// can cause.
+#pragma once
+
+#include <map>
+#include <stdexcept>
+#include <vector>
+
+#include <gp_Ax2.hxx>
+#include <gp_Ax3.hxx>
+#include <gp_Mat.hxx>
+#include <gp_Pnt.hxx>
+#include <gp_Trsf.hxx>
+#include <gp_XYZ.hxx>
+
+#include <cadex/ModelData_Transformation.hxx>
+
+#include "sdk/ifc/IfcFile.h"
+
+namespace cadex {
+namespace internal {
+namespace ifc {
+
+/// p' = matrix * p + offset; lengths in millimetres.
+struct Affine
+{
+    gp_Mat matrix{1, 0, 0, 0, 1, 0, 0, 0, 1};
+    gp_XYZ offset;
+
+    gp_XYZ Point(const gp_XYZ& p) const { return p.Multiplied(matrix) + offset; }
+    gp_XYZ Direction(const gp_XYZ& d) const { return d.Multiplied(matrix); }
+    Affine operator*(const Affine& inner) const
+    {
+        return {matrix.Multiplied(inner.matrix), inner.offset.Multiplied(matrix) + offset};
+    }
+    bool IsIdentity() const;
+    /// Rotation, translation and at most one uniform positive factor.
+    bool IsSimilarity() const;
+    /// Of a matrix that can be inverted.
+    Affine Inverse() const;
+    /// Of a similarity.
+    gp_Trsf Trsf() const;
+    gp_Ax3 Axes() const; ///< of a rigid one
+    ModelData_Transformation Transformation() const;
+};
+
+/// The frame with this origin, z axis and (about) x axis; unusable directions are replaced by usual ones.
+Affine Frame(const gp_XYZ& origin, const gp_XYZ& z, const gp_XYZ& x);
+/// The vector with length 1, or the fallback when it has none.
+gp_XYZ Unit(const gp_XYZ& vector, const gp_XYZ& fallback);
+
+/// Thrown when one item asks for something that cannot be built; the item is then left out.
+class Unbuildable : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+class Context
+{
+public:
+    explicit Context(const IfcFile& file);
+
+    const IfcFile& file;
+    double toMillimetres = 1000; ///< of the project's length unit; metres when there is none
+    double toRadians = 1;        ///< of the project's unit of plane angles
+    double precision = 1e-3;     ///< millimetres below which the ends of curves coincide
+
+    /// Bounds the work of references that fan out: throws Unbuildable once the file has caused more steps
+    /// than any honest file of its size.
+    void Step() { Steps(1); }
+    void Steps(std::size_t count);
+
+    double Length(const Entity& entity, std::size_t index, double fallback = 0) const
+    {
+        return entity.IsSet(index) ? entity.Real(index) * toMillimetres : fallback;
+    }
+    /// A length that must be above zero; Unbuildable otherwise.
+    double PositiveLength(const Entity& entity, std::size_t index) const;
+    gp_XYZ Point(const Entity& point) const;
+    gp_XYZ Direction(const Entity& direction, const gp_XYZ& fallback) const;
+
+    /// IfcAxis2Placement2D and 3D and IfcAxis1Placement; identity for a null entity.
+    Affine Placement(const Entity& axes) const;
+    /// IfcCartesianTransformationOperator in all its forms.
+    Affine Operator(const Entity& transformation) const;
+    /// World placement of an IfcLocalPlacement or IfcGridPlacement chain; a chain that bites its tail ends
+    /// there.
+    Affine WorldPlacement(Id placement);
+    /// From the coordinates of `outer` to those of `inner`; exact where one stands directly in the other.
+    Affine RelativePlacement(Id outer, Id inner);
+
+private:
+    void ReadUnits();
+    Affine GridPlacement(const Entity& placement) const;
+
+    std::map<Id, Affine> myWorld;
+    std::size_t mySteps = 0;
+    std::size_t myMostSteps = 0;
+};
+
+/// Nesting deeper than this is no drawing but an attack on the stack.
+constexpr int MaxNesting = 200;
+
+/// Counts one level of nesting while it lives; Unbuildable when there are too many.
+class Nesting
+{
+public:
+    explicit Nesting(int& depth) : myDepth(depth)
+    {
+        if (++myDepth > MaxNesting) {
+            --myDepth;
+            throw Unbuildable("nested too deep");
+        }
+    }
+    ~Nesting() { --myDepth; }
+    Nesting(const Nesting&) = delete;
+    Nesting& operator=(const Nesting&) = delete;
+
+private:
+    int& myDepth;
+};
+
+} // namespace ifc
+} // namespace internal
+} // namespace cadex

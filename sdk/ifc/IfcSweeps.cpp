@@ -1,0 +1,280 @@
+// Swept solids and CSG primitives.
+#include <algorithm>
+#include <cmath>
+
+#include <BRepLib.hxx>
+#include <BRepOffsetAPI_MakePipeShell.hxx>
+#include <BRepOffsetAPI_ThruSections.hxx>
+#include <BRepPrimAPI_MakeBox.hxx>
+#include <BRepPrimAPI_MakeCone.hxx>
+#include <BRepPrimAPI_MakeCylinder.hxx>
+#include <BRepPrimAPI_MakePrism.hxx>
+#include <BRepPrimAPI_MakeRevol.hxx>
+#include <BRepPrimAPI_MakeSphere.hxx>
+#include <BRepPrimAPI_MakeWedge.hxx>
+#include <BRep_Builder.hxx>
+#include <TopoDS.hxx>
+#include <TopoDS_Compound.hxx>
+#include <TopoDS_Solid.hxx>
+
+#include "sdk/ifc/IfcSolids.h"
+
+namespace cadex {
+namespace internal {
+namespace ifc {
+namespace {
+
+/// One shape as it is, several as a compound.
+TopoDS_Shape Together(const std::vector<TopoDS_Shape>& shapes)
+{
+    if (shapes.empty()) {
+        throw Unbuildable("a sweep of nothing");
+    }
+    if (shapes.size() == 1) {
+        return shapes.front();
+    }
+    const BRep_Builder builder;
+    TopoDS_Compound compound;
+    builder.MakeCompound(compound);
+    for (const TopoDS_Shape& shape : shapes) {
+        builder.Add(compound, shape);
+    }
+    return compound;
+}
+
+/// A solid that a sweep turned inside out, turned right.
+TopoDS_Shape Outwards(TopoDS_Shape shape)
+{
+    if (shape.ShapeType() == TopAbs_SOLID) {
+        TopoDS_Solid solid = TopoDS::Solid(shape);
+        BRepLib::OrientClosedSolid(solid);
+        return solid;
+    }
+    return shape;
+}
+
+/// What is swept: a face with area, or the line of an open profile.
+TopoDS_Shape Generator(const Context& context, const Region& region, const Affine& placement)
+{
+    return region.open ? TopoDS_Shape(WireOf(context, Moved(region.outer, placement), false))
+                       : TopoDS_Shape(FaceOf(context, region, placement));
+}
+
+TopoDS_Shape Extrude(Context& context, const Entity& solid, const std::vector<Region>& regions,
+                     const Affine& placement)
+{
+    const gp_XYZ direction = context.Direction(solid.Ref(2), gp_XYZ(0, 0, 1));
+    const double depth = context.PositiveLength(solid, 3);
+    if (std::abs(direction.Z()) < 1e-9) {
+        throw Unbuildable("an extrusion within its own plane");
+    }
+    const gp_Vec way(placement.Direction(direction * depth));
+    std::vector<TopoDS_Shape> shapes;
+    for (const Region& region : regions) {
+        TopoDS_Shape base = Generator(context, region, placement);
+        if (direction.Z() < 0) {
+            base.Reverse(); // the sweep takes the base's side for the one that it leaves
+        }
+        shapes.push_back(BRepPrimAPI_MakePrism(base, way).Shape());
+    }
+    return Together(shapes);
+}
+
+/// Ruled between the profile and its end, hole by hole.
+TopoDS_Shape Taper(Context& context, const Entity& solid, const std::vector<Region>& regions,
+                   const Affine& placement)
+{
+    const gp_XYZ direction = context.Direction(solid.Ref(2), gp_XYZ(0, 0, 1));
+    Affine end = placement;
+    end.offset = placement.Point(direction * context.PositiveLength(solid, 3));
+    const std::vector<Region> ends = ReadProfile(context, solid.Ref(4));
+    const auto ruled = [&](const Path& from, const Path& to) {
+        BRepOffsetAPI_ThruSections sections(true, true);
+        sections.AddWire(WireOf(context, Moved(from, placement), true));
+        sections.AddWire(WireOf(context, Moved(to, end), true));
+        sections.Build();
+        if (!sections.IsDone()) {
+            throw Unbuildable("a taper that cannot be built");
+        }
+        return sections.Shape();
+    };
+    std::vector<TopoDS_Shape> shapes;
+    for (std::size_t i = 0; i < regions.size() && i < ends.size(); ++i) {
+        TopoDS_Shape shape = ruled(regions[i].outer, ends[i].outer);
+        std::vector<TopoDS_Shape> holes;
+        for (std::size_t hole = 0; hole < std::min(regions[i].holes.size(), ends[i].holes.size()); ++hole) {
+            holes.push_back(ruled(regions[i].holes[hole], ends[i].holes[hole]));
+        }
+        if (!holes.empty() && !Combine(BooleanKind::Cut, shape, holes, shape)) {
+            throw Unbuildable("a taper whose holes cannot be cut");
+        }
+        shapes.push_back(shape);
+    }
+    return Together(shapes);
+}
+
+TopoDS_Shape Revolve(Context& context, const Entity& solid, const std::vector<Region>& regions,
+                     const Affine& placement)
+{
+    const Affine axis = placement * context.Placement(solid.Ref(2));
+    const gp_Ax1 about(gp_Pnt(axis.offset), gp_Dir(axis.matrix.Column(3)));
+    const double angle = solid.Real(3) * context.toRadians;
+    if (!(std::abs(angle) > 1e-9)) {
+        throw Unbuildable("a revolution by nothing");
+    }
+    std::vector<TopoDS_Shape> shapes;
+    for (const Region& region : regions) {
+        const TopoDS_Shape base = Generator(context, region, placement);
+        const bool whole = std::abs(angle) >= 2 * M_PI - 1e-9;
+        shapes.push_back(Outwards(whole ? BRepPrimAPI_MakeRevol(base, about).Shape()
+                                        : BRepPrimAPI_MakeRevol(base, about, angle).Shape()));
+    }
+    return Together(shapes);
+}
+
+/// Direction of the path at its start.
+gp_XYZ StartTangent(const Path& path)
+{
+    const Piece& piece = path.front();
+    if (piece.curve.IsNull()) {
+        return Unit(piece.end - piece.start, gp_XYZ(0, 0, 1));
+    }
+    gp_Pnt point;
+    gp_Vec tangent;
+    piece.curve->D1(piece.first, point, tangent);
+    return Unit(tangent.XYZ(), gp_XYZ(0, 0, 1));
+}
+
+/// The outline carried along the path, closed by caps; `binormal` keeps it upright, where there is one.
+TopoDS_Shape Pipe(const Context& context, const Path& path, const TopoDS_Wire& outline,
+                  const gp_XYZ* binormal)
+{
+    BRepOffsetAPI_MakePipeShell pipe(WireOf(context, path, false));
+    if (binormal != nullptr) {
+        pipe.SetMode(gp_Dir(*binormal));
+    }
+    pipe.SetTransitionMode(BRepBuilderAPI_RightCorner);
+    pipe.Add(outline);
+    pipe.Build();
+    if (!pipe.IsDone() || !pipe.MakeSolid()) {
+        throw Unbuildable("a sweep along a curve that cannot be built");
+    }
+    return Outwards(pipe.Shape());
+}
+
+/// IfcFixedReferenceSweptAreaSolid and IfcSurfaceCurveSweptAreaSolid: (SweptArea, Position, Directrix,
+/// StartParam, EndParam, FixedReference or ReferenceSurface). The profile's x axis keeps to the reference
+/// direction or to the surface's normal, which is taken as constant: reference surfaces are planes in
+/// practice.
+TopoDS_Shape SweepAlong(Context& context, const Entity& solid, const std::vector<Region>& regions,
+                        const Affine& placement)
+{
+    const Path path = Moved(ReadCurve(context, solid.Ref(2)), placement);
+    const Entity reference = solid.Ref(5);
+    const gp_XYZ local = reference.Is(Type::IfcDirection)
+                             ? context.Direction(reference, gp_XYZ(0, 0, 1))
+                             : context.Placement(reference.Ref(0)).matrix.Column(3);
+    const gp_XYZ upright = Unit(placement.Direction(local), gp_XYZ(0, 0, 1));
+    if (path.empty()) {
+        throw Unbuildable("a sweep along nothing");
+    }
+    const Affine start = Frame(path.front().start, StartTangent(path), upright);
+    std::vector<TopoDS_Shape> shapes;
+    for (const Region& region : regions) {
+        TopoDS_Shape shape =
+            Pipe(context, path, WireOf(context, Moved(region.outer, start), !region.open), &upright);
+        std::vector<TopoDS_Shape> holes;
+        for (const Path& hole : region.holes) {
+            holes.push_back(Pipe(context, path, WireOf(context, Moved(hole, start), true), &upright));
+        }
+        if (!holes.empty() && !Combine(BooleanKind::Cut, shape, holes, shape)) {
+            throw Unbuildable("a sweep whose holes cannot be cut");
+        }
+        shapes.push_back(shape);
+    }
+    return Together(shapes);
+}
+
+} // namespace
+
+TopoDS_Shape ReadSweptArea(Context& context, const Entity& solid)
+{
+    const Affine placement = context.Placement(solid.Ref(1));
+    const std::vector<Region> regions = ReadProfile(context, solid.Ref(0));
+    switch (solid.Type()) {
+    case Type::IfcExtrudedAreaSolid:
+        return Extrude(context, solid, regions, placement);
+    case Type::IfcExtrudedAreaSolidTapered:
+        return Taper(context, solid, regions, placement);
+    case Type::IfcRevolvedAreaSolid:
+        return Revolve(context, solid, regions, placement);
+    case Type::IfcFixedReferenceSweptAreaSolid:
+    case Type::IfcSurfaceCurveSweptAreaSolid:
+        return SweepAlong(context, solid, regions, placement);
+    default:
+        throw Unbuildable("a sweep of an unknown kind");
+    }
+}
+
+TopoDS_Shape ReadSweptDisk(Context& context, const Entity& solid)
+{
+    // Directrix, Radius, InnerRadius, StartParam, EndParam [, FilletRadius]
+    Path path = ReadCurve(context, solid.Ref(0));
+    const double radius = context.PositiveLength(solid, 1);
+    const double inner = context.Length(solid, 2);
+    if (solid.Is(Type::IfcSweptDiskSolidPolygonal) && IsStraight(path) && !path.empty()) {
+        std::vector<gp_XYZ> points{path.front().start};
+        for (const Piece& piece : path) {
+            points.push_back(piece.end);
+        }
+        path = OpenPolygon(points, context.Length(solid, 5));
+    }
+    if (path.empty()) {
+        throw Unbuildable("a disk swept along nothing");
+    }
+    const Affine start = Frame(path.front().start, StartTangent(path), gp_XYZ(0, 0, 1));
+    TopoDS_Shape shape = Pipe(context, path, WireOf(context, Circle(start, radius), true), nullptr);
+    if (inner > 0 && inner < radius) {
+        const TopoDS_Shape bore = Pipe(context, path, WireOf(context, Circle(start, inner), true), nullptr);
+        if (!Combine(BooleanKind::Cut, shape, {bore}, shape)) {
+            throw Unbuildable("a tube whose bore cannot be cut");
+        }
+    }
+    return shape;
+}
+
+TopoDS_Shape ReadPrimitive(Context& context, const Entity& primitive)
+{
+    const gp_Ax2 axes = context.Placement(primitive.Ref(0)).Axes().Ax2();
+    switch (primitive.Type()) {
+    case Type::IfcBlock: // a corner at the origin
+        return BRepPrimAPI_MakeBox(axes, context.PositiveLength(primitive, 1),
+                                   context.PositiveLength(primitive, 2), context.PositiveLength(primitive, 3))
+            .Shape();
+    case Type::IfcRectangularPyramid: {
+        // A corner of the base at the origin, the tip above the middle. The kernel's wedge rises along its y
+        // axis, so its axes z, x, y are the pyramid's x, y, z.
+        const double x = context.PositiveLength(primitive, 1);
+        const double y = context.PositiveLength(primitive, 2);
+        const double height = context.PositiveLength(primitive, 3);
+        const gp_Ax2 wedge(axes.Location(), axes.XDirection(), axes.YDirection());
+        return BRepPrimAPI_MakeWedge(wedge, y, height, x, y / 2, x / 2, y / 2, x / 2).Shape();
+    }
+    case Type::IfcRightCircularCone:
+        return BRepPrimAPI_MakeCone(axes, context.PositiveLength(primitive, 2), 0,
+                                    context.PositiveLength(primitive, 1))
+            .Shape();
+    case Type::IfcRightCircularCylinder:
+        return BRepPrimAPI_MakeCylinder(axes, context.PositiveLength(primitive, 2),
+                                        context.PositiveLength(primitive, 1))
+            .Shape();
+    case Type::IfcSphere:
+        return BRepPrimAPI_MakeSphere(axes, context.PositiveLength(primitive, 1)).Shape();
+    default:
+        throw Unbuildable("a primitive of an unknown kind");
+    }
+}
+
+} // namespace ifc
+} // namespace internal
+} // namespace cadex

@@ -1,1 +1,0 @@
-// Keeps the target linkable until the room has its first source.
