@@ -32,6 +32,7 @@ public:
     CZemtarString(const wchar_t* text);
     CZemtarString(const std::string& utf8);
     CZemtarString(const std::wstring& text);
+    CZemtarString(std::wstring&& text) noexcept;
     /// Gives the number's decimal text.
     CZemtarString(int number);
     /// A character is not a number: without these, 'a' would silently become "97".

@@ -116,6 +116,7 @@ CZemtarString::CZemtarString(const char* utf8) : m_text(utf8 != nullptr ? Decode
 CZemtarString::CZemtarString(const wchar_t* text) : m_text(text != nullptr ? text : L"") {}
 CZemtarString::CZemtarString(const std::string& utf8) : m_text(DecodeUtf8(utf8)) {}
 CZemtarString::CZemtarString(const std::wstring& text) : m_text(text) {}
+CZemtarString::CZemtarString(std::wstring&& text) noexcept : m_text(std::move(text)) {}
 CZemtarString::CZemtarString(int number) : m_text(std::to_wstring(number)) {}
 CZemtarString::~CZemtarString() = default;
 

@@ -148,15 +148,16 @@ Base_UTF16String::Base_UTF16String(const std::wstring& text)
 
 std::wstring Base_UTF16String::ToWString() const
 {
-    std::wstring text;
-    text.reserve(Length());
-    for (std::size_t pos = 0; pos < Length();) {
+    std::wstring text(Length(), L'\0');
+    std::size_t written = 0;
+    for (std::size_t pos = 0; pos < Length(); ++written) {
         if constexpr (sizeof(wchar_t) >= sizeof(UTF32)) {
-            text += static_cast<wchar_t>(NextCodePoint(myUnits.data(), Length(), pos));
+            text[written] = static_cast<wchar_t>(NextCodePoint(myUnits.data(), Length(), pos));
         } else {
-            text += static_cast<wchar_t>(myUnits[pos++]);
+            text[written] = static_cast<wchar_t>(myUnits[pos++]);
         }
     }
+    text.resize(written);
     return text;
 }
 
