@@ -1,0 +1,209 @@
+// The library's own work in an import: models built in memory come straight out of an engine double, so that
+// what is timed is the walk, the host's merge and the tables. Each benchmark checks its document.
+//
+//     corners        triangle corners a second, one thread
+//     peak_written   highest memory in use during the import, by the tables before the merge
+//     peak_finished  the same, by the tables after it: what sharing saves is on top here
+
+#include "host/CZemtar3DObject.h"
+#include "host/CZemtarMetaData.h"
+#include "tests/support/ImportModel.h"
+#include "tests/support/ModelBuilder.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <new>
+
+using namespace Zemtar;
+using namespace Zemtar::Test;
+
+namespace {
+
+// Plain numbers: atomic ones would be measured too, and nothing here runs in a second thread.
+std::size_t bytesInUse = 0;
+std::size_t bytesAtPeak = 0;
+constexpr std::size_t HeaderSize = alignof(std::max_align_t);
+
+double Seconds()
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+struct Measured
+{
+    std::unique_ptr<CZemtarDocument> document;
+    double seconds;
+    double bytesKept;
+    double bytesAtPeak;
+};
+
+Measured Import(const std::vector<cadex::ModelData_SceneGraphElement>& roots)
+{
+    const std::size_t before = bytesInUse;
+    bytesAtPeak = before;
+    const double start = Seconds();
+    auto document = ImportModel(roots);
+    const double seconds = Seconds() - start;
+    return {std::move(document), seconds, static_cast<double>(bytesInUse - before),
+            static_cast<double>(bytesAtPeak - before)};
+}
+
+std::size_t TableBytes(const CZemtarDocument& document)
+{
+    std::size_t bytes = 0;
+    for (const CZemtarSceneNode* node : document.Nodes()) {
+        if (const auto* object = dynamic_cast<const CZemtar3DObject*>(node)) {
+            const CZemtarGeometry& geometry = *object->Geometry();
+            const std::size_t doubles = 3u * geometry.VerticiesTable()->Count() +
+                                        3u * geometry.VerticiesNormalsTable()->Count() +
+                                        2u * object->TextureCoordinatesTable()->Count();
+            bytes += doubles * sizeof(double) + geometry.PolygonsTable()->IndexCount() * sizeof(unsigned int);
+        }
+    }
+    return bytes;
+}
+
+std::size_t Triangles(const CZemtarDocument& document)
+{
+    std::size_t count = 0;
+    for (const CZemtarSceneNode* node : document.Nodes()) {
+        if (const auto* object = dynamic_cast<const CZemtar3DObject*>(node)) {
+            count += object->Geometry()->PolygonsTable()->Count();
+        }
+    }
+    return count;
+}
+
+/// One mesh with normals: all corners around a point alike (smooth), or those of one triangle only (flat).
+void WalkAndMerge(benchmark::State& state, bool smooth)
+{
+    const int cells = static_cast<int>(std::sqrt(static_cast<double>(state.range(0)) / 2.0));
+    const std::size_t triangles = 2u * static_cast<std::size_t>(cells) * static_cast<std::size_t>(cells);
+    const auto part = MakePart("part", {MakeGrid(cells, {.smoothNormals = smooth, .flatNormals = !smooth})});
+    const double written =
+        static_cast<double>(triangles) * (3 * 6 * sizeof(double) + 3 * sizeof(unsigned int));
+    for (auto _ : state) {
+        const Measured result = Import({part});
+        if (Triangles(*result.document) != triangles) {
+            state.SkipWithError("triangles are missing");
+        }
+        state.SetIterationTime(result.seconds);
+        state.counters["peak_written"] = result.bytesAtPeak / written;
+        state.counters["peak_finished"] =
+            result.bytesAtPeak / static_cast<double>(TableBytes(*result.document));
+    }
+    state.counters["corners"] = benchmark::Counter(3.0 * static_cast<double>(triangles),
+                                                   benchmark::Counter::kIsIterationInvariantRate);
+}
+
+void WalkSmooth(benchmark::State& state)
+{
+    WalkAndMerge(state, true);
+}
+void WalkFlat(benchmark::State& state)
+{
+    WalkAndMerge(state, false);
+}
+
+/// One part of 20,000 triangles, once and 10,000 times more.
+void Instances(benchmark::State& state)
+{
+    constexpr int extra = 10000;
+    const auto part = MakePart("part", {MakeGrid(100, {.smoothNormals = true})});
+    const auto once = MakeAssembly("top", {cadex::ModelData_Instance(part, "first")});
+    const auto often = MakeAssembly("top", {cadex::ModelData_Instance(part, "first")});
+    for (int i = 0; i < extra; ++i) {
+        cadex::ModelData_Transformation placement;
+        placement.SetTranslationPart(i, 0.0, 0.0);
+        cadex::ModelData_Assembly(often).AddInstance(cadex::ModelData_Instance(part, placement, "instance"));
+    }
+    for (auto _ : state) {
+        const Measured first = Import({once});
+        const Measured all = Import({often});
+        if (all.document->RootNodes().at(0)->ChildNodes().size() != extra + 1) {
+            state.SkipWithError("instances are missing");
+        }
+        state.SetIterationTime(all.seconds - first.seconds);
+        state.counters["bytes_each"] = (all.bytesKept - first.bytesKept) / extra;
+    }
+}
+
+/// 10,000 parts of 288 triangles, with 20 properties and a colour of its own each, and without.
+void PropertiesAndMaterials(benchmark::State& state)
+{
+    std::vector<cadex::ModelData_SceneGraphElement> plain;
+    std::vector<cadex::ModelData_SceneGraphElement> rich;
+    for (int i = 0; i < 10000; ++i) {
+        const auto mesh = MakeGrid(12, {.smoothNormals = true});
+        plain.push_back(MakePart("part", {mesh}));
+        auto part = MakePart("part", {mesh});
+        cadex::ModelData_PropertyTable table{cadex::initialized()};
+        for (int property = 0; property < 20; ++property) {
+            const std::string name = "Property " + std::to_string(property);
+            table.Add(name.c_str(), cadex::Base_UTF16String("some value of the property"));
+        }
+        part.AddProperties(table);
+        part.SetAppearance(
+            cadex::ModelData_Appearance(cadex::ModelData_Color(0.0f, 0.0f, static_cast<float>(i) / 1e4f)));
+        rich.push_back(part);
+    }
+    double without = Import(plain).seconds;
+    double best = Import(rich).seconds;
+    for (auto _ : state) {
+        without = std::min(without, Import(plain).seconds);
+        const Measured with = Import(rich);
+        std::map<CZemtarString, CZemtarMetaData::NamedValues> values;
+        with.document->RootNodes().back()->MetaData()->ListNamedValues(values);
+        if (values["Properties"].size() != 20 || with.document->Materials().size() != rich.size()) {
+            state.SkipWithError("properties or materials are missing");
+        }
+        state.SetIterationTime(with.seconds);
+        best = std::min(best, with.seconds);
+        state.counters["share_percent"] = 100.0 * (best - without) / best;
+    }
+}
+
+BENCHMARK(WalkSmooth)
+    ->Arg(10000)
+    ->Arg(100000)
+    ->Arg(1000000)
+    ->Arg(5000000)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(WalkFlat)->Arg(10000)->Arg(100000)->Arg(1000000)->Arg(5000000)->UseManualTime()->Unit(
+    benchmark::kMillisecond);
+BENCHMARK(Instances)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(PropertiesAndMaterials)->Iterations(8)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+// Counts what is in use; each block carries its size in front.
+void* operator new(std::size_t size)
+{
+    auto* memory = static_cast<char*>(std::malloc(size + HeaderSize));
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    *reinterpret_cast<std::size_t*>(memory) = size;
+    bytesInUse += size;
+    bytesAtPeak = std::max(bytesAtPeak, bytesInUse);
+    return memory + HeaderSize;
+}
+void operator delete(void* memory) noexcept
+{
+    if (memory != nullptr) {
+        char* block = static_cast<char*>(memory) - HeaderSize;
+        bytesInUse -= *reinterpret_cast<std::size_t*>(block);
+        std::free(block);
+    }
+}
+void operator delete(void* memory, std::size_t) noexcept
+{
+    operator delete(memory);
+}
+
+BENCHMARK_MAIN();
