@@ -25,6 +25,7 @@
 #include "sdk/occt/OcctBRep.h"
 #include "sdk/occt/Placements.h"
 #include "sdk/occt/ShapeLooks.h"
+#include "sdk/occt/StepGate.h"
 #include "sdk/occt/StepStrings.h"
 
 namespace cadex {
@@ -141,13 +142,15 @@ bool StepKernel::Read(const StepText& text)
     if (myState->reader.ReadStream("file.stp", stream) != IFSelect_RetDone) {
         return false;
     }
-    const Handle(Interface_InterfaceModel) model = myState->reader.WS()->Model();
+    const Handle(StepData_StepModel) model =
+        Handle(StepData_StepModel)::DownCast(myState->reader.WS()->Model());
+    std::vector<StepId> errors;
     for (int i = 1; i <= model->NbEntities(); ++i) {
         if (model->IsErrorEntity(i)) {
-            return false;
+            errors.push_back(static_cast<StepId>(model->IdentLabel(model->Value(i))));
         }
     }
-    return model->NbEntities() > 0;
+    return model->NbEntities() > 0 && !NeedsAnyForShapes(text, errors);
 }
 
 bool StepKernel::Transfer(const StepContent& content, STEP_ReaderParameters::BRepRepresentationType preferred)
