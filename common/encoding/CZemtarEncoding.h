@@ -31,7 +31,8 @@ public:
     ///
     /// "UTF-8" and "ASCII" need no conversion: the source path is returned and nothing is written. An
     /// encoding that no codec is known for is read in the locale's. With `overwriteSource` the result takes
-    /// the source's place; with `replaceNonAscii` each UTF-16 unit of 128 or more becomes "_".
+    /// the source's place; with `replaceNonAscii` each UTF-16 unit of 128 or more becomes "_". A source that
+    /// lies in the temporary folder itself is where its copy belongs, so it is replaced as well.
     static CZemtarString EncodeFileToUtf8(CZemtarString source, CZemtarString encoding, bool overwriteSource,
                                           bool replaceNonAscii);
 

@@ -38,9 +38,9 @@ public:
 
     /// Copies a file, making the destination's folder, which stays when the copy then fails.
     ///
-    /// True without a copy when both paths are the same (even if there is no such file), and when the
-    /// destination exists and `overwrite` is false. With `overwrite` an existing destination is removed
-    /// first. False when the source does not exist or the copy fails.
+    /// True without a copy when both paths are the same (even if there is no such file), when the destination
+    /// exists and `overwrite` is false, and when it is the file that the source links to. Otherwise an
+    /// existing destination is removed first. False when the source does not exist or the copy fails.
     static bool FileCopy(CZemtarString source, CZemtarString destination, bool overwrite);
 
     /// Renames a file, not a folder; false when there is none or the new path is taken.

@@ -1,43 +1,47 @@
-// Triangles as connected bodies: what is closed can be written as a solid, what is open as a shell.
+// Which pieces of a triangle mesh bound solids: boundaries of bodies, cavities inside them, and open shells.
 #pragma once
 
-#include <array>
+#include <cstddef>
 #include <vector>
 
-#include <cadex/Base_Types.hxx>
-#include <cadex/ModelData_Appearance.hxx>
-#include <cadex/ModelData_IndexedTriangleSet.hxx>
-#include <cadex/ModelData_Point.hxx>
+#include "sdk/model/TriangleSets.h"
+#include "sdk/part21/MeshTopology.h"
+#include "sdk/part21/Placement.h"
 
 namespace cadex::occt {
 
-/// A mesh whose points are welded: no two have the same coordinates.
-struct WeldedMesh
+/// Triangles where they stand in the file, with the topology between them.
+struct PlacedMesh
 {
-    struct Triangle
-    {
-        std::array<U32, 3> corners;
-        U32 look; ///< number of an appearance, as the caller counts them
-    };
+    /// Points that are equal become one vertex; `placement` (any matrix) takes the points into the file.
+    PlacedMesh(const internal::TriangleSetImpl& mesh, const internal::Affine& placement);
 
-    std::vector<ModelData_Point> points;
-    std::vector<Triangle> triangles;
+    /// The three vertices of a triangle, given by its ordinal in the set; right-handed about the outward
+    /// normal also under a mirroring placement.
+    std::array<U32, 3> Corners(U32 triangle, bool isTurned = false) const;
 
-    /// Appends triangles, welding points that are equal bit by bit. Triangles with a corner that is not
-    /// finite, or whose corners lie on one line, are left out.
-    void Add(const std::vector<ModelData_Point>& newPoints, const std::vector<U32>& indices, U32 look);
+    const internal::TriangleSetImpl& mesh;
+    internal::MeshTopology topology;
+    std::vector<internal::Vector3> vertices; ///< by vertex number of the topology
+    bool isMirrored = false;
 };
 
-/// Triangles that hang together by their edges.
+/// One solid or open shell; the numbers are those of the topology's pieces.
 struct MeshBody
 {
-    std::vector<U32> triangles;          ///< of the outer boundary, or of an open shell
-    std::vector<std::vector<U32>> voids; ///< boundaries of cavities
-    bool isClosed = false;               ///< each edge runs as often forwards as backwards
+    std::size_t outer = 0;
+    std::vector<std::size_t> voids; ///< boundaries of cavities
+    bool isClosed = false;
+    bool isTurned = false; ///< the triangles face inwards and are to be turned round
 };
 
-/// Splits the mesh into its bodies, in the order of their first triangles. A closed one that faces inwards is
-/// the cavity of the smallest body around it; without a body around it, it is turned outwards in `mesh`.
-std::vector<MeshBody> SplitBodies(WeldedMesh& mesh);
+/// The bodies in the order of their first triangles. A closed piece that faces inwards is the cavity of the
+/// smallest body around it; without a body around it, it is a body to be turned round. A closed piece without
+/// volume is open.
+std::vector<MeshBody> FindBodies(const PlacedMesh& placed);
+
+/// Appends the triangles of one set to another.
+void Append(internal::TriangleSetImpl& target, const std::vector<ModelData_Point>& points,
+            const std::vector<U32>& indices);
 
 } // namespace cadex::occt

@@ -28,31 +28,33 @@ namespace {
 class ShapeBuilder
 {
 public:
-    explicit ShapeBuilder(const WeldedMesh& mesh) : myMesh(mesh), myVertices(mesh.points.size()) {}
+    explicit ShapeBuilder(const PlacedMesh& mesh) : myMesh(mesh), myVertices(mesh.vertices.size()) {}
 
     TopoDS_Shape Body(const MeshBody& body)
     {
+        const TopoDS_Shell outer = Shell(body.outer, body);
         if (!body.isClosed) {
-            return Shell(body.triangles, false);
+            return outer;
         }
         TopoDS_Solid solid;
         myBuilder.MakeSolid(solid);
-        myBuilder.Add(solid, Shell(body.triangles, true));
-        for (const std::vector<U32>& cavity : body.voids) {
-            myBuilder.Add(solid, Shell(cavity, true));
+        myBuilder.Add(solid, outer);
+        for (const std::size_t cavity : body.voids) {
+            myBuilder.Add(solid, Shell(cavity, body));
         }
         return solid;
     }
 
 private:
-    TopoDS_Shell Shell(const std::vector<U32>& triangles, bool isClosed)
+    TopoDS_Shell Shell(std::size_t number, const MeshBody& body)
     {
+        const internal::MeshTopology::Piece& piece = myMesh.topology.pieces[number];
         TopoDS_Shell shell;
         myBuilder.MakeShell(shell);
-        for (const U32 triangle : triangles) {
-            AddFace(shell, myMesh.triangles[triangle].corners);
+        for (std::size_t i = piece.first; i < piece.last; ++i) {
+            AddFace(shell, myMesh.Corners(myMesh.topology.triangles[i], body.isTurned));
         }
-        shell.Closed(isClosed);
+        shell.Closed(body.isClosed);
         return shell;
     }
 
@@ -100,11 +102,11 @@ private:
 
     gp_Pnt Point(U32 index) const
     {
-        const ModelData_Point& point = myMesh.points[index];
-        return {point.X(), point.Y(), point.Z()};
+        const internal::Vector3& point = myMesh.vertices[index];
+        return {point[0], point[1], point[2]};
     }
 
-    const WeldedMesh& myMesh;
+    const PlacedMesh& myMesh;
     BRep_Builder myBuilder;
     std::vector<TopoDS_Vertex> myVertices;
     std::unordered_map<std::uint64_t, TopoDS_Edge> myEdges;
@@ -114,11 +116,12 @@ private:
 
 TopoDS_Shape MakeShape(const FacetedBRep& facets)
 {
-    WeldedMesh mesh;
+    internal::TriangleSetImpl joined;
     for (const FacetGroup& group : facets.groups) {
-        mesh.Add(group.points, group.indices, 0);
+        Append(joined, group.points, group.indices);
     }
-    const std::vector<MeshBody> bodies = SplitBodies(mesh);
+    const PlacedMesh mesh(joined, internal::Affine());
+    const std::vector<MeshBody> bodies = FindBodies(mesh);
     if (bodies.empty()) {
         return {};
     }

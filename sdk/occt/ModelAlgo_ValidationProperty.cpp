@@ -17,7 +17,6 @@ namespace cadex {
 
 namespace {
 
-using occt::Affine;
 using occt::MassProperties;
 
 template <typename BRep, typename Source>
@@ -65,12 +64,12 @@ std::optional<MassProperties> MassOfElement(const ModelData_SceneGraphElement& e
             return;
         }
         const std::optional<MassProperties> mass = MassOf(placed.part);
-        if (!mass || !placed.placement.IsRegular()) {
+        if (!mass || !occt::IsFinite(placed.placement)) {
             isWhole = false;
             return;
         }
-        const double volume = mass->volume * std::abs(placed.placement.Determinant());
-        const ModelData_Point centroid = placed.placement(mass->centroid);
+        const double volume = mass->volume * std::abs(internal::Determinant(placed.placement.linear));
+        const ModelData_Point centroid = occt::Apply(placed.placement, mass->centroid);
         sum.volume += volume;
         moment[0] += volume * centroid.X();
         moment[1] += volume * centroid.Y();
@@ -88,8 +87,8 @@ double AreaOfElement(const ModelData_SceneGraphElement& element)
 {
     double sum = 0;
     occt::ForEachPlacedPart(element, [&](const occt::PlacedPart& placed) {
-        const double scale = std::cbrt(std::abs(placed.placement.Determinant()));
-        sum += placed.placement.IsSimilarity() ? AreaOf(placed.part) * scale * scale : std::nan("");
+        const double scale = std::cbrt(std::abs(internal::Determinant(placed.placement.linear)));
+        sum += occt::IsSimilarity(placed.placement) ? AreaOf(placed.part) * scale * scale : std::nan("");
     });
     return sum;
 }

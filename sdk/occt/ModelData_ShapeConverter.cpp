@@ -1,5 +1,7 @@
 #include <cadex/ModelData_ShapeConverter.hxx>
 
+#include <cmath>
+
 #include <BRepBuilderAPI_GTransform.hxx>
 #include <BRepBuilderAPI_Transform.hxx>
 #include <BRep_Builder.hxx>
@@ -22,6 +24,9 @@ namespace {
 
 using occt::Affine;
 
+// A scale factor this near to 1 is none: the kernel's own limit for locations.
+constexpr double RigidTolerance = 1e-12;
+
 TopoDS_Shape ShapeOf(const ModelData_Part& part)
 {
     const ModelData_BRepRepresentation brep = part.BRepRepresentation();
@@ -34,35 +39,33 @@ TopoDS_Shape ShapeOf(const ModelData_Part& part)
     return {};
 }
 
-gp_Trsf ToTrsf(const Affine& placement)
-{
-    const auto& m = placement.m;
-    gp_Trsf result;
-    result.SetValues(m[0][0], m[0][1], m[0][2], m[0][3], m[1][0], m[1][1], m[1][2], m[1][3], m[2][0], m[2][1],
-                     m[2][2], m[2][3]);
-    return result;
-}
-
 /// Rigid placements become locations; others change the geometry of a copy.
 TopoDS_Shape Placed(const TopoDS_Shape& shape, const Affine& placement)
 {
-    if (placement.IsIdentity()) {
+    if (occt::IsIdentity(placement)) {
         return shape;
     }
-    if (placement.IsSimilarity()) {
-        const gp_Trsf trsf = ToTrsf(placement);
-        const bool isRigid = !trsf.IsNegative() && std::abs(trsf.ScaleFactor() - 1) < 1e-12;
-        return isRigid ? shape.Moved(trsf) : BRepBuilderAPI_Transform(shape, trsf, true).Shape();
-    }
-    gp_GTrsf general;
-    for (int row = 1; row <= 3; ++row) {
-        for (int column = 1; column <= 4; ++column) {
-            general.SetValue(
-                row, column,
-                placement.m[static_cast<std::size_t>(row - 1)][static_cast<std::size_t>(column - 1)]);
+    const internal::Matrix3& m = placement.linear;
+    const internal::Vector3& t = placement.translation;
+    if (occt::IsSimilarity(placement)) {
+        gp_Trsf trsf;
+        trsf.SetValues(m[0], m[1], m[2], t[0], m[3], m[4], m[5], t[1], m[6], m[7], m[8], t[2]);
+        const bool isRigid = !trsf.IsNegative() && std::abs(trsf.ScaleFactor() - 1) < RigidTolerance;
+        if (isRigid) {
+            // A location takes no scale at all, not even a rounding error of one.
+            trsf.SetScaleFactor(1);
+            return shape.Moved(trsf);
         }
+        return BRepBuilderAPI_Transform(shape, trsf, true).Shape();
     }
+    const gp_GTrsf general(gp_Mat(m[0], m[1], m[2], m[3], m[4], m[5], m[6], m[7], m[8]),
+                           gp_XYZ(t[0], t[1], t[2]));
     return BRepBuilderAPI_GTransform(shape, general, true).Shape();
+}
+
+bool IsSingular(const Affine& placement)
+{
+    return !occt::IsFinite(placement) || internal::Determinant(placement.linear) == 0;
 }
 
 template <typename Visited>
@@ -71,7 +74,7 @@ TopoDS_Shape CompoundOf(const Visited& visited)
     BRep_Builder builder;
     TopoDS_Compound compound;
     occt::ForEachPlacedPart(visited, [&](const occt::PlacedPart& placed) {
-        const TopoDS_Shape shape = placed.placement.IsRegular() ? ShapeOf(placed.part) : TopoDS_Shape();
+        const TopoDS_Shape shape = IsSingular(placed.placement) ? TopoDS_Shape() : ShapeOf(placed.part);
         if (shape.IsNull()) {
             return;
         }

@@ -1,6 +1,7 @@
 #include "sdk/occt/OcctEngines.h"
 
 #include "sdk/occt/IgesEngine.h"
+#include "sdk/occt/IgesWriterEngine.h"
 #include "sdk/occt/StepEngine.h"
 
 namespace cadex {
@@ -10,6 +11,7 @@ void RegisterOcctEngines(EngineRegistry& registry)
 {
     registry.SetReader(Format::IGES, occt::MakeIgesEngine);
     registry.SetReader(Format::STEP, occt::MakeStepEngine);
+    registry.SetWriter(Format::IGES, [] { return std::make_unique<occt::IgesWriterEngine>(); });
 }
 
 } // namespace internal

@@ -11,15 +11,6 @@ namespace cadex::occt {
 
 namespace {
 
-// Sine of the angle below which two axes of a matrix, or an axis and the plane of the others, count as
-// dependent.
-constexpr double kSmallestSine = 1e-9;
-
-double Length(const Affine& affine, std::size_t column)
-{
-    return std::hypot(affine.m[0][column], affine.m[1][column], affine.m[2][column]);
-}
-
 class Walk : public ModelData_Model::ElementVisitor
 {
 public:
@@ -45,7 +36,7 @@ public:
         Level& level = myLevels.back();
         level.name = instance.Name();
         if (instance.HasTransformation()) {
-            level.placement = level.placement * Affine::Of(instance.Transformation());
+            level.placement = Compose(level.placement, internal::AffineOf(instance.Transformation()));
         }
         return true;
     }
@@ -74,68 +65,43 @@ private:
 
 } // namespace
 
-Affine Affine::Of(const ModelData_Transformation& transformation)
+Affine Compose(const Affine& outer, const Affine& inner)
 {
     Affine result;
-    for (int row = 0; row < 3; ++row) {
-        for (int column = 0; column < 4; ++column) {
-            result.m[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)] =
-                transformation.Data(row, column);
-        }
+    result.linear = internal::Multiply(outer.linear, inner.linear);
+    result.translation = internal::Multiply(outer.linear, inner.translation);
+    for (std::size_t i = 0; i < 3; ++i) {
+        result.translation[i] += outer.translation[i];
     }
     return result;
 }
 
-Affine Affine::operator*(const Affine& inner) const
+ModelData_Point Apply(const Affine& affine, const ModelData_Point& point)
 {
-    Affine result;
-    for (std::size_t row = 0; row < 3; ++row) {
-        for (std::size_t column = 0; column < 4; ++column) {
-            double sum = column == 3 ? m[row][3] : 0;
-            for (std::size_t k = 0; k < 3; ++k) {
-                sum += m[row][k] * inner.m[k][column];
-            }
-            result.m[row][column] = sum;
-        }
-    }
-    return result;
+    const internal::Vector3 turned =
+        internal::Multiply(affine.linear, internal::Vector3{point.X(), point.Y(), point.Z()});
+    return {turned[0] + affine.translation[0], turned[1] + affine.translation[1],
+            turned[2] + affine.translation[2]};
 }
 
-ModelData_Point Affine::operator()(const ModelData_Point& point) const
+bool IsFinite(const Affine& affine)
 {
-    const auto row = [&](std::size_t i) {
-        return m[i][0] * point.X() + m[i][1] * point.Y() + m[i][2] * point.Z() + m[i][3];
-    };
-    return {row(0), row(1), row(2)};
+    const auto isFinite = [](double value) { return std::isfinite(value); };
+    return std::all_of(affine.linear.begin(), affine.linear.end(), isFinite) &&
+           std::all_of(affine.translation.begin(), affine.translation.end(), isFinite);
 }
 
-double Affine::Determinant() const
+bool IsSimilarity(const Affine& affine)
 {
-    return m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) -
-           m[0][1] * (m[1][0] * m[2][2] - m[1][2] * m[2][0]) +
-           m[0][2] * (m[1][0] * m[2][1] - m[1][1] * m[2][0]);
-}
-
-bool Affine::IsRegular() const
-{
-    for (const auto& row : m) {
-        if (!std::all_of(row.begin(), row.end(), [](double value) { return std::isfinite(value); })) {
-            return false;
-        }
-    }
-    return std::abs(Determinant()) > kSmallestSine * Length(*this, 0) * Length(*this, 1) * Length(*this, 2);
-}
-
-bool Affine::IsSimilarity() const
-{
-    if (!IsRegular()) {
+    const double scale = std::cbrt(std::abs(internal::Determinant(affine.linear)));
+    if (!IsFinite(affine) || !(scale > 0)) {
         return false;
     }
-    const double scale = std::cbrt(std::abs(Determinant()));
     for (std::size_t a = 0; a < 3; ++a) {
         for (std::size_t b = a; b < 3; ++b) {
-            const double product = m[0][a] * m[0][b] + m[1][a] * m[1][b] + m[2][a] * m[2][b];
-            if (std::abs(product / (scale * scale) - (a == b ? 1 : 0)) > 1e-9) {
+            const auto& m = affine.linear;
+            const double product = m[a] * m[b] + m[3 + a] * m[3 + b] + m[6 + a] * m[6 + b];
+            if (!(std::abs(product / (scale * scale) - (a == b ? 1 : 0)) < 1e-9)) {
                 return false;
             }
         }
@@ -143,9 +109,9 @@ bool Affine::IsSimilarity() const
     return true;
 }
 
-bool Affine::IsIdentity() const
+bool IsIdentity(const Affine& affine)
 {
-    return m == Affine().m;
+    return affine.linear == internal::Identity3 && affine.translation == internal::Vector3{};
 }
 
 void ForEachPlacedPart(const ModelData_Model& model, const std::function<void(const PlacedPart&)>& visit)

@@ -1,33 +1,26 @@
 // Walks a model down to its parts with the placement of each, as the instances above it add up.
 #pragma once
 
-#include <array>
 #include <functional>
 
 #include <cadex/ModelData_Appearance.hxx>
 #include <cadex/ModelData_Model.hxx>
 #include <cadex/ModelData_Part.hxx>
-#include <cadex/ModelData_Transformation.hxx>
+
+#include "sdk/part21/Placement.h"
 
 namespace cadex::occt {
 
-/// p' = M p + t with any 3 by 3 matrix M; rows of (M | t), millimetres.
-struct Affine
-{
-    std::array<std::array<double, 4>, 3> m = {{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
+using internal::Affine;
 
-    static Affine Of(const ModelData_Transformation& transformation);
+/// First `inner`, then `outer`.
+Affine Compose(const Affine& outer, const Affine& inner);
+ModelData_Point Apply(const Affine& affine, const ModelData_Point& point);
 
-    /// First `inner`, then this.
-    Affine operator*(const Affine& inner) const;
-    ModelData_Point operator()(const ModelData_Point& point) const;
-    double Determinant() const;
-    /// All elements finite and the three axes independent of each other, whatever the scale.
-    bool IsRegular() const;
-    /// A rotation and mirror with one scale factor for all axes, within 1e-9.
-    bool IsSimilarity() const;
-    bool IsIdentity() const;
-};
+bool IsFinite(const Affine& affine);
+/// A rotation or mirror with one scale factor other than zero for all directions, within 1e-9.
+bool IsSimilarity(const Affine& affine);
+bool IsIdentity(const Affine& affine);
 
 /// A part where it stands in the model.
 struct PlacedPart

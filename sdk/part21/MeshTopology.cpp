@@ -99,11 +99,6 @@ std::uint64_t EdgeValue(U32 from, U32 to)
     return forward ? value : 0 - value;
 }
 
-bool IsFinite(const ModelData_Point& p)
-{
-    return std::isfinite(p.X()) && std::isfinite(p.Y()) && std::isfinite(p.Z());
-}
-
 double Dot(const Vector3& a, const Vector3& b)
 {
     return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
@@ -149,7 +144,7 @@ MeshTopology::MeshTopology(const TriangleSetImpl& mesh, const Matrix3& linear)
     {
         Welder welder(mesh.points, pointOf);
         for (const U32 point : mesh.indices) {
-            if (vertexOf[point] == Unused && IsFinite(mesh.points[point])) {
+            if (vertexOf[point] == Unused && IsUsable(Mapped(linear, mesh.points[point]))) {
                 vertexOf[point] = welder.VertexOf(point);
             }
         }

@@ -2,6 +2,7 @@
 // each connected piece is closed.
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <vector>
 
@@ -41,6 +42,13 @@ struct MeshTopology
 /// The normal of a triangle with its length, twice the area; all zero when the triangle has no area (its
 /// height is below 1e-12 of its longest side) or is not finite.
 Vector3 AreaNormal(const Vector3& a, const Vector3& b, const Vector3& c);
+
+/// Whether a mapped point can stand in a file: finite, and not so far off that areas overflow.
+inline bool IsUsable(const Vector3& point)
+{
+    constexpr double far = 1e100;
+    return std::abs(point[0]) < far && std::abs(point[1]) < far && std::abs(point[2]) < far;
+}
 
 inline Vector3 Mapped(const Matrix3& linear, const ModelData_Point& point)
 {

@@ -143,7 +143,10 @@ bool SplitMatrix(const Matrix3& matrix, Split& split)
     const double factor = CleanFactor((product[0] + product[4] + product[8]) / 3);
     if (SameResidual(split.residual, Scaled(Identity3, factor))) {
         split.residual = Scaled(Identity3, factor);
-        const Matrix3 plain = Scaled(matrix, 1 / factor);
+        Matrix3 plain = matrix;
+        for (double& value : plain) {
+            value /= factor;
+        }
         if (LargestDifference(plain, split.rotation) < 1e-12) {
             split.rotation = plain; // keeps zeros and ones as they are
         }

@@ -19,11 +19,6 @@ double Trimmed(double component)
     return std::round(component * 1e12) / 1e12;
 }
 
-bool IsFinite(const Vector3& v)
-{
-    return std::isfinite(v[0]) && std::isfinite(v[1]) && std::isfinite(v[2]);
-}
-
 class MeshText
 {
 public:
@@ -76,9 +71,7 @@ private:
         myFirstVertex = myOut.Reserve(myTopology.pointOf.size());
         for (std::size_t i = 0; i < myTopology.pointOf.size() && myOut.Ok(); ++i) {
             const Vector3 p = Mapped(myLinear, myMesh.points[myTopology.pointOf[i]]);
-            // Vertices that overflow belong to no written triangle.
-            const Xyz xyz = IsFinite(p) ? Xyz{p[0], p[1], p[2]} : Xyz{};
-            myOut.AddAs(Ref{myFirstVertex.id + i}, "CARTESIAN_POINT", "", xyz);
+            myOut.AddAs(Ref{myFirstVertex.id + i}, "CARTESIAN_POINT", "", Xyz{p[0], p[1], p[2]});
         }
     }
 
@@ -175,7 +168,7 @@ void WriteStepPolyLines(Part21Writer& out, const PolyLineSetImpl& lines, const M
                 points.push_back(point);
             }
         }
-        if (points.size() < 2 || !std::all_of(points.begin(), points.end(), IsFinite)) {
+        if (points.size() < 2 || !std::all_of(points.begin(), points.end(), IsUsable)) {
             continue;
         }
         const Ref first = out.Reserve(points.size());
