@@ -256,10 +256,11 @@ private:
         U32 flatNormal = kNone;
         for (std::size_t node = 1; node <= count; ++node) {
             const ModelData_Vectorf& normal = myNormals[isFlat ? 0 : node - 1];
+            const bool isKnown = normal != ModelData_Vectorf();
             if (myShared[node] != kNone) {
                 SharedUse& use = UseOf(group, myShared[node]);
                 myPointOf[node] = use.point;
-                myNormalOf[node] = SharedNormal(table, use, normal, flatNormal);
+                myNormalOf[node] = isKnown ? SharedNormal(table, use, normal, flatNormal) : kNone;
                 continue;
             }
             gp_Pnt point = triangulation.Node(static_cast<int>(node));
@@ -268,7 +269,9 @@ private:
             }
             myPointOf[node] = static_cast<U32>(table.points.size());
             table.points.emplace_back(point.X(), point.Y(), point.Z());
-            myNormalOf[node] = isFlat ? FlatNormal(table, normal, flatNormal) : Append(table, normal);
+            myNormalOf[node] = !isKnown ? kNone
+                               : isFlat ? FlatNormal(table, normal, flatNormal)
+                                        : Append(table, normal);
         }
     }
 
@@ -320,11 +323,38 @@ private:
             if (points[0] == points[1] || points[1] == points[2] || points[2] == points[0]) {
                 continue;
             }
+            U32 continued = kNone;
             for (int k = 0; k < 3; ++k) {
+                U32 normal = myNormalOf[static_cast<std::size_t>(n[k])];
+                if (normal == kNone) {
+                    continued =
+                        continued != kNone ? continued : Append(table, ContinuedNormal(table, points, n));
+                    normal = continued;
+                }
                 table.pointIndices.push_back(points[k]);
-                table.normalIndices.push_back(myNormalOf[static_cast<std::size_t>(n[k])]);
+                table.normalIndices.push_back(normal);
             }
         }
+    }
+
+    /// The mean of those corners that have a normal; the facet's own when none has.
+    ModelData_Vectorf ContinuedNormal(const TriangleTables& table, const U32 (&points)[3],
+                                      const int (&nodes)[3]) const
+    {
+        gp_XYZ sum(0, 0, 0);
+        for (const int node : nodes) {
+            const U32 known = myNormalOf[static_cast<std::size_t>(node)];
+            if (known != kNone) {
+                const ModelData_Vectorf& normal = table.normals[known];
+                sum += gp_XYZ(normal.X(), normal.Y(), normal.Z());
+            }
+        }
+        const double size = sum.Modulus();
+        if (size < gp::Resolution()) {
+            return FacetNormal(table.points[points[0]], table.points[points[1]], table.points[points[2]]);
+        }
+        sum /= size;
+        return {static_cast<float>(sum.X()), static_cast<float>(sum.Y()), static_cast<float>(sum.Z())};
     }
 
     std::vector<TriangleTables> myTables;

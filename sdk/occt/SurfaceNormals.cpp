@@ -24,7 +24,7 @@ ModelData_Vectorf ToFloat(const gp_XYZ& unit)
     return {clean(unit.X()), clean(unit.Y()), clean(unit.Z())};
 }
 
-/// False where the surface has no tangent plane.
+/// False where the surface has no one tangent plane, as at the apex of a cone.
 bool SurfaceNormal(const GeomAdaptor_Surface& surface, const gp_Pnt2d& uv, gp_XYZ& normal)
 {
     gp_Pnt point;
@@ -43,23 +43,6 @@ bool SurfaceNormal(const GeomAdaptor_Surface& surface, const gp_Pnt2d& uv, gp_XY
     }
     normal = limit.XYZ();
     return true;
-}
-
-/// Area-weighted mean of the triangles around each node; zero where they cancel out.
-std::vector<gp_XYZ> MeanNormals(const Poly_Triangulation& triangulation)
-{
-    std::vector<gp_XYZ> means(static_cast<std::size_t>(triangulation.NbNodes()) + 1, gp_XYZ(0, 0, 0));
-    for (int i = 1; i <= triangulation.NbTriangles(); ++i) {
-        int n[3];
-        triangulation.Triangle(i).Get(n[0], n[1], n[2]);
-        const gp_XYZ origin = triangulation.Node(n[0]).XYZ();
-        const gp_XYZ product =
-            (triangulation.Node(n[1]).XYZ() - origin).Crossed(triangulation.Node(n[2]).XYZ() - origin);
-        for (const int node : n) {
-            means[static_cast<std::size_t>(node)] += product;
-        }
-    }
-    return means;
 }
 
 /// From the coordinates of the triangulation to those of the shape.
@@ -110,19 +93,11 @@ void ComputeNormals(const TopoDS_Face& face, const Poly_Triangulation& triangula
     }
 
     const bool hasSurface = !geometry.IsNull() && triangulation.HasUVNodes();
-    std::vector<gp_XYZ> means;
     normals.reserve(static_cast<std::size_t>(triangulation.NbNodes()));
     for (int i = 1; i <= triangulation.NbNodes(); ++i) {
         gp_XYZ normal;
-        if (!hasSurface || !SurfaceNormal(surface, triangulation.UVNode(i), normal)) {
-            if (means.empty()) {
-                means = MeanNormals(triangulation);
-            }
-            normal = means[static_cast<std::size_t>(i)];
-            const double size = normal.Modulus();
-            normal = size > gp::Resolution() ? normal / size : gp_XYZ(0, 0, 1);
-        }
-        normals.push_back(turn(normal));
+        const bool isKnown = hasSurface && SurfaceNormal(surface, triangulation.UVNode(i), normal);
+        normals.push_back(isKnown ? turn(normal) : ModelData_Vectorf());
     }
 }
 

@@ -16,6 +16,8 @@
 #include <cadex/ModelData_Part.hxx>
 #include <cadex/ModelData_PolyRepresentation.hxx>
 
+#include "sdk/model/Elements.h"
+#include "sdk/model/TriangleSets.h"
 #include "sdk/occt/OcctBRep.h"
 
 namespace cadex::test {
@@ -87,6 +89,16 @@ inline ModelData_Part ShapePart(const TopoDS_Shape& shape, const char* name = "p
 {
     return ModelData_Part(internal::MakeHandle<ModelData_BRepRepresentation>(new occt::OcctBRep(shape)),
                           name);
+}
+
+/// A box of 10 by 20 by 30 that a file gave as triangles.
+inline ModelData_Part FacetedBox(bool isClosed)
+{
+    auto* facets = new occt::FacetedBRep;
+    const ModelData_IndexedTriangleSet box = MakeSet({{{0, 0, 0}, {10, 20, 30}}});
+    facets->groups.push_back({internal::ImplOf(box).points, internal::ImplOf(box).indices, {}});
+    facets->closed = isClosed;
+    return ModelData_Part(internal::MakeHandle<ModelData_BRepRepresentation>(facets), "facets");
 }
 
 inline ModelData_Model ModelOf(const ModelData_SceneGraphElement& root)

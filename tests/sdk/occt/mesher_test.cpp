@@ -1,0 +1,317 @@
+// The mesher: watertight meshes, normals, appearances, loose curves, and parameters that make no sense.
+#include <cmath>
+#include <limits>
+#include <map>
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include <BRepAlgoAPI_Cut.hxx>
+#include <BRepBuilderAPI_MakeEdge.hxx>
+#include <BRepBuilderAPI_MakePolygon.hxx>
+#include <BRepPrimAPI_MakeBox.hxx>
+#include <BRepPrimAPI_MakeCone.hxx>
+#include <BRepPrimAPI_MakeCylinder.hxx>
+#include <BRepPrimAPI_MakeSphere.hxx>
+#include <BRepPrimAPI_MakeTorus.hxx>
+#include <BRep_Builder.hxx>
+#include <Geom_CartesianPoint.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopoDS_Compound.hxx>
+#include <TopoDS_Face.hxx>
+#include <gp_Circ.hxx>
+
+#include <cadex/Base_Settings.hxx>
+#include <cadex/ModelAlgo_BRepMesher.hxx>
+#include <cadex/ModelData_PolyLineSet.hxx>
+
+#include "tests/sdk/occt/MeshModels.h"
+
+using namespace cadex;
+using namespace cadex::test;
+
+namespace {
+
+constexpr double Degree = M_PI / 180;
+
+ModelAlgo_BRepMesherParameters Parameters(double chord = 0.0076, double degrees = 24, bool merge = true)
+{
+    ModelAlgo_BRepMesherParameters parameters(ModelAlgo_BRepMesherParameters::Fine, merge);
+    parameters.SetAngularDeflection(degrees * Degree);
+    parameters.SetChordalDeflection(chord);
+    return parameters;
+}
+
+ModelData_PolyRepresentation MeshOf(const ModelData_Part& part,
+                                    const ModelAlgo_BRepMesherParameters& parameters)
+{
+    ModelAlgo_BRepMesher(parameters).Compute(ModelOf(part), true);
+    return part.PolyRepresentation(ModelData_RM_Poly);
+}
+
+const ModelData_IndexedTriangleSet& SetOf(const ModelData_PolyRepresentation& shapes, std::size_t index)
+{
+    return static_cast<const ModelData_IndexedTriangleSet&>(shapes.Get()[index]);
+}
+
+using Position = std::array<double, 3>;
+
+Position At(const ModelData_IndexedTriangleSet& set, int face, int slot)
+{
+    const ModelData_Point& point = set.Coordinate(face, slot);
+    return {point.X(), point.Y(), point.Z()};
+}
+
+/// What a consumer sees through the accessors, sets taken together, edges compared bit by bit.
+struct Seen
+{
+    explicit Seen(const ModelData_PolyRepresentation& shapes)
+    {
+        for (std::size_t i = 0; i < shapes.Get().Size(); ++i) {
+            if (shapes.Get()[i].IsOfType<ModelData_IndexedTriangleSet>()) {
+                Look(SetOf(shapes, i));
+            }
+        }
+        for (const auto& [edge, uses] : edges) {
+            openEdges += uses == 0 ? 0 : 1;
+        }
+    }
+
+    void Look(const ModelData_IndexedTriangleSet& set)
+    {
+        EXPECT_TRUE(set.HasNormals());
+        EXPECT_FALSE(set.HasUVCoordinates());
+        for (int face = 0; face < set.NumberOfFaces(); ++face) {
+            const Position p[] = {At(set, face, 0), At(set, face, 1), At(set, face, 2)};
+            const Position u{p[1][0] - p[0][0], p[1][1] - p[0][1], p[1][2] - p[0][2]};
+            const Position v{p[2][0] - p[0][0], p[2][1] - p[0][1], p[2][2] - p[0][2]};
+            const Position n{u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]};
+            const double area = std::hypot(n[0], n[1], n[2]);
+            volume += (p[0][0] * n[0] + p[0][1] * n[1] + p[0][2] * n[2]) / 6;
+            EXPECT_GT(area, 0);
+            for (int slot = 0; slot < 3; ++slot) {
+                const Position& from = p[slot];
+                const Position& to = p[(slot + 1) % 3];
+                edges[{std::min(from, to), std::max(from, to)}] += from < to ? 1 : -1;
+                const ModelData_Vectorf& normal = set.VertexNormal(face, slot);
+                const double length = std::hypot(normal.X(), normal.Y(), normal.Z());
+                EXPECT_NEAR(length, 1, 1e-6);
+                worstCosine =
+                    std::min(worstCosine, (normal.X() * n[0] + normal.Y() * n[1] + normal.Z() * n[2]) / area);
+                vertices.insert({from, {normal.X(), normal.Y(), normal.Z()}});
+            }
+            ++triangles;
+        }
+    }
+
+    int triangles = 0;
+    int openEdges = 0;
+    double volume = 0;
+    double worstCosine = 1; ///< between a corner's normal and its facet's
+    std::map<std::pair<Position, Position>, int> edges;
+    std::set<std::pair<Position, std::array<float, 3>>> vertices; ///< after a merge by position and normal
+};
+
+TopoDS_Shape Drilled()
+{
+    const gp_Ax2 axis(gp_Pnt(20, 15, -1), gp_Dir(0, 0, 1));
+    return BRepAlgoAPI_Cut(BRepPrimAPI_MakeBox(40, 30, 20).Shape(),
+                           BRepPrimAPI_MakeCylinder(axis, 8, 30).Shape())
+        .Shape();
+}
+
+TEST(Mesher, BodiesAreWatertightWithOutwardNormals)
+{
+    struct Case
+    {
+        const char* name;
+        TopoDS_Shape shape;
+        double volume;
+        double leastCosine;
+    };
+    gp_Trsf moved;
+    moved.SetRotation(gp_Ax1(gp_Pnt(1, 2, 3), gp_Dir(1, 1, 1)), 0.7);
+    moved.SetTranslationPart(gp_Vec(1000.1, -70.3, 0.7));
+    const double third = M_PI / 3;
+    const Case cases[] = {
+        {"box", BRepPrimAPI_MakeBox(10, 20, 30).Shape(), 6000, 1 - 1e-6},
+        {"sphere with two poles", BRepPrimAPI_MakeSphere(10).Shape(), 4 * third * 1000, 0.8},
+        {"cone with an apex", BRepPrimAPI_MakeCone(10, 0, 30).Shape(), third * 3000, 0.3},
+        {"torus with two seams", BRepPrimAPI_MakeTorus(30, 10).Shape(), 2 * M_PI * M_PI * 3000, 0.8},
+        {"drilled block", Drilled(), 24000 - M_PI * 64 * 20, 0.9},
+        {"reversed inside a location", Drilled().Moved(moved), 24000 - M_PI * 64 * 20, 0.9},
+    };
+    for (const Case& item : cases) {
+        SCOPED_TRACE(item.name);
+        const Seen seen(MeshOf(ShapePart(item.shape), Parameters()));
+        EXPECT_EQ(seen.openEdges, 0);
+        EXPECT_NEAR(seen.volume, item.volume, 0.04 * item.volume);
+        EXPECT_GT(seen.worstCosine, item.leastCosine);
+    }
+}
+
+TEST(Mesher, SmoothSeamsMergeAndSharpEdgesStay)
+{
+    EXPECT_EQ(Seen(MeshOf(ShapePart(BRepPrimAPI_MakeBox(1, 1, 1).Shape()), Parameters())).vertices.size(),
+              24U);
+    // On a torus each position has one normal, also where the surface closes.
+    const Seen torus(MeshOf(ShapePart(BRepPrimAPI_MakeTorus(30, 10).Shape()), Parameters()));
+    EXPECT_EQ(static_cast<int>(torus.vertices.size()), torus.triangles / 2);
+}
+
+TEST(Mesher, EachAppearanceIsOneSetTheBodysOwnFirst)
+{
+    const ModelData_Appearance body(ModelData_Color(0.F, 0.F, 1.F));
+    const ModelData_Appearance red(ModelData_Color(1.F, 0.F, 0.F));
+    const ModelData_Appearance green(ModelData_Color(0.F, 1.F, 0.F));
+    auto* brep = new occt::OcctBRep(BRepPrimAPI_MakeBox(10, 20, 30).Shape());
+    brep->appearance = body;
+    int number = 0;
+    for (TopExp_Explorer it(brep->shape, TopAbs_FACE); it.More(); it.Next(), ++number) {
+        if (number % 3 != 2) {
+            brep->appearances.Bind(it.Current(), number % 3 == 0 ? red : green);
+        }
+    }
+    const ModelData_Part part(internal::MakeHandle<ModelData_BRepRepresentation>(brep), "block");
+    const ModelData_PolyRepresentation shapes = MeshOf(part, Parameters());
+    ASSERT_EQ(shapes.Get().Size(), 3U);
+    const ModelData_Appearance expected[] = {body, red, green};
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(SetOf(shapes, i).NumberOfFaces(), 4);
+        EXPECT_EQ(SetOf(shapes, i).Appearance().Impl(), expected[i].Impl());
+        EXPECT_EQ(SetOf(shapes, i).Name(), Base_UTF16String("block"));
+    }
+    EXPECT_EQ(Seen(shapes).openEdges, 0);
+
+    ModelData_Part faces(part.BRepRepresentation(), "faces");
+    EXPECT_EQ(MeshOf(faces, Parameters(0.0076, 24, false)).Get().Size(), 6U);
+    EXPECT_EQ(Seen(faces.PolyRepresentation(ModelData_RM_Poly)).openEdges, 0);
+}
+
+TEST(Mesher, LooseCurvesBecomePolylines)
+{
+    BRep_Builder builder;
+    TopoDS_Compound curves;
+    builder.MakeCompound(curves);
+    // A path of three edges in any order and direction, a fork at one of its ends, and a circle.
+    builder.Add(curves, BRepBuilderAPI_MakeEdge(gp_Pnt(10, 0, 0), gp_Pnt(0, 0, 0)).Edge());
+    builder.Add(curves, BRepBuilderAPI_MakeEdge(gp_Pnt(10, 10, 0), gp_Pnt(10, 10, 10)).Edge());
+    builder.Add(curves, BRepBuilderAPI_MakeEdge(gp_Pnt(10, 0, 0), gp_Pnt(10, 10, 0)).Edge());
+    builder.Add(curves, BRepBuilderAPI_MakeEdge(gp_Pnt(0, 0, 0), gp_Pnt(-5, 0, 0)).Edge());
+    builder.Add(curves, BRepBuilderAPI_MakeEdge(gp_Pnt(0, 0, 0), gp_Pnt(0, -5, 0)).Edge());
+    builder.Add(curves,
+                BRepBuilderAPI_MakeEdge(gp_Circ(gp_Ax2(gp_Pnt(0, 0, 50), gp_Dir(0, 0, 1)), 10)).Edge());
+    builder.Add(
+        curves,
+        BRepBuilderAPI_MakePolygon(gp_Pnt(100, 0, 0), gp_Pnt(101, 0, 0), gp_Pnt(101, 1, 0), true).Wire());
+    builder.Add(curves, BRepPrimAPI_MakeBox(1, 1, 1).Shape());
+    const ModelData_PolyRepresentation shapes = MeshOf(ShapePart(curves), Parameters());
+
+    std::vector<int> counts;
+    for (std::size_t i = 0; i < shapes.Get().Size(); ++i) {
+        if (shapes.Get()[i].IsOfType<ModelData_PolyLineSet>()) {
+            const auto& set = static_cast<const ModelData_PolyLineSet&>(shapes.Get()[i]);
+            EXPECT_EQ(set.NumberOfPolyLines(), 1);
+            counts.push_back(set.NumberOfVertices(0));
+            if (counts.size() == 4) { // the circle: on it, closed, within the tolerance between the points
+                EXPECT_GE(counts.back(), 16);
+                EXPECT_NEAR(set.Coordinate(0, 0).X(), set.Coordinate(0, counts.back() - 1).X(), 1e-9);
+                for (int j = 0; j < counts.back(); ++j) {
+                    EXPECT_NEAR(std::hypot(set.Coordinate(0, j).X(), set.Coordinate(0, j).Y()), 10, 1e-9);
+                }
+                counts.back() = 0;
+            }
+        }
+    }
+    EXPECT_EQ(counts, (std::vector<int>{4, 2, 2, 0, 4}));
+}
+
+TEST(Mesher, SenselessParametersNeitherCrashNorHang)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double infinite = std::numeric_limits<double>::infinity();
+    const TopoDS_Shape shape = Drilled();
+    const auto triangles = [&](double chord, double degrees, bool isRelative = true) {
+        ModelAlgo_BRepMesherParameters parameters = Parameters(chord, degrees);
+        parameters.SetIsRelativeChordalDeflection(isRelative);
+        return Seen(MeshOf(ShapePart(shape), parameters)).triangles;
+    };
+    const int fine = triangles(0.004, 20);
+    EXPECT_EQ(triangles(-0.00224, 0), fine); // what a tessellation level of -1 asks for
+    EXPECT_EQ(triangles(0, -5, false), fine);
+    EXPECT_EQ(triangles(nan, nan), fine);
+    EXPECT_GT(triangles(1e-300, 1e-300), fine);
+    for (const bool isRelative : {true, false}) {
+        EXPECT_GT(triangles(infinite, infinite, isRelative), 0);
+    }
+    EXPECT_LT(triangles(0.08, 60), fine);
+}
+
+TEST(Mesher, SharedPartsOnceAndExistingMeshesRespected)
+{
+    ModelData_Part part = ShapePart(BRepPrimAPI_MakeBox(1, 2, 3).Shape());
+    ModelData_Assembly assembly("assembly");
+    assembly.AddInstance(ModelData_Instance(part));
+    assembly.AddInstance(ModelData_Instance(part));
+    const ModelData_Model model = ModelOf(assembly);
+    const ModelAlgo_BRepMesher mesher{Parameters()};
+    mesher.Compute(model);
+    const ModelData_PolyRepresentation first = part.PolyRepresentation(ModelData_RM_Poly);
+    ASSERT_FALSE(first.IsNull());
+    mesher.Compute(model, false);
+    mesher.Compute(assembly, true);
+    EXPECT_TRUE(part.PolyRepresentation(ModelData_RM_Poly) == first);
+    EXPECT_EQ(internal::ImplOf(part).representations.size(), 3U); // exact, first, enforced
+
+    // Without an exact shape there is nothing to mesh, and nothing is added.
+    ModelData_Part meshOnly = MeshPart(MakeSet({{{0, 0, 0}, {1, 1, 1}}}));
+    ModelData_Part empty("empty");
+    mesher.Compute(ModelOf(meshOnly), true);
+    mesher.Compute(ModelOf(empty), true);
+    EXPECT_EQ(internal::ImplOf(meshOnly).representations.size(), 1U);
+    EXPECT_TRUE(empty.PolyRepresentation(ModelData_RM_Poly).IsNull());
+    mesher.Compute(ModelData_Model(), true);
+}
+
+TEST(Mesher, FacetsAreTakenAsTheyAre)
+{
+    const ModelData_Part part = FacetedBox(true);
+    const Seen seen(MeshOf(part, Parameters()));
+    EXPECT_EQ(seen.triangles, 12);
+    EXPECT_EQ(seen.openEdges, 0);
+    EXPECT_EQ(seen.vertices.size(), 24U);
+    EXPECT_GT(seen.worstCosine, 1 - 1e-6);
+}
+
+TEST(Mesher, AFaceThatCannotBeMeshedLeavesTheOthers)
+{
+    BRep_Builder builder;
+    TopoDS_Compound shape;
+    builder.MakeCompound(shape);
+    TopoDS_Face broken; // a face without a surface
+    builder.MakeFace(broken);
+    builder.Add(shape, broken);
+    builder.Add(shape, BRepPrimAPI_MakeBox(1, 1, 1).Shape());
+    EXPECT_EQ(Seen(MeshOf(ShapePart(shape), Parameters())).triangles, 12);
+}
+
+TEST(Mesher, ThreadsChangeNothing)
+{
+    BRep_Builder builder;
+    TopoDS_Compound many;
+    builder.MakeCompound(many);
+    for (int i = 0; i < 150; ++i) {
+        builder.Add(many,
+                    BRepPrimAPI_MakeCylinder(gp_Ax2(gp_Pnt(30 * i, 0, 0), gp_Dir(0, 0, 1)), 10, 5).Shape());
+    }
+    std::vector<std::map<std::pair<Position, Position>, int>> results;
+    for (const bool isConcurrent : {true, false}) {
+        Base_Settings::Default()->SetValue(Base_Settings::ConcurrentMode, isConcurrent);
+        results.push_back(Seen(MeshOf(ShapePart(many), Parameters())).edges);
+    }
+    Base_Settings::Default()->SetValue(Base_Settings::ConcurrentMode, true);
+    EXPECT_FALSE(results[0].empty());
+    EXPECT_EQ(results[0], results[1]);
+}
+
+} // namespace
