@@ -1,12 +1,11 @@
 // Puts the engines of this build together. Explicit calls, since a linker may drop what only registers
 // itself.
 #include "sdk/model/EngineRegistry.h"
+
 #include "sdk/occt/OcctEngines.h"
 #include "sdk/part21/Part21Engines.h"
-
 #if defined(CADEX_WITH_IFC) && __has_include("sdk/ifc/IfcEngines.h")
 #include "sdk/ifc/IfcEngines.h"
-#define CADEX_HAS_IFC
 #endif
 
 namespace cadex {
@@ -16,7 +15,7 @@ void RegisterEngines(EngineRegistry& registry)
 {
     RegisterOcctEngines(registry);
     RegisterPart21Engines(registry);
-#ifdef CADEX_HAS_IFC
+#if defined(CADEX_WITH_IFC) && __has_include("sdk/ifc/IfcEngines.h")
     RegisterIfcEngines(registry);
 #endif
 }
