@@ -1,0 +1,171 @@
+// Pixel work of the image utilities on 24-megapixel images, one thread, beside the plain per-pixel form of
+// the same work (on a 1.5-megapixel piece of the picture) and beside QImage::copy. Each result is checked
+// against the plain form.
+//
+// "Mpx/s" is the speed, "x_plain" how many times that of the plain form, "copies" the time in plain copies of
+// the image (for the blur: in each of its four passes), all from one run.
+
+#include "common/image/ImageFilters.h"
+#include "common/image/ImageMaps.h"
+#include "common/image/ZemtarImage.h"
+#include "tests/common/image/PlainTwins.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QTemporaryDir>
+
+#include <cstdlib>
+#include <ctime>
+#include <iostream>
+
+namespace {
+
+using namespace Zemtar;
+
+/// Smooth colour with fine noise, as photographs have it.
+QImage picture(int width, int height, QImage::Format format = QImage::Format_RGB32)
+{
+    QImage image(width, height, QImage::Format_RGB32);
+    QRandomGenerator random(1);
+    for (int y = 0; y < height; ++y) {
+        QRgb* const row = reinterpret_cast<QRgb*>(image.scanLine(y));
+        for (int x = 0; x < width; ++x) {
+            const int noise = static_cast<int>(random.generate() & 15);
+            row[x] = qRgb((x / 24 + noise) & 255, (y / 16 + noise) & 255, ((x + y) / 40 + 2 * noise) & 255);
+        }
+    }
+    return image.convertToFormat(format);
+}
+
+const QImage& largePicture()
+{
+    static const QImage image = picture(6000, 4000);
+    return image;
+}
+
+const QImage& smallPicture()
+{
+    static const QImage image = largePicture().copy(1000, 1000, 1500, 1000);
+    return image;
+}
+
+double cpuSeconds()
+{
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+/// The shortest of some runs, in seconds.
+template <class Work>
+double secondsOf(Work work, int runs = 3)
+{
+    double best = 1e9;
+    for (int i = 0; i < runs; ++i) {
+        const double start = cpuSeconds();
+        work();
+        best = std::min(best, cpuSeconds() - start);
+    }
+    return best;
+}
+
+double copySeconds()
+{
+    static const double seconds =
+        secondsOf([] { benchmark::DoNotOptimize(largePicture().copy().bits()); }, 5);
+    return seconds;
+}
+
+void check(bool isRight, const char* what)
+{
+    if (!isRight) {
+        std::cerr << what << " differs from its plain form\n";
+        std::exit(1);
+    }
+}
+
+/// Fills the target, which has the source's size and format, or replaces it.
+using Kernel = std::function<void(QImage* source, QImage* target)>;
+
+struct Work
+{
+    const char* name;
+    Kernel fast, plain;
+    int passes = 1;
+    QImage::Format format = QImage::Format_RGB32;
+};
+
+Kernel with(PlainTwins::Filter filter, int delta)
+{
+    return [filter, delta](QImage* source, QImage* target) { filter(source, target, delta); };
+}
+
+Kernel inPlace(PlainTwins::Filter filter)
+{
+    return [filter](QImage*, QImage* target) { filter(target, target, 0); };
+}
+
+const std::vector<Work>& works()
+{
+    using namespace PlainTwins;
+    const auto sharpened = [](QImage* s, QImage* t, int) { ZemtarImage::sharpen(s, t); };
+    const auto greyed = [](QImage* s, QImage* t, int) { ZemtarImage::greyScale(s, t); };
+    static const std::vector<Work> list = {
+        {"brightness", with(ZemtarImage::brightness, 0), with(perPixel(PlainTwins::brightness), 0)},
+        {"greyScale", with(greyed, 0), with(perPixel(PlainTwins::greyScale), 0)},
+        {"warm", with(ZemtarImage::warm, 30), with(perPixel(PlainTwins::warm), 30)},
+        {"cool", with(ZemtarImage::cool, 30), with(perPixel(PlainTwins::cool), 30)},
+        {"saturation", with(ZemtarImage::saturation, 40), with(perPixel(PlainTwins::saturation), 40)},
+        {"sharpen", with(sharpened, 0), with(PlainTwins::sharpen, 0)},
+        {"sharpen_in_place", inPlace(sharpened), inPlace(PlainTwins::sharpen)},
+        {"warm_premultiplied", with(ZemtarImage::warm, 30), with(perPixel(PlainTwins::warm), 30), 1,
+         QImage::Format_ARGB32_Premultiplied},
+        {"warm_16_bit", with(ZemtarImage::warm, 30), with(perPixel(PlainTwins::warm), 30), 1,
+         QImage::Format_RGBA64},
+        {"edgify", [](QImage*, QImage* t) { ZemtarImage::edgify(t); },
+         [](QImage*, QImage* t) { PlainTwins::edgify(t); }},
+        {"blurred", [](QImage* s, QImage* t) { *t = ImageFilters::blurred(*s, s->rect(), 5); },
+         [](QImage* s, QImage* t) { *t = PlainTwins::blurred(*s, s->rect(), 5); }, 4},
+        {"normal_map", [](QImage* s, QImage* t) { *t = ImageMaps::normalMap(*s, 2.0, false); },
+         [](QImage* s, QImage* t) { *t = PlainTwins::normalMap(*s, 2.0, false); }},
+        {"height_map", [](QImage* s, QImage* t) { *t = ImageMaps::heightMap(*s, 60.0, 30.0, false); },
+         [](QImage* s, QImage* t) { *t = PlainTwins::heightMap(*s, 60.0, 30.0, false); }},
+        {"tileable_normal_map", [](QImage* s, QImage* t) { *t = ImageMaps::tileableNormalMap(*s); },
+         [](QImage* s, QImage* t) { *t = PlainTwins::tileableMap(*s); }},
+    };
+    return list;
+}
+
+/// Runs the fast form on the large picture and reports it beside the plain form.
+void compare(benchmark::State& state, const Work& work)
+{
+    QImage source = smallPicture().convertToFormat(work.format), expected = source.copy(),
+           target = source.copy();
+    work.fast(&source, &target);
+    const double plainSeconds = secondsOf([&] { work.plain(&source, &expected); }, 1);
+    check(target == expected, work.name);
+    source = largePicture().convertToFormat(work.format);
+    target = source.copy();
+    double best = 1e9;
+    for (auto _ : state) {
+        best = std::min(best, secondsOf([&] { work.fast(&source, &target); }, 1));
+    }
+    const double pixels = 24e6;
+    state.counters["Mpx/s"] = pixels / best / 1e6;
+    state.counters["x_plain"] = (plainSeconds / 1.5e6) / (best / pixels);
+    state.counters["copies"] = best / copySeconds() / work.passes;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    for (const Work& work : works()) {
+        benchmark::RegisterBenchmark(work.name, [&work](benchmark::State& state) { compare(state, work); })
+            ->Unit(benchmark::kMillisecond)
+            ->Iterations(5);
+    }
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
