@@ -8,6 +8,8 @@
 #include <QImageWriter>
 #include <QUuid>
 
+#include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <system_error>
 
@@ -52,13 +54,47 @@ bool writeWithQt(const QImage& image, const QString& name, const QByteArray& for
     return writer.write(image) && file.flush();
 }
 
+struct FileCloser
+{
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+/// Reads for FreeImage; what lies behind the file's end reads as zeros. FreeImage's EXR reader does not look
+/// whether a read succeeded, and with a buffer that stays as it was, reads a cut-off header for ever.
+unsigned readOrZero(void* buffer, unsigned size, unsigned count, fi_handle handle)
+{
+    const std::size_t wanted = std::size_t(size) * count;
+    const std::size_t got = std::fread(buffer, 1, wanted, static_cast<std::FILE*>(handle));
+    std::memset(static_cast<char*>(buffer) + got, 0, wanted - got);
+    return size == 0 ? 0 : static_cast<unsigned>(got / size);
+}
+
+int seekFile(fi_handle handle, long offset, int origin)
+{
+    return std::fseek(static_cast<std::FILE*>(handle), offset, origin);
+}
+
+long tellFile(fi_handle handle)
+{
+    return std::ftell(static_cast<std::FILE*>(handle));
+}
+
+/// Loads a file with FreeImage; null for a missing or unreadable file.
+Bitmap readBitmap(FREE_IMAGE_FORMAT format, const char* name, int flags)
+{
+    const File file(std::fopen(name, "rb"));
+    FreeImageIO io = {readOrZero, nullptr, seekFile, tellFile};
+    return Bitmap(file ? FreeImage_LoadFromHandle(format, &io, file.get(), flags) : nullptr);
+}
+
 /// The size that a file's header claims; invalid where FreeImage cannot tell without the pixels.
 QSize claimedSize(FREE_IMAGE_FORMAT format, const char* name)
 {
     if (!FreeImage_FIFSupportsNoPixels(format)) {
         return {};
     }
-    const Bitmap header(FreeImage_Load(format, name, FIF_LOAD_NOPIXELS));
+    const Bitmap header = readBitmap(format, name, FIF_LOAD_NOPIXELS);
     // An unsigned side beyond the range of int becomes negative, which no size is.
     return header ? QSize(static_cast<int>(FreeImage_GetWidth(header.get())),
                           static_cast<int>(FreeImage_GetHeight(header.get())))
@@ -125,7 +161,7 @@ Bitmap loadBitmap(FREE_IMAGE_FORMAT format, const CZemtarString& file)
             return nullptr;
         }
     }
-    return Bitmap(FreeImage_Load(format, name, 0));
+    return readBitmap(format, name, 0);
 }
 
 bool saveBitmap(FREE_IMAGE_FORMAT format, const Bitmap& bitmap, const CZemtarString& file, int flags)

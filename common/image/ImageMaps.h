@@ -6,11 +6,11 @@
 namespace Zemtar::ImageMaps {
 
 /// The arguments of ZemtarImage::NormalMapFromTexture. The map has the image's size and format, 32-bit colour
-/// in place of palettes and single channels.
-QImage normalMap(const QImage& image, double strength, bool invert);
+/// in place of palettes and single channels; it takes the memory of an image that is moved here.
+QImage normalMap(QImage image, double strength, bool invert);
 
 /// The arguments of ZemtarImage::HeightMapFromTexture; the format as above.
-QImage heightMap(const QImage& image, double scale, double contrast, bool invert);
+QImage heightMap(QImage image, double scale, double contrast, bool invert);
 
 /// A seamless normal map as opaque 32-bit colour; blue is 255 everywhere.
 QImage tileableNormalMap(const QImage& image);

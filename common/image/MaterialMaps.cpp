@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 namespace Zemtar::ImageMaps {
@@ -22,7 +23,7 @@ inline int toChannel(double component)
 }
 
 /// The image with colours that a map's can replace: palettes and single channels become 32-bit colour.
-QImage withDirectColor(const QImage& image)
+QImage withDirectColor(QImage image)
 {
     switch (image.format()) {
     case QImage::Format_Mono:
@@ -139,14 +140,13 @@ void normalizeRow(float* x, float* y, float* z, float height, int count)
     }
 }
 
-QImage normalMap(const QImage& image, double strength, bool invert)
+QImage normalMap(QImage image, double strength, bool invert)
 {
-    const QImage source = withDirectColor(image);
-    QImage map = source;
-    const PixelReader reader(source);
+    QImage map = withDirectColor(std::move(image)); // each row is read before its map replaces it
+    const PixelReader reader(map);
     PixelWriter writer(map);
-    const int width = source.width();
-    const int last = source.height() - 1;
+    const int width = map.width();
+    const int last = map.height() - 1;
     const auto height = static_cast<float>(1.0 / (strength * 20.0));
     std::vector<float> x(width), y(width), z(width);
     std::vector<QRgb> pixels(width);
@@ -160,7 +160,7 @@ QImage normalMap(const QImage& image, double strength, bool invert)
         // above wrap round, right and below stop at the edge. The asymmetry is wanted.
         columns[-1] = columns[width] = columns[width - 1];
     };
-    walkRows(source.size(), last, last, fill, [&](int row, const RowWindow& window) {
+    walkRows(map.size(), last, last, fill, [&](int row, const RowWindow& window) {
         sobelRow(window, x.data(), y.data(), width);
         normalizeRow(x.data(), y.data(), z.data(), height, width);
         packNormals(x.data(), y.data(), z.data(), pixels.data(), width);
@@ -169,19 +169,18 @@ QImage normalMap(const QImage& image, double strength, bool invert)
     return map;
 }
 
-QImage heightMap(const QImage& image, double scale, double contrast, bool invert)
+QImage heightMap(QImage image, double scale, double contrast, bool invert)
 {
     std::array<unsigned short, 256> levels;
     ZemtarImage::ContrastLookup(levels.data(), contrast / 25.0);
     const double factor = scale / 50.0;
-    const QImage source = withDirectColor(image);
-    QImage map = source;
-    const PixelReader reader(source);
+    QImage map = withDirectColor(std::move(image)); // each row is read before its map replaces it
+    const PixelReader reader(map);
     PixelWriter writer(map);
-    const int width = source.width();
+    const int width = map.width();
     std::vector<float> sums(width);
     std::vector<QRgb> pixels(width);
-    for (int y = 0; y < source.height(); ++y) {
+    for (int y = 0; y < map.height(); ++y) {
         reader.ReadSums(y, sums.data());
         reader.Read(y, 0, width, pixels.data());
         for (int x = 0; x < width; ++x) {

@@ -51,7 +51,9 @@ int borderChannel(double value)
 
 QImage stretched(const QImage& image, int width, int height)
 {
-    return image.scaled(QSize(width, height), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    return image.isNull()
+               ? image
+               : image.scaled(QSize(width, height), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
 /// Gives painters an image that they can paint on: they refuse palette images, which become 32-bit colour.

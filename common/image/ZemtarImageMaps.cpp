@@ -8,6 +8,7 @@
 #include <QColor>
 
 #include <algorithm>
+#include <utility>
 
 namespace Zemtar {
 namespace {
@@ -55,15 +56,16 @@ void ZemtarImage::ContrastLookup(unsigned short* table, double contrast)
 
 bool ZemtarImage::NormalMapFromTexture(CZemtarString in, CZemtarString out, double strength, bool invert)
 {
-    const QImage image = in.IsEmpty() ? QImage() : ImageFiles::load(in);
-    return !image.isNull() && ImageFiles::save(ImageMaps::normalMap(image, strength, invert), out);
+    QImage image = in.IsEmpty() ? QImage() : ImageFiles::load(in);
+    return !image.isNull() && ImageFiles::save(ImageMaps::normalMap(std::move(image), strength, invert), out);
 }
 
 bool ZemtarImage::HeightMapFromTexture(CZemtarString in, CZemtarString out, double scale, double contrast,
                                        bool invert)
 {
-    const QImage image = in.IsEmpty() ? QImage() : ImageFiles::load(in);
-    return !image.isNull() && ImageFiles::save(ImageMaps::heightMap(image, scale, contrast, invert), out);
+    QImage image = in.IsEmpty() ? QImage() : ImageFiles::load(in);
+    return !image.isNull() &&
+           ImageFiles::save(ImageMaps::heightMap(std::move(image), scale, contrast, invert), out);
 }
 
 CZemtarString ZemtarImage::GenerateNormalFromTexture(const CZemtarString& in, CZemtarString out)

@@ -7,41 +7,8 @@
 namespace Zemtar {
 namespace {
 
-constexpr QImage::Format kFormats[] = {QImage::Format_Mono,
-                                       QImage::Format_MonoLSB,
-                                       QImage::Format_Indexed8,
-                                       QImage::Format_RGB32,
-                                       QImage::Format_ARGB32,
-                                       QImage::Format_ARGB32_Premultiplied,
-                                       QImage::Format_RGB16,
-                                       QImage::Format_ARGB8565_Premultiplied,
-                                       QImage::Format_RGB666,
-                                       QImage::Format_ARGB6666_Premultiplied,
-                                       QImage::Format_RGB555,
-                                       QImage::Format_ARGB8555_Premultiplied,
-                                       QImage::Format_RGB888,
-                                       QImage::Format_RGB444,
-                                       QImage::Format_ARGB4444_Premultiplied,
-                                       QImage::Format_RGBX8888,
-                                       QImage::Format_RGBA8888,
-                                       QImage::Format_RGBA8888_Premultiplied,
-                                       QImage::Format_BGR30,
-                                       QImage::Format_A2BGR30_Premultiplied,
-                                       QImage::Format_RGB30,
-                                       QImage::Format_A2RGB30_Premultiplied,
-                                       QImage::Format_Alpha8,
-                                       QImage::Format_Grayscale8,
-                                       QImage::Format_RGBX64,
-                                       QImage::Format_RGBA64,
-                                       QImage::Format_RGBA64_Premultiplied,
-                                       QImage::Format_Grayscale16,
-                                       QImage::Format_BGR888,
-                                       QImage::Format_RGBX16FPx4,
-                                       QImage::Format_RGBA16FPx4,
-                                       QImage::Format_RGBA16FPx4_Premultiplied,
-                                       QImage::Format_RGBX32FPx4,
-                                       QImage::Format_RGBA32FPx4,
-                                       QImage::Format_RGBA32FPx4_Premultiplied};
+using PlainTwins::haveSameBytes;
+using PlainTwins::kFormats;
 
 struct NamedFilter
 {
@@ -71,16 +38,6 @@ struct Filters : testing::Test
     void TearDown() override { qInstallMessageHandler(previous); }
     QtMessageHandler previous = nullptr;
 };
-
-bool haveSameBytes(const QImage& a, const QImage& b)
-{
-    bool same = a.size() == b.size() && a.format() == b.format();
-    for (int y = 0; same && y < a.height(); ++y) {
-        same = std::memcmp(a.constScanLine(y), b.constScanLine(y),
-                           (qsizetype(a.width()) * a.depth() + 7) / 8) == 0;
-    }
-    return same;
-}
 
 TEST_F(Filters, EqualTheirPlainTwinsInEveryFormatAndSize)
 {

@@ -6,11 +6,48 @@
 
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <functional>
 
 /// The pixel kernels once more in the plainest form, pixel by pixel through QImage's own access, as the
 /// reference that the fast ones must equal bit by bit.
 namespace Zemtar::PlainTwins {
+
+inline constexpr QImage::Format kFormats[] = {QImage::Format_Mono,
+                                              QImage::Format_MonoLSB,
+                                              QImage::Format_Indexed8,
+                                              QImage::Format_RGB32,
+                                              QImage::Format_ARGB32,
+                                              QImage::Format_ARGB32_Premultiplied,
+                                              QImage::Format_RGB16,
+                                              QImage::Format_ARGB8565_Premultiplied,
+                                              QImage::Format_RGB666,
+                                              QImage::Format_ARGB6666_Premultiplied,
+                                              QImage::Format_RGB555,
+                                              QImage::Format_ARGB8555_Premultiplied,
+                                              QImage::Format_RGB888,
+                                              QImage::Format_RGB444,
+                                              QImage::Format_ARGB4444_Premultiplied,
+                                              QImage::Format_RGBX8888,
+                                              QImage::Format_RGBA8888,
+                                              QImage::Format_RGBA8888_Premultiplied,
+                                              QImage::Format_BGR30,
+                                              QImage::Format_A2BGR30_Premultiplied,
+                                              QImage::Format_RGB30,
+                                              QImage::Format_A2RGB30_Premultiplied,
+                                              QImage::Format_Alpha8,
+                                              QImage::Format_Grayscale8,
+                                              QImage::Format_RGBX64,
+                                              QImage::Format_RGBA64,
+                                              QImage::Format_RGBA64_Premultiplied,
+                                              QImage::Format_Grayscale16,
+                                              QImage::Format_BGR888,
+                                              QImage::Format_RGBX16FPx4,
+                                              QImage::Format_RGBA16FPx4,
+                                              QImage::Format_RGBA16FPx4_Premultiplied,
+                                              QImage::Format_RGBX32FPx4,
+                                              QImage::Format_RGBA32FPx4,
+                                              QImage::Format_RGBA32FPx4_Premultiplied};
 
 using Filter = std::function<void(QImage* source, QImage* target, int delta)>;
 using Change = QColor (*)(const QColor& color, int delta);
@@ -226,6 +263,16 @@ inline QImage randomImage(int width, int height, QImage::Format format)
         }
     }
     return image;
+}
+
+inline bool haveSameBytes(const QImage& a, const QImage& b)
+{
+    bool same = a.size() == b.size() && a.format() == b.format();
+    for (int y = 0; same && y < a.height(); ++y) {
+        same = std::memcmp(a.constScanLine(y), b.constScanLine(y),
+                           (qsizetype(a.width()) * a.depth() + 7) / 8) == 0;
+    }
+    return same;
 }
 
 } // namespace Zemtar::PlainTwins

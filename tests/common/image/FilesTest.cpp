@@ -1,0 +1,415 @@
+#include "common/image/ZemtarImage.h"
+#include "tests/common/image/PlainTwins.h"
+#include "tests/support/TestFolder.h"
+
+#include <FreeImage.h>
+#include <QGuiApplication>
+#include <QImageWriter>
+#include <QPainter>
+#include <QPixmap>
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <limits>
+
+namespace Zemtar {
+namespace {
+
+const CZemtarColor kWhite(1, 1, 1, 1);
+
+struct ImageFiles : testing::Test, TestFolder
+{
+    /// Only the twins need it: they paint through pixmaps.
+    static void SetUpTestSuite()
+    {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        static int argc = 1;
+        static char name[] = "test";
+        static char* argv[] = {name, nullptr};
+        static QGuiApplication application(argc, argv);
+    }
+
+    CZemtarString save(const char* name, const QImage& image) const
+    {
+        EXPECT_TRUE(image.save(path(name))) << name;
+        return host(name);
+    }
+    QImage load(const char* name) const { return QImage(path(name)); }
+    QStringList files() const { return QDir(path("")).entryList(QDir::Files | QDir::Hidden); }
+
+    /// A float picture, 8 x 4, whose brightest column is the left one.
+    CZemtarString saveFloats(const char* name, FREE_IMAGE_FORMAT format, int width = 8, int height = 4) const
+    {
+        FIBITMAP* const bitmap = FreeImage_AllocateT(FIT_RGBF, width, height);
+        for (int i = 0; i < width * height; ++i) {
+            auto* const row = reinterpret_cast<FIRGBF*>(FreeImage_GetScanLine(bitmap, i / width));
+            row[i % width] = {float(width - i % width), 0.5f, 0.25f};
+        }
+        EXPECT_TRUE(FreeImage_Save(format, bitmap, host(name), 0)) << name;
+        FreeImage_Unload(bitmap);
+        return host(name);
+    }
+};
+
+QImage flippedByPixmap(const QImage& image, bool vertical)
+{
+    QImage result(image.size(), QImage::Format_ARGB32);
+    result.fill(Qt::transparent);
+    QPainter painter(&result);
+    painter.scale(vertical ? 1 : -1, vertical ? -1 : 1);
+    painter.translate(vertical ? 0 : -image.width(), vertical ? -image.height() : 0);
+    painter.drawPixmap(0, 0, QPixmap::fromImage(image));
+    return result;
+}
+
+QImage fadedByPixmap(const QImage& image, int alpha)
+{
+    QPixmap pixmap(image.size());
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.drawPixmap(0, 0, QPixmap::fromImage(image));
+    painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+    painter.fillRect(pixmap.rect(), QColor(0, 0, 0, alpha));
+    painter.end();
+    return pixmap.toImage();
+}
+
+TEST_F(ImageFiles, PaintingEqualsPixmapsInEveryFormat)
+{
+    testing::internal::CaptureStdout(); // the lines of CombineImages
+    for (const QImage::Format format : PlainTwins::kFormats) {
+        const QImage image = PlainTwins::randomImage(21, 13, format);
+        for (const auto& [alpha, value] :
+             {std::pair(-1.0, 0), {0.5, 128}, {0.999, 255}, {1.0, 256}, {9.0, 256}}) {
+            QImage faded = image;
+            ZemtarImage::SetImageAlpha(faded, alpha);
+            EXPECT_EQ(fadedByPixmap(image, value), faded) << format << ' ' << alpha;
+        }
+        QImage combined(image.size(), QImage::Format_ARGB32);
+        combined.fill(Qt::transparent);
+        QPainter painter(&combined);
+        painter.drawPixmap(0, 0, QPixmap::fromImage(image));
+        painter.setCompositionMode(QPainter::CompositionMode_Multiply);
+        painter.drawImage(0, 0, image);
+        painter.end();
+        EXPECT_EQ(combined, ZemtarImage::CombineImages(image, image, ZemtarImage::ImageBlendMultiply, false))
+            << format;
+        if (format < QImage::Format_BGR30) { // PNG gives these back unchanged, or as one of them
+            const CZemtarString in = save("in.png", image);
+            for (const bool vertical : {true, false}) {
+                EXPECT_TRUE(ZemtarImage::Flip(in, host("out.png"), vertical));
+                EXPECT_EQ(flippedByPixmap(load("in.png"), vertical), load("out.png")) << format;
+            }
+        }
+    }
+    testing::internal::GetCapturedStdout();
+}
+
+TEST_F(ImageFiles, ConvertAndMeasure)
+{
+    QImage image = PlainTwins::randomImage(30, 20, QImage::Format_RGB32);
+    image.setDotsPerMeterX(11811);
+    image.setDotsPerMeterY(3937);
+    const CZemtarString in = save("Größe 图.png", image);
+    EXPECT_TRUE(ZemtarImage::ConvertImage(in, host("new folder/out.bmp")));
+    EXPECT_EQ(image, load("new folder/out.bmp"));
+    EXPECT_TRUE(ZemtarImage::ConvertImage(in, host("two/levels/out.bmp"))); // the save's failure is not told
+    EXPECT_FALSE(QDir(path("two")).exists());
+    int width = 0, height = 0, dpiX = 0, dpiY = 0;
+    EXPECT_TRUE(ZemtarImage::GetImageSizeAndResolution(in, width, height, dpiX, dpiY));
+    EXPECT_EQ((std::array{30, 20, 300, 100}), (std::array{width, height, dpiX, dpiY}));
+    EXPECT_TRUE(ZemtarImage::GetImageSize(saveFloats("photo.HDR", FIF_HDR), width, height));
+    EXPECT_EQ(QSize(8, 4), QSize(width, height));
+
+    ZemtarImage::SetImageColorSpace(in, QColorSpace(QColorSpace::AdobeRgb));
+    EXPECT_EQ(QColorSpace(QColorSpace::AdobeRgb), load("Größe 图.png").colorSpace());
+    EXPECT_EQ(image.pixel(7, 7), load("Größe 图.png").pixel(7, 7));
+}
+
+TEST_F(ImageFiles, Resize)
+{
+    QImage image(400, 400, QImage::Format_ARGB32);
+    image.fill(Qt::red);
+    QImage boxed = image;
+    ZemtarImage::ResizeImage(boxed, 200, 100);
+    EXPECT_EQ(QSize(200, 100), boxed.size());
+    EXPECT_EQ(
+        (std::array<QRgb, 4>{0, 0xffff0000, 0xffff0000, 0}),
+        (std::array{boxed.pixel(49, 50), boxed.pixel(50, 50), boxed.pixel(149, 50), boxed.pixel(150, 50)}));
+
+    const CZemtarString in = save("in.png", image.copy(0, 0, 40, 20));
+    ZemtarImage::ManipulateImage(in, host("out.png"), 0, 30, 0.5);
+    EXPECT_EQ(QSize(40, 30), load("out.png").size());
+    EXPECT_EQ(qRgba(255, 0, 0, 128), load("out.png").pixel(20, 15));
+    EXPECT_TRUE(ZemtarImage::ResizeImage(in, 10, 10, true, host("kept.png"), 90));
+    EXPECT_TRUE(ZemtarImage::ResizeImage(in, 10, 10, false, host("filled.png"), -1));
+    EXPECT_EQ(QSize(10, 5), load("kept.png").size());
+    EXPECT_EQ(QSize(10, 10), load("filled.png").size());
+    for (const auto& [name, format] : {std::pair("wide.hdr", FIF_HDR), {"wide.exr", FIF_EXR}}) {
+        // The output keeps the input's format, whatever its name asks for.
+        EXPECT_TRUE(ZemtarImage::ResizeImage(saveFloats(name, format, 512, 256), 255, 7, true,
+                                             host("small.png"), 90));
+        EXPECT_EQ(format, FreeImage_GetFileType(host("small.png"), 0));
+        int width = 0, height = 0;
+        EXPECT_TRUE(QFile::rename(path("small.png"), path(QString("small.") + (name + 5))));
+        EXPECT_TRUE(ZemtarImage::GetImageSize(host(QString("small.") + (name + 5)), width, height));
+        EXPECT_EQ(QSize(255, 127), QSize(width, height)); // 127.5 truncated
+    }
+
+    QImage canvas;
+    ZemtarImage::ResizeImage(in, canvas, 40, 41, true, CZemtarColor(0.5, 1.0, 2.0, 1.0));
+    EXPECT_EQ(0x007ffffeu, canvas.pixel(0, 0)); // no alpha, and 510 spills from blue into green
+    EXPECT_EQ(QImage::Format_ARGB32, canvas.format());
+    EXPECT_EQ((std::array<QRgb, 2>{0xffff0000, 0xffff0000}),
+              (std::array{canvas.pixel(0, 10), canvas.pixel(39, 29)}));
+    EXPECT_EQ(0, qAlpha(canvas.pixel(0, 9)));
+    ZemtarImage::ResizeImage(in, host("canvas.png"), 40, 41, true, CZemtarColor(0.5, 1.0, 2.0, 1.0));
+    EXPECT_EQ(canvas, load("canvas.png"));
+
+    EXPECT_TRUE(ZemtarImage::CropImage(in, host("crop.png"), 35, -2, 10, 4));
+    EXPECT_EQ((std::array<QRgb, 3>{0, 0xffff0000, 0}),
+              (std::array{load("crop.png").pixel(0, 1), load("crop.png").pixel(4, 2),
+                          load("crop.png").pixel(5, 3)}));
+}
+
+TEST_F(ImageFiles, SizesThatCannotBeAreRefused)
+{
+    const CZemtarString in = save("in.png", PlainTwins::randomImage(9, 9, QImage::Format_RGB32));
+    const CZemtarString floats = saveFloats("in.hdr", FIF_HDR);
+    const CZemtarString out = host("out.png");
+    const QImage before = load("in.png");
+    const std::pair<int, int> sizes[] = {
+        {0, 5}, {5, 0}, {-1, -1}, {INT_MAX, INT_MAX}, {1 << 20, 1 << 20}, {INT_MIN, 1}};
+    for (const auto& [width, height] : sizes) {
+        QImage image = before;
+        ZemtarImage::ResizeImage(image, width, height);
+        EXPECT_EQ(before, image);
+        EXPECT_FALSE(ZemtarImage::ResizeImage(in, width, height, false, out, -1)) << width;
+        EXPECT_FALSE(ZemtarImage::ResizeImage(floats, width, height, false, out, -1)) << width;
+        ZemtarImage::ResizeImage(in, out, width, height, true, kWhite);
+        ZemtarImage::ResizeImage(in, image, width, height, true, kWhite);
+        EXPECT_EQ(before, image);
+        EXPECT_FALSE(ZemtarImage::CropImage(in, out, 1, 1, width, height)) << width;
+        if (width > 5) {
+            ZemtarImage::ManipulateImage(in, out, width, height, -1);
+        }
+    }
+    EXPECT_FALSE(ZemtarImage::ResizeImage(floats, 1, 1, true, out, -1)); // 4 x 1 / 8 rows are none
+    EXPECT_FALSE(ZemtarImage::CropImage(in, out, INT_MAX, 0, 2, 2));
+    EXPECT_EQ(QStringList({"in.hdr", "in.png"}), files());
+    EXPECT_TRUE(ZemtarImage::CropImage(in, out, 3, 3, 0, 0)); // an empty rectangle means all of it
+    EXPECT_EQ(before, load("out.png"));
+}
+
+TEST_F(ImageFiles, AFailedSaveLeavesWhatWasThere)
+{
+    const CZemtarString in = save("in.png", PlainTwins::randomImage(9, 9, QImage::Format_RGB32));
+    const CZemtarString floats = saveFloats("in.hdr", FIF_HDR);
+    write("folder.png/kept", "x");
+    for (const char* out : {"out", "out.unknown", "folder.png", "missing/out.png"}) {
+        EXPECT_FALSE(ZemtarImage::Flip(in, host(out), true)) << out;
+        EXPECT_FALSE(ZemtarImage::CropImage(in, host(out), 0, 0, 2, 2)) << out;
+    }
+    EXPECT_FALSE(ZemtarImage::ResizeImage(floats, 4, 4, false, host("missing/out.hdr"), -1));
+    EXPECT_TRUE(ZemtarImage::ConvertHdrToPng(floats, host("missing/out.png")).IsEmpty());
+    EXPECT_TRUE(ZemtarImage::ConvertHdrToPng(floats, host("folder.png")).IsEmpty());
+    EXPECT_TRUE(ZemtarImage::ConvertToExr(in, host("missing/out.exr"), true).IsEmpty());
+    EXPECT_EQ(QStringList({"in.hdr", "in.png"}), files());
+
+    // Saving in place goes through links and keeps permissions.
+    QFile(path("in.png")).setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther);
+    const auto permissions = QFile::permissions(path("in.png"));
+    ASSERT_TRUE(QFile::link("in.png", path("link.png")));
+    ZemtarImage::SetImageColorSpace(host("link.png"), QColorSpace(QColorSpace::DisplayP3));
+    EXPECT_EQ(QColorSpace(QColorSpace::DisplayP3), load("in.png").colorSpace());
+    EXPECT_TRUE(QFileInfo(path("link.png")).isSymLink());
+    EXPECT_EQ(permissions, QFile::permissions(path("in.png")));
+}
+
+TEST_F(ImageFiles, HighDynamicRange)
+{
+    const CZemtarString hdr = saveFloats("sky 天.HDR", FIF_HDR), exr = saveFloats("sky.exr", FIF_EXR);
+    EXPECT_TRUE(ZemtarImage::ConvertHdrToPng(host("x.tif"), host("x.png")).IsEmpty());
+    for (const CZemtarString& in : {hdr, exr}) {
+        for (const char* out : {"a.bmp", "a.jpg", "a.PNG", "a"}) {
+            EXPECT_TRUE(ZemtarImage::ConvertHdrToPng(in, host(out)) == host("a.png")) << out;
+        }
+        const QImage mapped = load("a.png");
+        EXPECT_EQ(QSize(8, 4), mapped.size());
+        EXPECT_GT(qRed(mapped.pixel(7, 1)),
+                  qRed(mapped.pixel(0, 1))); // mirrored: the bright column is at the right
+    }
+    qputenv("ZEMTAR_TEMP_DIR", path("").toUtf8());
+    EXPECT_TRUE(ZemtarImage::ConvertHdrToPng(hdr, "") == host("ZemtarHDR.png"));
+    qunsetenv("ZEMTAR_TEMP_DIR");
+
+    QImage image(3, 2, QImage::Format_ARGB32);
+    image.fill(QColor(255, 51, 0, 102));
+    for (const char* in : {"alpha.png", "opaque.bmp", "grey.png", "deep.png", "palette.png", "sky.exr"}) {
+        const QString name = in;
+        const auto format = name == "grey.png"      ? QImage::Format_Grayscale8
+                            : name == "deep.png"    ? QImage::Format_RGBA64
+                            : name == "palette.png" ? QImage::Format_Indexed8
+                                                    : image.format();
+        if (name != "sky.exr") {
+            save(in, image.convertToFormat(format));
+        }
+        for (const bool zip : {false, true}) {
+            EXPECT_TRUE(ZemtarImage::ConvertToExr(host(in), host("out.tif"), zip) == host("out.exr")) << in;
+            FIBITMAP* const bitmap = FreeImage_Load(FIF_EXR, host("out.exr"), 0);
+            ASSERT_NE(nullptr, bitmap) << in;
+            if (name == "alpha.png" || name == "deep.png") {
+                const auto* const pixel = reinterpret_cast<const FIRGBAF*>(FreeImage_GetScanLine(bitmap, 0));
+                EXPECT_NEAR(0.2, pixel->green, 1e-3);
+                EXPECT_NEAR(0.4, pixel->alpha, 1e-3);
+            }
+            FreeImage_Unload(bitmap);
+        }
+    }
+    EXPECT_TRUE(ZemtarImage::ConvertToExr("", host("out.exr"), true).IsEmpty());
+    EXPECT_TRUE(ZemtarImage::ConvertToExr(hdr, "", true).IsEmpty());
+}
+
+TEST_F(ImageFiles, PanoramaPacket)
+{
+    const QImage image = PlainTwins::randomImage(16, 8, QImage::Format_RGB32);
+    for (const auto& [name, format, type] :
+         {std::tuple("pano.png", "PNG", FIF_PNG), {"pano.jpg", "JPG", FIF_JPEG}}) {
+        const CZemtarString file = save(name, image);
+        EXPECT_TRUE(ZemtarImage::SaveQImageWithXMPMetaData(file, 4096, 2048, format));
+        FIBITMAP* const bitmap = FreeImage_Load(type, file, 0);
+        FITAG* tag = nullptr;
+        ASSERT_TRUE(FreeImage_GetMetadata(FIMD_XMP, bitmap, "XMLPacket", &tag)) << name;
+        const QByteArray packet(static_cast<const char*>(FreeImage_GetTagValue(tag)));
+        FreeImage_Unload(bitmap);
+        EXPECT_EQ(3, packet.count('\n'));
+        EXPECT_TRUE(packet.startsWith(
+            "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\" x:xmptk=\"Adobe XMP Core 5.1.0-jc003\">\n"));
+        EXPECT_TRUE(packet.endsWith("</rdf:Description></rdf:RDF>\n</x:xmpmeta>"));
+        QList<QByteArray> values;
+        for (const QByteArray& part : packet.split('>')) {
+            if (const qsizetype end = part.indexOf("</GPano:"); end >= 0) {
+                values += part.left(end);
+            }
+        }
+        EXPECT_EQ("True|Zemtar Quillon|Zemtar Quillon|equirectangular|0|0|4096|2048|4096|2048",
+                  values.join('|'));
+    }
+    EXPECT_EQ(image, load("pano.png"));
+    EXPECT_FALSE(ZemtarImage::SaveQImageWithXMPMetaData(host("pano.png"), 1, 1, "bmp"));
+    EXPECT_TRUE(ZemtarImage::SaveQImageWithXMPMetaData(host("missing.png"), 1, 1, "png")); // saved or not
+    EXPECT_EQ(QStringList({"pano.jpg", "pano.png"}), files());
+}
+
+// Bad input
+// ----------------------------------------------------------------------------------------------------
+
+quint32 crcOf(const QByteArray& bytes)
+{
+    quint32 crc = ~0u;
+    for (const char byte : bytes) {
+        crc ^= static_cast<uchar>(byte);
+        for (int bit = 0; bit < 8; ++bit) {
+            crc = (crc >> 1) ^ (crc & 1 ? 0xedb88320u : 0);
+        }
+    }
+    return ~crc;
+}
+
+QByteArray bigEndian(quint32 value, int count)
+{
+    const QByteArray bytes = QByteArray::fromHex(QByteArray::number(value, 16).rightJustified(8, '0'));
+    return bytes.right(count);
+}
+
+QByteArray littleEndian(quint32 value)
+{
+    QByteArray bytes = bigEndian(value, 4);
+    std::reverse(bytes.begin(), bytes.end());
+    return bytes;
+}
+
+/// The file with a header that claims far more pixels than there are.
+QByteArray withHugeHeader(QByteArray file, const QString& format)
+{
+    constexpr quint32 kHuge = 200000;
+    if (format == "png") {
+        file.replace(16, 8, bigEndian(kHuge, 4) + bigEndian(kHuge, 4));
+        file.replace(29, 4, bigEndian(crcOf(file.mid(12, 17)), 4));
+    } else if (format == "bmp") {
+        file.replace(18, 8, littleEndian(kHuge) + littleEndian(kHuge));
+    } else if (format == "jpg") {
+        file.replace(file.indexOf("\xff\xc0") + 5, 4, bigEndian(65500, 2) + bigEndian(65500, 2));
+    } else if (format == "hdr") {
+        file.replace("-Y 4 +X 8", "-Y 200000 +X 200000");
+    } else if (format == "exr") {
+        file.replace(file.indexOf("dataWindow") + 21 + 8, 8, littleEndian(kHuge) + littleEndian(kHuge));
+    } else if (format == "tif") {
+        const auto entry =
+            static_cast<uchar>(file[4]) + static_cast<uchar>(file[5]) * 256 + 2; // width, then height
+        for (const int at : {entry, entry + 12}) {
+            file.replace(at + 2, 10, littleEndian(4).left(2) + littleEndian(1) + littleEndian(kHuge));
+        }
+    }
+    return file;
+}
+
+TEST_F(ImageFiles, DamagedFilesAreRefusedByEveryOperation)
+{
+    qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString&) {}); // Qt's readers are talkative
+    const QImage image = PlainTwins::randomImage(8, 4, QImage::Format_RGB32);
+    save("good.png", image);
+    for (const char* suffix : {"png", "jpg", "hdr", "exr", "tif", "bmp"}) {
+        const QString format = suffix, good = QString("good.") + suffix;
+        const bool isFloat = format == "hdr" || format == "exr";
+        isFloat ? saveFloats(good.toUtf8(), format == "hdr" ? FIF_HDR : FIF_EXR) : save(good.toUtf8(), image);
+        const QByteArray bytes = read(path(good));
+        ASSERT_NE(bytes, withHugeHeader(bytes, format)) << suffix;
+        const char* const other = format == "hdr" ? "other.exr" : "other.hdr";
+        saveFloats(other, format == "hdr" ? FIF_EXR : FIF_HDR);
+        const std::pair<const char*, QByteArray> damages[] = {{"missing", {}},
+                                                              {"empty", {}},
+                                                              {"truncated", bytes.left(24)},
+                                                              {"text", "This is no image.\n"},
+                                                              {"huge", withHugeHeader(bytes, format)},
+                                                              {"mislabelled", read(path(other))}};
+        for (const auto& [damage, content] : damages) {
+            SCOPED_TRACE(QString("%1 %2").arg(damage, format).toStdString());
+            const QString name = QString("%1.%2").arg(damage, format);
+            if (damage != QByteArray("missing")) {
+                write(name, content);
+            }
+            const CZemtarString in = host(name), out = host("out.png");
+            int width = -7, height = -7, dpi = -7;
+            EXPECT_FALSE(ZemtarImage::ConvertImage(in, out));
+            EXPECT_FALSE(ZemtarImage::GetImageSize(in, width, height));
+            EXPECT_FALSE(ZemtarImage::GetImageSizeAndResolution(in, width, height, dpi, dpi));
+            EXPECT_EQ((std::array{-7, -7, -7}), (std::array{width, height, dpi}));
+            EXPECT_FALSE(ZemtarImage::ResizeImage(in, 5, 5, true, out, -1));
+            EXPECT_FALSE(ZemtarImage::CropImage(in, out, 0, 0, 2, 2));
+            EXPECT_FALSE(ZemtarImage::Flip(in, out, true));
+            EXPECT_FALSE(ZemtarImage::NormalMapFromTexture(in, out, 1, false));
+            EXPECT_TRUE(ZemtarImage::ConvertHdrToPng(in, out).IsEmpty());
+            EXPECT_TRUE(ZemtarImage::ConvertToExr(in, out, true).IsEmpty());
+            ZemtarImage::ManipulateImage(in, out, 3, 3, 0.5);
+            ZemtarImage::ResizeImage(in, out, 5, 5, true, kWhite);
+            QImage untouched = image;
+            ZemtarImage::ResizeImage(in, untouched, 5, 5, true, kWhite);
+            EXPECT_EQ(image, untouched);
+            ZemtarImage::SetImageColorSpace(in, QColorSpace(QColorSpace::SRgb));
+            EXPECT_TRUE(ZemtarImage::SaveQImageWithXMPMetaData(in, 5, 5, "jpeg"));
+            EXPECT_EQ(damage == QByteArray("missing") ? QByteArray("(none)") : content, read(path(name)));
+        }
+        // A file cut in its pixels may still give a picture; then it gives all of one.
+        write("half." + format, bytes.left(bytes.size() * 2 / 3));
+        const bool isSaved = ZemtarImage::Flip(host("half." + format), host(format + ".out.png"), true);
+        EXPECT_EQ(isSaved, !QImage(path(format + ".out.png")).isNull()) << suffix;
+    }
+    qInstallMessageHandler(nullptr);
+    EXPECT_FALSE(files().contains("out.png"));
+}
+
+} // namespace
+} // namespace Zemtar
