@@ -8,6 +8,7 @@
 #include <cadex/ModelData_Part.hxx>
 
 #include "sdk/model/Elements.h"
+#include "sdk/part21/LengthUnits.h"
 #include "sdk/part21/StepProperties.h"
 #include "sdk/part21/StepShapes.h"
 
@@ -15,36 +16,6 @@ namespace cadex {
 namespace internal {
 
 namespace {
-
-/// A unit of length: an SI prefix, or a name for one that is converted.
-struct UnitEntry
-{
-    Base_LengthUnit unit;
-    double millimetres;
-    std::string_view prefix; ///< of the metre; empty when converted
-    const char* name;        ///< of a converted unit
-};
-
-constexpr UnitEntry Units[] = {
-    {Base_LU_Millimeters, 1, ".MILLI.", ""},
-    {Base_LU_Centimeters, 10, ".CENTI.", ""},
-    {Base_LU_Meters, 1e3, "$", ""},
-    {Base_LU_Inches, 25.4, "", "INCH"},
-    {Base_LU_Feets, 304.8, "", "FOOT"},
-    {Base_LU_Yards, 914.4, "", "YARD"},
-    {Base_LU_Micrometers, 1e-3, ".MICRO.", ""},
-    {Base_LU_Decimeters, 100, ".DECI.", ""},
-    {Base_LU_Kilometers, 1e6, ".KILO.", ""},
-    {Base_LU_Mils, 0.0254, "", "MIL"},
-    {Base_LU_Miles, 1609344, "", "MILE"},
-};
-
-const UnitEntry& EntryOf(Base_LengthUnit unit)
-{
-    const auto* found = std::find_if(std::begin(Units), std::end(Units),
-                                     [unit](const UnitEntry& entry) { return entry.unit == unit; });
-    return found != std::end(Units) ? *found : Units[0];
-}
 
 /// Points nearer than this are the same, in millimetres.
 constexpr double Uncertainty = 1e-7;
@@ -71,7 +42,7 @@ StepWriter::StepWriter(ByteSink& sink, const StepPlan& plan, const StepOptions& 
       myStyles(myOut),
       myPlan(plan),
       myOptions(options),
-      myUnitsPerMillimetre(1 / EntryOf(options.unit).millimetres),
+      myUnitsPerMillimetre(1 / LengthUnitOf(options.unit).millimetres),
       myProducts(plan.definitions.size())
 {
 }
@@ -130,7 +101,7 @@ void StepWriter::WriteCommon()
 
 Ref StepWriter::WriteLengthUnit()
 {
-    const UnitEntry& entry = EntryOf(myOptions.unit);
+    const LengthUnitText& entry = LengthUnitOf(myOptions.unit);
     const std::string_view prefix = entry.prefix.empty() ? ".MILLI." : entry.prefix;
     const Ref metric = myOut.Reserve();
     myOut.Begin(metric);
