@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "sdk/ifc/IfcTree.h"
+#include "sdk/ifc/IfcWriter.h"
 #include "sdk/occt/EngineScope.h"
 
 namespace cadex {
@@ -42,11 +43,43 @@ private:
     ifc::IfcFile myFile;
 };
 
+class IfcWriterEngine final : public WriterEngine
+{
+public:
+    bool Transfer(const ModelData_Model& model, const Base_WriterParameters& parameters) override
+    {
+        myOptions.unit = parameters.LengthUnit();
+        myOptions.author = parameters.Author();
+        myOptions.organization = parameters.Organization();
+        myOptions.originatingSystem = parameters.OriginatingSystem();
+        return myPlan.Build(model);
+    }
+
+    bool WriteFile(const std::filesystem::path& file) override
+    {
+        const std::u8string name = file.filename().u8string();
+        myOptions.fileName = reinterpret_cast<const char*>(name.c_str());
+        AtomicFile target(file);
+        return target.IsOpen() && ifc::IfcWriter(target, myPlan, myOptions).Write() && target.Commit();
+    }
+
+    bool WriteStream(std::ostream& stream) override
+    {
+        StreamSink sink(stream);
+        return ifc::IfcWriter(sink, myPlan, myOptions).Write() && stream.flush();
+    }
+
+private:
+    StepPlan myPlan;
+    StepOptions myOptions;
+};
+
 } // namespace
 
 void RegisterIfcEngines(EngineRegistry& registry)
 {
     registry.SetReader(Format::IFC, [] { return std::make_unique<IfcReaderEngine>(); });
+    registry.SetWriter(Format::IFC, [] { return std::make_unique<IfcWriterEngine>(); });
 }
 
 } // namespace internal

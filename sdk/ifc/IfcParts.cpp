@@ -10,12 +10,16 @@
 
 #include "sdk/ifc/IfcBodies.h"
 #include "sdk/model/TriangleSets.h"
+#include "sdk/occt/CurvePolylines.h"
 #include "sdk/occt/OcctBRep.h"
 
 namespace cadex {
 namespace internal {
 namespace ifc {
 namespace {
+
+/// Ends of curves nearer than this meet, in millimetres.
+constexpr double JoinTolerance = 1e-6;
 
 ModelData_Point PointOf(const gp_XYZ& p)
 {
@@ -124,7 +128,7 @@ ModelData_IndexedTriangleSet MakeMesh(Context& context, Polyhedron&& facets)
     return MakeTriangleSet(std::move(arrays));
 }
 
-/// Meshes as triangle sets and each curve as a polyline set of its own.
+/// Meshes as triangle sets and each chain of curves as a polyline set of its own.
 ModelData_Part MakePolyPart(Context& context, const Base_UTF16String& name, const std::vector<Body*>& meshes,
                             const std::vector<Body*>& curves)
 {
@@ -137,11 +141,14 @@ ModelData_Part MakePolyPart(Context& context, const Base_UTF16String& name, cons
         poly.Add(mesh);
     }
     for (const Body* body : curves) {
+        std::vector<occt::Polyline> lines;
         for (const Path& curve : body->curves) {
-            std::vector<ModelData_Point> points;
+            occt::Polyline& line = lines.emplace_back();
             for (const gp_XYZ& point : Sampled(curve)) {
-                points.push_back(PointOf(point));
+                line.push_back(PointOf(point));
             }
+        }
+        for (const occt::Polyline& points : occt::JoinCurves(std::move(lines), JoinTolerance)) {
             ModelData_PolyLineSet line{initialized()};
             line.AddPolyLine(points.data(), points.size());
             if (!body->appearance.IsNull()) {

@@ -110,7 +110,9 @@ void PropertyReader::AddSet(const Entity& set, ModelData_PropertyTable& table) c
         return;
     }
     const Base_UTF16String name = set.Text(2);
-    const bool plain = name.IsEmpty() || name.ToUTF8() == PlainSetName;
+    const std::string bare = name.ToUTF8();
+    const bool plain =
+        bare.empty() || bare == PlainSetName || bare.rfind(std::string(PlainSetName) + " (", 0) == 0;
     const Base_UTF16String prefix = plain ? Base_UTF16String() : name + Base_UTF16String(".");
     for (Id id : set.Refs(quantities ? 5 : 4)) {
         AddProperty(prefix, myFile.Get(id), table, 0);
