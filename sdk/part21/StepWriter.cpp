@@ -181,30 +181,13 @@ void StepWriter::BeginProduct(Product& product, const Base_UTF16String& name)
 {
     product.context = AddContext();
     product.origin = AddAxis(Identity3, {});
-    const Ref item = myOut.Add("PRODUCT", UniqueId(name), name, "", std::array{myProductContext});
+    const Ref item = myOut.Add("PRODUCT", name, name, "", std::array{myProductContext});
     myOut.Add("PRODUCT_RELATED_PRODUCT_CATEGORY", "part", Ref(), std::array{item});
     const Ref formation = myOut.Add("PRODUCT_DEFINITION_FORMATION", "", "", item);
     product.definition = myOut.Add("PRODUCT_DEFINITION", "design", "", formation, myDefinitionContext);
     const Ref shape = myOut.Add("PRODUCT_DEFINITION_SHAPE", "", "", product.definition);
     product.representation = myOut.Reserve();
     myOut.Add("SHAPE_DEFINITION_REPRESENTATION", shape, product.representation);
-}
-
-// Systems exist that take products of one id for one product, whatever their shapes. An unnamed product has
-// no id, since readers show an id where there is no name.
-std::string StepWriter::UniqueId(const Base_UTF16String& name)
-{
-    std::string id = name.ToUTF8();
-    if (!id.empty() && !myProductIds.insert(id).second) {
-        const std::string stem = id + '-';
-        for (std::size_t n = ++myRepeats[stem];; n = ++myRepeats[stem]) {
-            id = stem + std::to_string(n + 1);
-            if (myProductIds.insert(id).second) {
-                break;
-            }
-        }
-    }
-    return id;
 }
 
 void StepWriter::WritePart(const StepPlan::Definition& definition, Product& product)
@@ -256,6 +239,7 @@ void StepWriter::WriteOccurrence(const StepPlan::Occurrence& occurrence, const P
 {
     const Product& child = myProducts[occurrence.definition];
     const Base_UTF16String name = occurrence.instance.Name();
+    // Readers show the id of an occurrence without a name.
     const std::string id = name.IsEmpty() ? std::string() : std::to_string(++myOccurrences);
     const Ref usage =
         myOut.Add("NEXT_ASSEMBLY_USAGE_OCCURRENCE", id, name, "", parent.definition, child.definition, Ref());

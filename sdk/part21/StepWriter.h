@@ -5,9 +5,6 @@
 //     if (plan.Build(model)) { StepWriter(sink, plan, options).Write(); }
 #pragma once
 
-#include <string>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include <cadex/Base_LengthUnit.hxx>
@@ -55,7 +52,6 @@ private:
     Ref AddAxis(const Matrix3& rotation, const Vector3& position);
     Ref DirectionOf(double x, double y, double z);
     void WriteDefinition(std::size_t index);
-    std::string UniqueId(const Base_UTF16String& name);
     void BeginProduct(Product& product, const Base_UTF16String& name);
     void WritePart(const StepPlan::Definition& definition, Product& product);
     void WriteAssembly(const StepPlan::Definition& definition, Product& product);
@@ -68,8 +64,6 @@ private:
     double myUnitsPerMillimetre;
     std::vector<Product> myProducts; // by definition
     std::size_t myOccurrences = 0;
-    std::unordered_set<std::string> myProductIds;
-    std::unordered_map<std::string, std::size_t> myRepeats; // by stem of the id
 
     Ref myProductContext;
     Ref myDefinitionContext;

@@ -204,21 +204,6 @@ TEST(StepStructure, SharesPartsUnderOneFactorAndStaysSmall)
     ExpectSameWorld(ModelOf(root), file, 10); // in a world of 140 m; a grid that rounding does not cross
 }
 
-TEST(StepStructure, NamesDifferentProductsDifferently)
-{
-    ModelData_Assembly root("Mesh");
-    root.AddInstance(ModelData_Instance(CubePart("Mesh", 1), "a"));
-    root.AddInstance(ModelData_Instance(CubePart("Mesh", 2), "b"));
-    root.AddInstance(ModelData_Instance(CubePart("Mesh-2", 3), "c"));
-    ScratchFolder folder;
-    ASSERT_TRUE(WriteStep(ModelOf(root), folder / "names.step"));
-    const std::string text = ContentOf(folder / "names.step");
-    for (const char* product : {"PRODUCT('Mesh','Mesh',", "PRODUCT('Mesh-2','Mesh',",
-                                "PRODUCT('Mesh-2-2','Mesh-2',", "PRODUCT('Mesh-3','Mesh',"}) {
-        EXPECT_EQ(CountOf(text, product), 1u) << product;
-    }
-}
-
 TEST(StepStructure, GivesTheSameMillimetresInEveryUnit)
 {
     ModelData_Assembly root("root");
