@@ -30,7 +30,7 @@ constexpr double kSmallestRelativeChord = 1e-4;
 constexpr double kSmallestChord = 1e-5;
 constexpr double kLargestChord = 1e6;
 
-// From this many faces on, threads gain more than they cost (measured; see bench/mesher.cpp).
+// From this many faces on, threads gain more than they cost (measured; see bench/mesh_and_mass.cpp).
 constexpr int kParallelFaces = 400;
 
 /// True for NaN too.
