@@ -67,13 +67,21 @@ struct FacetGroup
     ModelData_Appearance appearance; ///< own or the body's; null when neither is set
 };
 
+/// A polyline beside the facets, or alone.
+struct FacetCurve
+{
+    std::vector<ModelData_Point> points; ///< at least two
+    ModelData_Appearance appearance;
+};
+
 /// A body that the file gives as planar triangles. It has no kernel shape: a mesher copies the triangles
 /// whatever its tolerances, and mass properties follow from them exactly.
 class FacetedBRep : public internal::BRepImpl
 {
 public:
     std::vector<FacetGroup> groups; ///< one for each distinct appearance, the body's own first
-    bool closed = false;            ///< every shell of the body is closed, so that it has a volume
+    std::vector<FacetCurve> curves;
+    bool closed = false; ///< every shell of the body is closed, so that it has a volume
     mutable KnownMass mass;
 };
 

@@ -146,6 +146,13 @@ ModelData_PolyRepresentation MeshFacets(const FacetedBRep& brep, const Base_UTF1
         appearances.push_back(group.appearance);
     }
     AddTriangleSets(std::move(tables), appearances, name, result);
+    for (const FacetCurve& curve : brep.curves) {
+        ModelData_PolyLineSet set{initialized()};
+        set.AddPolyLine(curve.points.data(), curve.points.size());
+        set.SetAppearance(curve.appearance);
+        set.SetName(name);
+        result.Add(set);
+    }
     return NullIfEmpty(result);
 }
 

@@ -10,6 +10,7 @@
 #include "sdk/model/EngineRegistry.h"
 #include "sdk/occt/EngineScope.h"
 #include "sdk/occt/FileBytes.h"
+#include "sdk/occt/StepFacets.h"
 #include "sdk/occt/StepKernel.h"
 #include "sdk/occt/StepModelBuilder.h"
 #include "sdk/occt/StepStrings.h"
@@ -44,12 +45,13 @@ public:
 
     bool Transfer(ModelData_Model& model) override
     {
-        if (myKernel == nullptr) {
-            return false;
+        if (myIsFaceted) {
+            return BuildStepModel(myContent, myFacets, model);
         }
-        return RunGuarded(EngineUse::Exchange, [&] {
-            return myKernel->Transfer(myContent, myPreferred) && BuildStepModel(myContent, *myKernel, model);
-        });
+        return myKernel != nullptr && RunGuarded(EngineUse::Exchange, [&] {
+                   return myKernel->Transfer(myContent, myPreferred) &&
+                          BuildStepModel(myContent, *myKernel, model);
+               });
     }
 
 private:
@@ -65,6 +67,10 @@ private:
         myContent.properties.Read(text, myContent.structure);
         myContent.header = ReadStepHeader(text);
         myContent.fileName = RootName(text, std::move(fileName));
+        myIsFaceted = myFacets.Read(text, myContent);
+        if (myIsFaceted) {
+            return true;
+        }
         myKernel = std::make_unique<StepKernel>();
         return RunGuarded(EngineUse::Exchange, [&] { return myKernel->Read(text); });
     }
@@ -84,6 +90,8 @@ private:
 
     STEP_ReaderParameters::BRepRepresentationType myPreferred = STEP_ReaderParameters::Auto;
     StepContent myContent;
+    StepFacets myFacets;
+    bool myIsFaceted = false;
     std::unique_ptr<StepKernel> myKernel;
 };
 

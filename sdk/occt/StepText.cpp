@@ -348,7 +348,7 @@ bool StepText::IndexStatements()
     if (std::string_view(p, static_cast<std::size_t>(end - p)).substr(0, 12) != "ISO-10303-21") {
         return false;
     }
-    myRecords.reserve(myBytes.size() / 96);
+    myRecords.reserve(myBytes.size() / 48); // untouched memory costs nothing, copying it does
     bool inHeader = false;
     bool hasData = false;
     while (p < end) {
