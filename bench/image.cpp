@@ -5,10 +5,10 @@
 // "Mpx/s" is the speed, "x_plain" how many times that of the plain form, "copies" the time in plain copies of
 // the image (for the blur: in each of its four passes), all from one run.
 
+#include "bench/PlainTwins.h"
 #include "common/image/ImageFilters.h"
 #include "common/image/ImageMaps.h"
 #include "common/image/ZemtarImage.h"
-#include "tests/common/image/PlainTwins.h"
 
 #include <benchmark/benchmark.h>
 

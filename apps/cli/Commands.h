@@ -14,6 +14,7 @@ enum ExitCode
 int RunImport(const QStringList& arguments);
 int RunConvert(const QStringList& arguments);
 int RunFormats(const QStringList& arguments);
+int RunImage(const QStringList& arguments);
 
 /// Writes the message and a hint to standard error; gives `ExitUsage`.
 int UsageError(const QString& message);

@@ -21,6 +21,7 @@ void PrintUsage(std::ostream& out)
            "                       [--textures DIR] [--json]\n"
            "zemtar-cad convert IN OUT [--unit UNIT] [--jt-split 0|1] [import options]\n"
            "zemtar-cad formats\n"
+           "zemtar-cad image COMMAND ...    texture images; `image help` lists the commands\n"
            "units: "
         << LengthUnitSymbols().toStdString() << "\n";
 }
@@ -45,6 +46,9 @@ int Run(const QString& command, const QStringList& arguments)
     }
     if (command == "formats") {
         return RunFormats(arguments);
+    }
+    if (command == "image") {
+        return RunImage(arguments);
     }
     if (command == "help" || command == "--help" || command == "-h") {
         PrintUsage(std::cout);

@@ -1,5 +1,5 @@
+#include "bench/PlainTwins.h"
 #include "common/image/ZemtarImage.h"
-#include "tests/common/image/PlainTwins.h"
 #include "tests/support/TestFolder.h"
 
 #include <FreeImage.h>

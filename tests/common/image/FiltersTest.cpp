@@ -1,6 +1,6 @@
+#include "bench/PlainTwins.h"
 #include "common/image/ImageFilters.h"
 #include "common/image/ZemtarImage.h"
-#include "tests/common/image/PlainTwins.h"
 
 #include <gtest/gtest.h>
 

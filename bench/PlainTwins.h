@@ -9,8 +9,8 @@
 #include <cstring>
 #include <functional>
 
-/// The pixel kernels once more in the plainest form, pixel by pixel through QImage's own access, as the
-/// reference that the fast ones must equal bit by bit.
+/// The pixel kernels once more in the plainest form, pixel by pixel through QImage's own access: the baseline
+/// of the benchmark, and the reference that the fast ones must equal bit by bit.
 namespace Zemtar::PlainTwins {
 
 inline constexpr QImage::Format kFormats[] = {QImage::Format_Mono,
