@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <limits>
 
 namespace Zemtar {
 namespace {
@@ -129,14 +128,14 @@ TEST_F(ImageFiles, ConvertAndMeasure)
 
 TEST_F(ImageFiles, Resize)
 {
+    const QRgb red = 0xffff0000;
     QImage image(400, 400, QImage::Format_ARGB32);
     image.fill(Qt::red);
     QImage boxed = image;
     ZemtarImage::ResizeImage(boxed, 200, 100);
     EXPECT_EQ(QSize(200, 100), boxed.size());
-    EXPECT_EQ(
-        (std::array<QRgb, 4>{0, 0xffff0000, 0xffff0000, 0}),
-        (std::array{boxed.pixel(49, 50), boxed.pixel(50, 50), boxed.pixel(149, 50), boxed.pixel(150, 50)}));
+    EXPECT_EQ((std::array{0u, red, red, 0u}), (std::array{boxed.pixel(49, 50), boxed.pixel(50, 50),
+                                                          boxed.pixel(149, 50), boxed.pixel(150, 50)}));
 
     const CZemtarString in = save("in.png", image.copy(0, 0, 40, 20));
     ZemtarImage::ManipulateImage(in, host("out.png"), 0, 30, 0.5);
@@ -161,16 +160,15 @@ TEST_F(ImageFiles, Resize)
     ZemtarImage::ResizeImage(in, canvas, 40, 41, true, CZemtarColor(0.5, 1.0, 2.0, 1.0));
     EXPECT_EQ(0x007ffffeu, canvas.pixel(0, 0)); // no alpha, and 510 spills from blue into green
     EXPECT_EQ(QImage::Format_ARGB32, canvas.format());
-    EXPECT_EQ((std::array<QRgb, 2>{0xffff0000, 0xffff0000}),
-              (std::array{canvas.pixel(0, 10), canvas.pixel(39, 29)}));
-    EXPECT_EQ(0, qAlpha(canvas.pixel(0, 9)));
+    EXPECT_EQ((std::array{0x007ffffeu, red, red}),
+              (std::array{canvas.pixel(0, 9), canvas.pixel(0, 10), canvas.pixel(39, 29)}));
     ZemtarImage::ResizeImage(in, host("canvas.png"), 40, 41, true, CZemtarColor(0.5, 1.0, 2.0, 1.0));
     EXPECT_EQ(canvas, load("canvas.png"));
 
     EXPECT_TRUE(ZemtarImage::CropImage(in, host("crop.png"), 35, -2, 10, 4));
-    EXPECT_EQ((std::array<QRgb, 3>{0, 0xffff0000, 0}),
-              (std::array{load("crop.png").pixel(0, 1), load("crop.png").pixel(4, 2),
-                          load("crop.png").pixel(5, 3)}));
+    const QImage cropped = load("crop.png");
+    EXPECT_EQ((std::array{0u, red, 0u}),
+              (std::array{cropped.pixel(0, 1), cropped.pixel(4, 2), cropped.pixel(5, 3)}));
 }
 
 TEST_F(ImageFiles, SizesThatCannotBeAreRefused)
@@ -246,20 +244,17 @@ TEST_F(ImageFiles, HighDynamicRange)
 
     QImage image(3, 2, QImage::Format_ARGB32);
     image.fill(QColor(255, 51, 0, 102));
-    for (const char* in : {"alpha.png", "opaque.bmp", "grey.png", "deep.png", "palette.png", "sky.exr"}) {
-        const QString name = in;
-        const auto format = name == "grey.png"      ? QImage::Format_Grayscale8
-                            : name == "deep.png"    ? QImage::Format_RGBA64
-                            : name == "palette.png" ? QImage::Format_Indexed8
-                                                    : image.format();
-        if (name != "sky.exr") {
-            save(in, image.convertToFormat(format));
-        }
+    for (const auto& [in, format] : {std::pair("alpha.png", QImage::Format_ARGB32),
+                                     {"deep.png", QImage::Format_RGBA64},
+                                     {"opaque.bmp", QImage::Format_RGB32},
+                                     {"grey.png", QImage::Format_Grayscale8},
+                                     {"palette.png", QImage::Format_Indexed8}}) {
+        save(in, image.convertToFormat(format));
         for (const bool zip : {false, true}) {
             EXPECT_TRUE(ZemtarImage::ConvertToExr(host(in), host("out.tif"), zip) == host("out.exr")) << in;
             FIBITMAP* const bitmap = FreeImage_Load(FIF_EXR, host("out.exr"), 0);
             ASSERT_NE(nullptr, bitmap) << in;
-            if (name == "alpha.png" || name == "deep.png") {
+            if (format == QImage::Format_ARGB32 || format == QImage::Format_RGBA64) {
                 const auto* const pixel = reinterpret_cast<const FIRGBAF*>(FreeImage_GetScanLine(bitmap, 0));
                 EXPECT_NEAR(0.2, pixel->green, 1e-3);
                 EXPECT_NEAR(0.4, pixel->alpha, 1e-3);
@@ -267,6 +262,7 @@ TEST_F(ImageFiles, HighDynamicRange)
             FreeImage_Unload(bitmap);
         }
     }
+    EXPECT_TRUE(ZemtarImage::ConvertToExr(exr, host("copy"), false) == host("copy.exr"));
     EXPECT_TRUE(ZemtarImage::ConvertToExr("", host("out.exr"), true).IsEmpty());
     EXPECT_TRUE(ZemtarImage::ConvertToExr(hdr, "", true).IsEmpty());
 }
@@ -302,63 +298,32 @@ TEST_F(ImageFiles, PanoramaPacket)
     EXPECT_EQ(QStringList({"pano.jpg", "pano.png"}), files());
 }
 
-// Bad input
-// ----------------------------------------------------------------------------------------------------
-
-quint32 crcOf(const QByteArray& bytes)
-{
-    quint32 crc = ~0u;
-    for (const char byte : bytes) {
-        crc ^= static_cast<uchar>(byte);
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = (crc >> 1) ^ (crc & 1 ? 0xedb88320u : 0);
-        }
-    }
-    return ~crc;
-}
-
-QByteArray bigEndian(quint32 value, int count)
-{
-    const QByteArray bytes = QByteArray::fromHex(QByteArray::number(value, 16).rightJustified(8, '0'));
-    return bytes.right(count);
-}
-
-QByteArray littleEndian(quint32 value)
-{
-    QByteArray bytes = bigEndian(value, 4);
-    std::reverse(bytes.begin(), bytes.end());
-    return bytes;
-}
-
-/// The file with a header that claims far more pixels than there are.
+/// The file with a header that claims 200,000 x 200,000 pixels (JPEG: 65,500, the most that it can say).
 QByteArray withHugeHeader(QByteArray file, const QString& format)
 {
-    constexpr quint32 kHuge = 200000;
+    const auto hex = [](const char* digits) { return QByteArray::fromHex(digits); };
     if (format == "png") {
-        file.replace(16, 8, bigEndian(kHuge, 4) + bigEndian(kHuge, 4));
-        file.replace(29, 4, bigEndian(crcOf(file.mid(12, 17)), 4));
+        file.replace(0, 33, hex("89504e470d0a1a0a0000000d4948445200030d4000030d40080200000076591f5d"));
     } else if (format == "bmp") {
-        file.replace(18, 8, littleEndian(kHuge) + littleEndian(kHuge));
+        file.replace(18, 8, hex("400d0300400d0300"));
     } else if (format == "jpg") {
-        file.replace(file.indexOf("\xff\xc0") + 5, 4, bigEndian(65500, 2) + bigEndian(65500, 2));
+        file.replace(file.indexOf("\xff\xc0") + 5, 4, hex("ffdcffdc"));
     } else if (format == "hdr") {
         file.replace("-Y 4 +X 8", "-Y 200000 +X 200000");
     } else if (format == "exr") {
-        file.replace(file.indexOf("dataWindow") + 21 + 8, 8, littleEndian(kHuge) + littleEndian(kHuge));
-    } else if (format == "tif") {
-        const auto entry =
-            static_cast<uchar>(file[4]) + static_cast<uchar>(file[5]) * 256 + 2; // width, then height
-        for (const int at : {entry, entry + 12}) {
-            file.replace(at + 2, 10, littleEndian(4).left(2) + littleEndian(1) + littleEndian(kHuge));
-        }
+        file.replace(file.indexOf("dataWindow") + 29, 8, hex("400d0300400d0300"));
+    } else {
+        const int directory = static_cast<uchar>(file[4]) + static_cast<uchar>(file[5]) * 256;
+        file.replace(directory + 4, 10, hex("040001000000400d0300"));  // width: type, count, value
+        file.replace(directory + 16, 10, hex("040001000000400d0300")); // height
     }
     return file;
 }
 
 TEST_F(ImageFiles, DamagedFilesAreRefusedByEveryOperation)
 {
-    qInstallMessageHandler(
-        [](QtMsgType, const QMessageLogContext&, const QString&) {}); // Qt's readers are talkative
+    // Qt's readers are talkative.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     const QImage image = PlainTwins::randomImage(8, 4, QImage::Format_RGB32);
     save("good.png", image);
     for (const char* suffix : {"png", "jpg", "hdr", "exr", "tif", "bmp"}) {
