@@ -15,6 +15,7 @@
 #include <TopoDS_Vertex.hxx>
 #include <gp_Trsf.hxx>
 
+#include "sdk/occt/SliverFlips.h"
 #include "sdk/occt/SurfaceNormals.h"
 
 namespace cadex::occt {
@@ -310,36 +311,44 @@ private:
 
     void AddTriangles(TriangleTables& table, const Poly_Triangulation& triangulation, bool isReversed)
     {
+        myTriangles.clear();
         for (int i = 1; i <= triangulation.NbTriangles(); ++i) {
-            int n[3];
-            triangulation.Triangle(i).Get(n[0], n[1], n[2]);
+            NodeTriangle nodes;
+            triangulation.Triangle(i).Get(nodes[0], nodes[1], nodes[2]);
             if (isReversed) {
-                std::swap(n[1], n[2]);
+                std::swap(nodes[1], nodes[2]);
             }
-            U32 points[3];
-            for (int k = 0; k < 3; ++k) {
-                points[k] = myPointOf[static_cast<std::size_t>(n[k])];
+            const U32 a = PointOf(nodes[0]);
+            const U32 b = PointOf(nodes[1]);
+            const U32 c = PointOf(nodes[2]);
+            if (a != b && b != c && c != a) {
+                myTriangles.push_back(nodes);
             }
-            if (points[0] == points[1] || points[1] == points[2] || points[2] == points[0]) {
-                continue;
-            }
-            U32 continued = kNone;
-            for (int k = 0; k < 3; ++k) {
-                U32 normal = myNormalOf[static_cast<std::size_t>(n[k])];
-                if (normal == kNone) {
-                    continued =
-                        continued != kNone ? continued : Append(table, ContinuedNormal(table, points, n));
-                    normal = continued;
-                }
-                table.pointIndices.push_back(points[k]);
-                table.normalIndices.push_back(normal);
-            }
+        }
+        FlipSlivers(myTriangles, table.points, myPointOf);
+        for (const NodeTriangle& nodes : myTriangles) {
+            AddTriangle(table, nodes);
         }
     }
 
+    void AddTriangle(TriangleTables& table, const NodeTriangle& nodes)
+    {
+        U32 continued = kNone;
+        for (const int node : nodes) {
+            U32 normal = myNormalOf[static_cast<std::size_t>(node)];
+            if (normal == kNone) {
+                continued = continued != kNone ? continued : Append(table, ContinuedNormal(table, nodes));
+                normal = continued;
+            }
+            table.pointIndices.push_back(PointOf(node));
+            table.normalIndices.push_back(normal);
+        }
+    }
+
+    U32 PointOf(int node) const { return myPointOf[static_cast<std::size_t>(node)]; }
+
     /// The mean of those corners that have a normal; the facet's own when none has.
-    ModelData_Vectorf ContinuedNormal(const TriangleTables& table, const U32 (&points)[3],
-                                      const int (&nodes)[3]) const
+    ModelData_Vectorf ContinuedNormal(const TriangleTables& table, const NodeTriangle& nodes) const
     {
         gp_XYZ sum(0, 0, 0);
         for (const int node : nodes) {
@@ -351,7 +360,8 @@ private:
         }
         const double size = sum.Modulus();
         if (size < gp::Resolution()) {
-            return FacetNormal(table.points[points[0]], table.points[points[1]], table.points[points[2]]);
+            return FacetNormal(table.points[PointOf(nodes[0])], table.points[PointOf(nodes[1])],
+                               table.points[PointOf(nodes[2])]);
         }
         sum /= size;
         return {static_cast<float>(sum.X()), static_cast<float>(sum.Y()), static_cast<float>(sum.Z())};
@@ -366,6 +376,7 @@ private:
     std::vector<U32> myPointOf;
     std::vector<U32> myNormalOf;
     std::vector<ModelData_Vectorf> myNormals;
+    std::vector<NodeTriangle> myTriangles;
 };
 
 } // namespace

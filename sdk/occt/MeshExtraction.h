@@ -35,7 +35,8 @@ struct GroupedFace
 };
 
 /// Gives `groupCount` tables, some perhaps empty. Triangles follow the order of the faces within their group.
-/// Faces without a triangulation give nothing; triangles with two corners at the same point are left out.
+/// Faces without a triangulation give nothing; triangles with two corners at the same point are left out, and
+/// triangles without area become others (SliverFlips.h).
 ///
 /// Normals are those of the surfaces, turned for reversed faces; where a surface has none (a pole, a cusp),
 /// the kernel's limit, else the mean of the triangles around the node. On an edge where two faces meet
