@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <numeric>
+#include <unordered_map>
 
 namespace cadex {
 namespace internal {
@@ -121,7 +122,184 @@ struct Tally
     std::uint64_t edges = 0; ///< sum of edge values: zero when each edge is cancelled by its opposite
     double volume = 0;
     Vector3 origin{}; ///< near the piece, against cancellation in the volume
-    U32 piece = MeshTopology::Unused;
+    std::size_t piece = 0;
+};
+
+/// Fills a topology, step by step.
+class Builder
+{
+public:
+    using Corners = MeshTopology::Corners;
+
+    Builder(MeshTopology& result, const TriangleSetImpl& mesh, const Matrix3& linear)
+        : my(result), myMesh(mesh), myLinear(linear), myTriangleNb(mesh.indices.size() / 3)
+    {
+        Weld();
+        Groups groups = Connect();
+        Gather(groups);
+        if (!mySplits.empty()) {
+            CloseGaps();
+        }
+        Sort(groups);
+    }
+
+private:
+    void Weld()
+    {
+        Welder welder(myMesh.points, my.pointOf);
+        my.vertexOf.assign(myMesh.points.size(), MeshTopology::Unused);
+        for (const U32 point : myMesh.indices) {
+            if (my.vertexOf[point] == MeshTopology::Unused &&
+                IsUsable(Mapped(myLinear, myMesh.points[point]))) {
+                my.vertexOf[point] = welder.VertexOf(point);
+            }
+        }
+    }
+
+    Groups Connect() const
+    {
+        Groups groups(my.pointOf.size());
+        for (U32 i = 0; i < myTriangleNb; ++i) {
+            if (const Corners v = my.CornersOf(myMesh, i); !IsCollapsed(v)) {
+                groups.Join(v[0], v[1]);
+                groups.Join(v[0], v[2]);
+            }
+        }
+        return groups;
+    }
+
+    void Gather(Groups& groups)
+    {
+        myTallyOf.assign(my.pointOf.size(), MeshTopology::Unused);
+        my.triangles.reserve(myTriangleNb);
+        for (U32 i = 0; i < myTriangleNb; ++i) {
+            const Corners v = my.CornersOf(myMesh, i);
+            if (IsCollapsed(v)) {
+                continue;
+            }
+            const Vector3 a = Position(v[0]);
+            const Vector3 normal = NormalOf(v);
+            U32& tally = myTallyOf[groups.Find(v[0])];
+            if (tally == MeshTopology::Unused) {
+                tally = static_cast<U32>(myTallies.size());
+                myTallies.emplace_back().origin = a;
+            }
+            Tally& piece = myTallies[tally];
+            piece.edges += EdgeValue(v[0], v[1]) + EdgeValue(v[1], v[2]) + EdgeValue(v[2], v[0]);
+            piece.volume += Dot(normal, Minus(a, piece.origin)) / 6;
+            if (normal != Vector3{}) {
+                my.triangles.push_back(i);
+            } else {
+                AddSplit(v);
+            }
+        }
+    }
+
+    /// Remembers at which vertex the neighbour across the longest edge of a triangle without area is to be
+    /// cut.
+    void AddSplit(const Corners& v)
+    {
+        std::size_t longest = 0;
+        double length = -1;
+        for (std::size_t k = 0; k < 3; ++k) {
+            const Vector3 edge = Minus(Position(v[(k + 1) % 3]), Position(v[k]));
+            if (Dot(edge, edge) > length) {
+                length = Dot(edge, edge);
+                longest = k;
+            }
+        }
+        mySplits.emplace(EdgeKey(v[(longest + 1) % 3], v[longest]), v[(longest + 2) % 3]);
+    }
+
+    void CloseGaps()
+    {
+        std::size_t kept = 0;
+        for (const U32 triangle : my.triangles) {
+            const Corners v = my.CornersOf(myMesh, triangle);
+            if (FindSplit(v) == 3) {
+                my.triangles[kept++] = triangle;
+            } else {
+                Cut(v);
+            }
+        }
+        my.triangles.resize(kept);
+        for (std::size_t i = 0; i < my.cuts.size(); ++i) {
+            my.triangles.push_back(static_cast<U32>(myTriangleNb + i));
+        }
+    }
+
+    /// The first edge that has to be cut, or 3.
+    std::size_t FindSplit(const Corners& v) const
+    {
+        std::size_t k = 0;
+        while (k < 3 && mySplits.count(EdgeKey(v[k], v[(k + 1) % 3])) == 0) {
+            ++k;
+        }
+        return k;
+    }
+
+    // Each split serves once, so that this ends whatever the triangles.
+    void Cut(const Corners& triangle)
+    {
+        std::vector<Corners> waiting{triangle};
+        while (!waiting.empty()) {
+            const Corners v = waiting.back();
+            waiting.pop_back();
+            const std::size_t k = FindSplit(v);
+            if (k < 3) {
+                const auto split = mySplits.find(EdgeKey(v[k], v[(k + 1) % 3]));
+                waiting.push_back({v[k], split->second, v[(k + 2) % 3]});
+                waiting.push_back({split->second, v[(k + 1) % 3], v[(k + 2) % 3]});
+                mySplits.erase(split);
+            } else if (!IsCollapsed(v) && NormalOf(v) != Vector3{}) {
+                my.cuts.push_back(v);
+            }
+        }
+    }
+
+    void Sort(Groups& groups)
+    {
+        const auto tallyOf = [&](U32 triangle) -> Tally& {
+            return myTallies[myTallyOf[groups.Find(my.CornersOf(myMesh, triangle)[0])]];
+        };
+        for (const U32 triangle : my.triangles) {
+            ++tallyOf(triangle).triangles;
+        }
+        const double sign = Determinant(myLinear) < 0 ? -1 : 1;
+        std::size_t first = 0;
+        for (Tally& tally : myTallies) {
+            if (tally.triangles != 0) {
+                tally.piece = my.pieces.size();
+                my.pieces.push_back({first, first, tally.edges == 0, sign * tally.volume});
+                first += tally.triangles;
+            }
+        }
+        std::vector<U32> sorted(my.triangles.size());
+        for (const U32 triangle : my.triangles) {
+            sorted[my.pieces[tallyOf(triangle).piece].last++] = triangle;
+        }
+        my.triangles.swap(sorted);
+    }
+
+    static bool IsCollapsed(const Corners& v)
+    {
+        return v[0] == v[1] || v[1] == v[2] || v[2] == v[0] || v[0] == MeshTopology::Unused ||
+               v[1] == MeshTopology::Unused || v[2] == MeshTopology::Unused;
+    }
+    static std::uint64_t EdgeKey(U32 from, U32 to) { return std::uint64_t{from} << 32 | to; }
+    Vector3 Position(U32 vertex) const { return Mapped(myLinear, myMesh.points[my.pointOf[vertex]]); }
+    Vector3 NormalOf(const Corners& v) const
+    {
+        return AreaNormal(Position(v[0]), Position(v[1]), Position(v[2]));
+    }
+
+    MeshTopology& my;
+    const TriangleSetImpl& myMesh;
+    const Matrix3& myLinear;
+    const std::size_t myTriangleNb;
+    std::vector<Tally> myTallies;
+    std::vector<U32> myTallyOf;                      // for the first vertex of each group
+    std::unordered_map<std::uint64_t, U32> mySplits; // by directed edge
 };
 
 } // namespace
@@ -138,75 +316,8 @@ Vector3 AreaNormal(const Vector3& a, const Vector3& b, const Vector3& c)
 }
 
 MeshTopology::MeshTopology(const TriangleSetImpl& mesh, const Matrix3& linear)
-    : vertexOf(mesh.points.size(), Unused)
 {
-    const std::size_t triangleNb = mesh.indices.size() / 3;
-    {
-        Welder welder(mesh.points, pointOf);
-        for (const U32 point : mesh.indices) {
-            if (vertexOf[point] == Unused && IsUsable(Mapped(linear, mesh.points[point]))) {
-                vertexOf[point] = welder.VertexOf(point);
-            }
-        }
-    }
-    auto corners = [&](std::size_t triangle) {
-        const U32* index = &mesh.indices[3 * triangle];
-        return std::array{vertexOf[index[0]], vertexOf[index[1]], vertexOf[index[2]]};
-    };
-    auto collapsed = [](const std::array<U32, 3>& v) {
-        return v[0] == v[1] || v[1] == v[2] || v[2] == v[0] || v[0] == Unused || v[1] == Unused ||
-               v[2] == Unused;
-    };
-
-    Groups groups(pointOf.size());
-    for (std::size_t i = 0; i < triangleNb; ++i) {
-        if (const auto v = corners(i); !collapsed(v)) {
-            groups.Join(v[0], v[1]);
-            groups.Join(v[0], v[2]);
-        }
-    }
-
-    std::vector<Tally> tallies;
-    std::vector<U32> tallyOf(pointOf.size(), Unused);
-    std::vector<U32> kept;
-    kept.reserve(triangleNb);
-    for (std::size_t i = 0; i < triangleNb; ++i) {
-        const auto v = corners(i);
-        if (collapsed(v)) {
-            continue;
-        }
-        const Vector3 a = Mapped(linear, mesh.points[pointOf[v[0]]]);
-        const Vector3 b = Mapped(linear, mesh.points[pointOf[v[1]]]);
-        const Vector3 c = Mapped(linear, mesh.points[pointOf[v[2]]]);
-        U32& tally = tallyOf[groups.Find(v[0])];
-        if (tally == Unused) {
-            tally = static_cast<U32>(tallies.size());
-            tallies.emplace_back().origin = a;
-        }
-        Tally& piece = tallies[tally];
-        piece.edges += EdgeValue(v[0], v[1]) + EdgeValue(v[1], v[2]) + EdgeValue(v[2], v[0]);
-        const Vector3 normal = AreaNormal(a, b, c);
-        if (normal != Vector3{}) {
-            piece.volume += Dot(normal, Minus(a, piece.origin)) / 6;
-            ++piece.triangles;
-            kept.push_back(static_cast<U32>(i));
-        }
-    }
-
-    const double sign = Determinant(linear) < 0 ? -1 : 1;
-    std::size_t first = 0;
-    for (Tally& tally : tallies) {
-        if (tally.triangles != 0) {
-            tally.piece = static_cast<U32>(pieces.size());
-            pieces.push_back({first, first, tally.edges == 0, sign * tally.volume});
-            first += tally.triangles;
-        }
-    }
-    triangles.resize(kept.size());
-    for (const U32 triangle : kept) {
-        Piece& piece = pieces[tallies[tallyOf[groups.Find(corners(triangle)[0])]].piece];
-        triangles[piece.last++] = triangle;
-    }
+    Builder(*this, mesh, linear);
 }
 
 } // namespace internal

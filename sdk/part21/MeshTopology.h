@@ -2,6 +2,7 @@
 // each connected piece is closed.
 #pragma once
 
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <vector>
@@ -15,9 +16,15 @@ namespace cadex {
 namespace internal {
 
 /// Takes about 20 bytes a triangle while it is at work.
+///
+/// Triangles that have no area in the file, or a corner that is not usable, are left out. One with three
+/// distinct corners on a line usually fills the gap between a long edge and the two short ones along it; the
+/// triangle at the long edge is then cut in two at the middle corner, so that what was closed stays closed,
+/// with as many triangles as before.
 struct MeshTopology
 {
     static constexpr U32 Unused = 0xFFFFFFFFu;
+    using Corners = std::array<U32, 3>; ///< three vertices
 
     /// A connected piece: triangles[first] .. triangles[last - 1].
     struct Piece
@@ -28,15 +35,25 @@ struct MeshTopology
         double volume = 0;   ///< signed, in the file; a mirrored piece counts as turned round
     };
 
-    std::vector<U32> triangles; ///< ordinals of the triangles worth writing, piece by piece
-    std::vector<U32> vertexOf;  ///< for each point its vertex, or Unused; equal positions share one
-    std::vector<U32> pointOf;   ///< for each vertex one of its points
-    std::vector<Piece> pieces;  ///< none is empty
+    std::vector<U32> vertexOf; ///< for each point its vertex, or Unused; equal positions share one
+    std::vector<U32> pointOf;  ///< for each vertex one of its points
+    std::vector<Piece> pieces; ///< none is empty
+    /// What is worth writing, piece by piece: ordinals of triangles of the mesh and, counting on, of `cuts`.
+    std::vector<U32> triangles;
+    std::vector<Corners> cuts;
 
-    /// `linear` maps the points into the file; triangles that have no area there, or a corner that is not
-    /// finite, are left out. A triangle with three distinct corners and no area still closes a gap between
-    /// its neighbours.
+    /// `linear` maps the points into the file.
     MeshTopology(const TriangleSetImpl& mesh, const Matrix3& linear);
+
+    /// The vertices of an entry of `triangles`, given the mesh of the constructor.
+    Corners CornersOf(const TriangleSetImpl& mesh, U32 triangle) const
+    {
+        const std::size_t first = std::size_t{triangle} * 3;
+        return first < mesh.indices.size()
+                   ? Corners{vertexOf[mesh.indices[first]], vertexOf[mesh.indices[first + 1]],
+                             vertexOf[mesh.indices[first + 2]]}
+                   : cuts[triangle - mesh.indices.size() / 3];
+    }
 };
 
 /// The normal of a triangle with its length, twice the area; all zero when the triangle has no area (its

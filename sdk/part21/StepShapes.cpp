@@ -86,11 +86,11 @@ private:
         return {first, count, EntitiesPerFace};
     }
 
-    void WriteFace(std::size_t triangle, std::uint64_t id)
+    void WriteFace(U32 triangle, std::uint64_t id)
     {
-        std::array<U32, 3> v;
-        for (std::size_t k = 0; k < 3; ++k) {
-            v[k] = myTopology.vertexOf[myMesh.indices[3 * triangle + (myMirrored ? 2 - k : k)]];
+        MeshTopology::Corners v = myTopology.CornersOf(myMesh, triangle);
+        if (myMirrored) {
+            std::swap(v[0], v[2]);
         }
         const Vector3 n = AreaNormal(Position(v[0]), Position(v[1]), Position(v[2]));
         const double length = std::sqrt(n[0] * n[0] + n[1] * n[1] + n[2] * n[2]);
