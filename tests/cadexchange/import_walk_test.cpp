@@ -12,7 +12,8 @@
 
 #include <gmock/gmock.h>
 
-#include <limits>
+#include <climits>
+#include <sstream>
 
 using namespace Zemtar;
 using namespace Zemtar::Test;
@@ -94,34 +95,33 @@ TEST(ImportWalk, TheCurrentMaterialRunsOn)
 
 TEST(ImportWalk, MeshesKeepEveryCornerAndShareTheRest)
 {
-    for (const int cells : {0, 1, 5}) {
-        for (const Normals kind : {Normals::None, Normals::Smooth, Normals::Flat}) {
-            const bool uvs = cells % 5 == 0;
-            const auto set = MakeGrid(cells, kind, uvs);
-            const auto document = ImportModel({MakePart("part", {set})});
-            const CZemtar3DObject& mesh = Mesh(document->RootNodes()[0]->ChildNodes().at(0));
-            const CZemtarGeometry& geometry = *mesh.Geometry();
-            const int shared = cells > 0 ? (cells + 1) * (cells + 1) : 0;
-            const auto count = static_cast<unsigned int>(kind == Normals::Flat ? 6 * cells * cells : shared);
-            EXPECT_EQ(geometry.VerticiesTable()->Count(), count);
-            EXPECT_EQ(geometry.VerticiesNormalsTable()->Count(), kind == Normals::None ? 0 : count);
-            EXPECT_EQ(mesh.TextureCoordinatesTable()->Count(), uvs ? count : 0);
-            ASSERT_EQ(geometry.PolygonsTable()->IndexCount(), 6u * cells * cells);
-            for (int i = 0; i < 3 * set.NumberOfFaces(); ++i) {
-                const unsigned int vertex = geometry.PolygonsTable()->Data()[i];
-                const auto& p = set.Coordinate(i / 3, i % 3);
-                EXPECT_EQ(geometry.VerticiesTable()->Item(vertex),
-                          CZemtar3DVertex(p.X() * 0.001, p.Y() * 0.001, p.Z() * 0.001));
-                if (set.HasNormals()) {
-                    const auto& n = set.VertexNormal(i / 3, i % 3);
-                    EXPECT_EQ(geometry.VerticiesNormalsTable()->Item(vertex),
-                              CZemtar3DVertex(n.X(), n.Y(), n.Z()));
-                }
-                if (uvs) {
-                    const auto& uv = set.UVCoordinate(i / 3, i % 3);
-                    EXPECT_EQ(mesh.TextureCoordinatesTable()->Item(vertex),
-                              CZemtarTextureCoordinate(uv.X(), uv.Y()));
-                }
+    for (const auto& [cells, kind] : {std::pair(0, Normals::Smooth), std::pair(1, Normals::None),
+                                      std::pair(5, Normals::Smooth), std::pair(4, Normals::Flat)}) {
+        const bool uvs = cells % 5 == 0;
+        const auto set = MakeGrid(cells, kind, uvs);
+        const auto document = ImportModel({MakePart("part", {set})});
+        const CZemtar3DObject& mesh = Mesh(document->RootNodes()[0]->ChildNodes().at(0));
+        const CZemtarGeometry& geometry = *mesh.Geometry();
+        const int shared = cells > 0 ? (cells + 1) * (cells + 1) : 0;
+        const auto count = static_cast<unsigned int>(kind == Normals::Flat ? 6 * cells * cells : shared);
+        EXPECT_EQ(geometry.VerticiesTable()->Count(), count);
+        EXPECT_EQ(geometry.VerticiesNormalsTable()->Count(), kind == Normals::None ? 0 : count);
+        EXPECT_EQ(mesh.TextureCoordinatesTable()->Count(), uvs ? count : 0);
+        ASSERT_EQ(geometry.PolygonsTable()->IndexCount(), 6u * cells * cells);
+        for (int i = 0; i < 3 * set.NumberOfFaces(); ++i) {
+            const unsigned int vertex = geometry.PolygonsTable()->Data()[i];
+            const auto& p = set.Coordinate(i / 3, i % 3);
+            const CZemtar3DVertex point(p.X() * 0.001, p.Y() * 0.001, p.Z() * 0.001);
+            EXPECT_EQ(geometry.VerticiesTable()->Item(vertex), point);
+            if (set.HasNormals()) {
+                const auto& n = set.VertexNormal(i / 3, i % 3);
+                const CZemtar3DVertex normal(n.X(), n.Y(), n.Z());
+                EXPECT_EQ(geometry.VerticiesNormalsTable()->Item(vertex), normal);
+            }
+            if (uvs) {
+                const auto& uv = set.UVCoordinate(i / 3, i % 3);
+                const CZemtarTextureCoordinate coordinate(uv.X(), uv.Y());
+                EXPECT_EQ(mesh.TextureCoordinatesTable()->Item(vertex), coordinate);
             }
         }
     }
@@ -152,58 +152,14 @@ TEST(ImportWalk, PolylinesOnlyWhenAskedFor)
 
 TEST(ImportWalk, TessellationBands)
 {
-    constexpr double least = std::numeric_limits<int>::min();
-    constexpr double most = std::numeric_limits<int>::max();
-    const std::vector<double> levelsAnglesChords = {0,
-                                                    5,
-                                                    0.0025,
-                                                    24,
-                                                    14,
-                                                    0.00394,
-                                                    25,
-                                                    15,
-                                                    0.004,
-                                                    26,
-                                                    15,
-                                                    0.00424,
-                                                    40,
-                                                    24,
-                                                    0.0076,
-                                                    50,
-                                                    30,
-                                                    0.01,
-                                                    51,
-                                                    30,
-                                                    0.0116,
-                                                    75,
-                                                    40,
-                                                    0.05,
-                                                    76,
-                                                    40,
-                                                    0.0512,
-                                                    100,
-                                                    60,
-                                                    0.08,
-                                                    101,
-                                                    30,
-                                                    0.01,
-                                                    most,
-                                                    30,
-                                                    0.01,
-                                                    -1,
-                                                    0,
-                                                    -0.00224,
-                                                    -2,
-                                                    -1,
-                                                    -0.00248,
-                                                    least,
-                                                    -1288490188.0,
-                                                    -515396.07752};
-    for (std::size_t i = 0; i < levelsAnglesChords.size(); i += 3) {
-        std::vector<double> given(2);
-        CZemtarCADExchangeReaderHandler::getInstance()->ProcessTessellation(
-            static_cast<int>(levelsAnglesChords[i]), given[0], given[1]);
-        EXPECT_THAT(given, ElementsAre(levelsAnglesChords[i + 1],
-                                       testing::DoubleNear(levelsAnglesChords[i + 2], 1e-9)));
+    std::ostringstream tolerances;
+    for (const int level : {0, 24, 25, 26, 40, 50, 51, 75, 76, 100, 101, INT_MAX, -1, -2, INT_MIN}) {
+        double angle = 0.0;
+        double chord = 0.0;
+        CZemtarCADExchangeReaderHandler::getInstance()->ProcessTessellation(level, angle, chord);
+        tolerances << angle << '/' << chord << ' ';
     }
+    EXPECT_EQ(tolerances.str(),
+              "5/0.0025 14/0.00394 15/0.004 15/0.00424 24/0.0076 30/0.01 30/0.0116 40/0.05 40/0.0512 60/0.08 "
+              "30/0.01 30/0.01 0/-0.00224 -1/-0.00248 -1.28849e+09/-515396 ");
 }
