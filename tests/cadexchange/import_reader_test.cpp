@@ -45,6 +45,10 @@ void* operator new(std::size_t size)
     void* memory = allocationsLeft != Unlimited && allocationsLeft-- == 0 ? nullptr : std::malloc(size + 1);
     return memory ? memory : throw std::bad_alloc();
 }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    return std::malloc(size + 1);
+}
 void operator delete(void* memory) noexcept
 {
     std::free(memory);
