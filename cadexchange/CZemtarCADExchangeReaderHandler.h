@@ -64,7 +64,8 @@ public:
      */
     CZemtarDocument* Import(CZemtarString fileName, cadex::Base_Reader* reader, int tessellationFactor);
 
-    /** The seconds that the last import spent in the SDK, reading, transferring and meshing; 0 before any. */
+    /** The seconds that the last import spent on reading (repair of the encoding included), transferring and
+     * meshing; 0 before any. */
     double ReadAndMeshSeconds() const { return m_readAndMeshSeconds; }
 
     /**
