@@ -91,6 +91,21 @@ void AddFaces(const OcctBRep& brep, bool mergeFaceSets, const Base_UTF16String& 
 
 // A host that draws the polylines of one set as if all began at its first point shows a single one right, so
 // each chain gets a set of its own.
+void AddPolylines(std::vector<std::vector<Polyline>> curves,
+                  const std::vector<ModelData_Appearance>& appearances, const Base_UTF16String& name,
+                  ModelData_PolyRepresentation& result)
+{
+    for (std::size_t group = 0; group < curves.size(); ++group) {
+        for (const Polyline& line : JoinCurves(std::move(curves[group]), kCurveTolerance)) {
+            ModelData_PolyLineSet set{initialized()};
+            set.AddPolyLine(line.data(), line.size());
+            set.SetAppearance(appearances[group]);
+            set.SetName(name);
+            result.Add(set);
+        }
+    }
+}
+
 void AddLooseCurves(const OcctBRep& brep, const MeshTolerances& tolerances, const Base_UTF16String& name,
                     ModelData_PolyRepresentation& result)
 {
@@ -107,15 +122,7 @@ void AddLooseCurves(const OcctBRep& brep, const MeshTolerances& tolerances, cons
         curves.resize(groups.All().size());
         curves[group].push_back(DiscretiseEdge(TopoDS::Edge(it.Current()), tolerances, size));
     }
-    for (std::size_t group = 0; group < curves.size(); ++group) {
-        for (const Polyline& line : JoinCurves(std::move(curves[group]), kCurveTolerance)) {
-            ModelData_PolyLineSet set{initialized()};
-            set.AddPolyLine(line.data(), line.size());
-            set.SetAppearance(groups.All()[group]);
-            set.SetName(name);
-            result.Add(set);
-        }
-    }
+    AddPolylines(std::move(curves), groups.All(), name, result);
 }
 
 ModelData_PolyRepresentation NullIfEmpty(const ModelData_PolyRepresentation& result)
@@ -146,13 +153,14 @@ ModelData_PolyRepresentation MeshFacets(const FacetedBRep& brep, const Base_UTF1
         appearances.push_back(group.appearance);
     }
     AddTriangleSets(std::move(tables), appearances, name, result);
+    AppearanceGroups groups{ModelData_Appearance()};
+    std::vector<std::vector<Polyline>> curves(1);
     for (const FacetCurve& curve : brep.curves) {
-        ModelData_PolyLineSet set{initialized()};
-        set.AddPolyLine(curve.points.data(), curve.points.size());
-        set.SetAppearance(curve.appearance);
-        set.SetName(name);
-        result.Add(set);
+        const std::size_t group = groups.NumberOf(curve.appearance);
+        curves.resize(groups.All().size());
+        curves[group].push_back(curve.points);
     }
+    AddPolylines(std::move(curves), groups.All(), name, result);
     return NullIfEmpty(result);
 }
 

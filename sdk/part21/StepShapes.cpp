@@ -160,24 +160,36 @@ void WriteStepPolyLines(Part21Writer& out, const PolyLineSetImpl& lines, const M
 {
     std::vector<Ref> curves;
     std::vector<Vector3> points;
-    for (std::size_t line = 0; line + 1 < lines.starts.size() && out.Ok(); ++line) {
+    const auto flush = [&] {
+        if (points.size() > 1) {
+            const Ref first = out.Reserve(points.size());
+            for (std::size_t i = 0; i < points.size(); ++i) {
+                out.AddAs(Ref{first.id + i}, "CARTESIAN_POINT", "",
+                          Xyz{points[i][0], points[i][1], points[i][2]});
+            }
+            curves.push_back(out.Add("POLYLINE", "", RefRange{first, points.size()}));
+        }
         points.clear();
+    };
+    std::vector<Vector3> next;
+    for (std::size_t line = 0; line + 1 < lines.starts.size() && out.Ok(); ++line) {
+        next.clear();
         for (std::size_t i = lines.starts[line]; i < lines.starts[line + 1]; ++i) {
             const Vector3 point = Mapped(linear, lines.points[i]);
-            if (points.empty() || point != points.back()) {
-                points.push_back(point);
+            if (next.empty() || point != next.back()) {
+                next.push_back(point);
             }
         }
-        if (points.size() < 2 || !std::all_of(points.begin(), points.end(), IsUsable)) {
+        if (next.size() < 2 || !std::all_of(next.begin(), next.end(), IsUsable)) {
             continue;
         }
-        const Ref first = out.Reserve(points.size());
-        for (std::size_t i = 0; i < points.size(); ++i) {
-            out.AddAs(Ref{first.id + i}, "CARTESIAN_POINT", "",
-                      Xyz{points[i][0], points[i][1], points[i][2]});
+        // One that goes on where the last one ended is written as its continuation.
+        if (points.empty() || points.back() != next.front()) {
+            flush();
         }
-        curves.push_back(out.Add("POLYLINE", "", RefRange{first, points.size()}));
+        points.insert(points.end(), next.begin() + (points.empty() ? 0 : 1), next.end());
     }
+    flush();
     if (!curves.empty()) {
         items.push_back({out.Add("GEOMETRIC_CURVE_SET", "", curves), StepShapeKind::Curves});
     }

@@ -30,7 +30,7 @@ void WriteStepMesh(Part21Writer& out, const TriangleSetImpl& mesh, const Matrix3
                    std::vector<StepShapeItem>& items);
 
 /// Writes polylines as one GEOMETRIC_CURVE_SET; those without two distinct points, or with a point that is
-/// not finite, are left out.
+/// not finite, are left out. Those that go on where the one before ended become one POLYLINE with it.
 void WriteStepPolyLines(Part21Writer& out, const PolyLineSetImpl& lines, const Matrix3& linear,
                         std::vector<StepShapeItem>& items);
 

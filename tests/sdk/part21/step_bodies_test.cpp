@@ -132,13 +132,14 @@ TEST(StepBodies, WritesPolylinesBesideBodiesAndAlone)
     const ModelData_Point points[] = {{0, 0, 0}, {1, 2, 3}, {1, 2, 3}, {4, 5, 6}, {std::nan(""), 0, 0}};
     ModelData_PolyLineSet lines;
     lines.AddPolyLine(points, 2);
-    lines.AddPolyLine(points + 1, 3); // one point doubled
+    lines.AddPolyLine(points + 1, 3); // goes on, one point doubled
     lines.AddPolyLine(points + 1, 2); // no length
     lines.AddPolyLine(points, 1);
     lines.AddPolyLine(points + 3, 2); // not finite
     lines.AddPolyLine(nullptr, 0);
+    lines.AddPolyLine(points, 2);
     const Written alone = Write(PartOf(lines, "lines"));
-    const std::vector<Corners> expected{{{0, 0, 0}, {1, 2, 3}}, {{1, 2, 3}, {4, 5, 6}}};
+    const std::vector<Corners> expected{{{0, 0, 0}, {4, 5, 6}}, {{0, 0, 0}, {1, 2, 3}}};
     EXPECT_EQ(alone.file.edges, expected);
     EXPECT_EQ(CountOf(alone.text, "GEOMETRICALLY_BOUNDED_WIREFRAME_SHAPE_REPRESENTATION("), 1u);
     ModelData_Part both = CubePart("both");
