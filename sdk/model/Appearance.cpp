@@ -189,9 +189,9 @@ ModelData_TextureSet::ModelData_TextureSet(initialized)
 void ModelData_TextureSet::Accept(ModelData_TextureVisitor& theVisitor) const
 {
     if (!IsNull()) {
-        const auto& textures = Read<TextureSetImpl>(*this).textures;
-        for (std::size_t i = 0; i < textures.size(); ++i) {
-            textures[i].Accept(theVisitor);
+        const auto textures = Read<TextureSetImpl>(*this).textures; // a copy: the visitor may change the set
+        for (const ModelData_Texture& texture : textures) {
+            texture.Accept(theVisitor);
         }
     }
 }

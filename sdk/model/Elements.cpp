@@ -142,9 +142,9 @@ void ModelData_Model::Clear()
 
 void ModelData_Model::Accept(ElementVisitor& theVisitor) const
 {
-    const auto& roots = internal::RootsOf(*this);
-    for (std::size_t i = 0; i < roots.size(); ++i) {
-        Walk(theVisitor).Run(roots[i]);
+    const auto roots = internal::RootsOf(*this); // a copy: the visitor may change the model
+    for (const ModelData_SceneGraphElement& root : roots) {
+        Walk(theVisitor).Run(root);
     }
 }
 

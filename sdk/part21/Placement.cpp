@@ -108,9 +108,10 @@ double Determinant(const Matrix3& m)
 Affine AffineOf(const ModelData_Transformation& transformation)
 {
     Affine affine;
+    double* element = affine.linear.data();
     for (int i = 0; i < 3; ++i) {
         for (int j = 0; j < 3; ++j) {
-            affine.linear[static_cast<std::size_t>(3 * i + j)] = transformation.Data(i, j);
+            *element++ = transformation.Data(i, j);
         }
         affine.translation[static_cast<std::size_t>(i)] = transformation.Data(i, 3);
     }

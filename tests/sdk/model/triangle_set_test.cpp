@@ -16,29 +16,29 @@ using namespace cadex;
 using Indices = std::vector<int>;
 
 // Value i of each stream carries i, so that a corner tells where it came from.
-std::vector<ModelData_Point> Points(int count, double shift = 0)
+std::vector<ModelData_Point> Points(std::size_t count, double shift = 0)
 {
-    std::vector<ModelData_Point> points;
-    for (int i = 0; i < count; ++i) {
-        points.emplace_back(shift + i, 0, 0);
+    std::vector<ModelData_Point> points(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        points[i].SetX(shift + static_cast<double>(i));
     }
     return points;
 }
 
-std::vector<ModelData_Vectorf> Normals(int count)
+std::vector<ModelData_Vectorf> Normals(std::size_t count)
 {
-    std::vector<ModelData_Vectorf> normals;
-    for (int i = 0; i < count; ++i) {
-        normals.emplace_back(static_cast<float>(i), 0.f, 1.f);
+    std::vector<ModelData_Vectorf> normals(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        normals[i].SetX(static_cast<float>(i));
     }
     return normals;
 }
 
-std::vector<ModelData_Point2d> UVs(int count)
+std::vector<ModelData_Point2d> UVs(std::size_t count)
 {
-    std::vector<ModelData_Point2d> uvs;
-    for (int i = 0; i < count; ++i) {
-        uvs.emplace_back(i, 1);
+    std::vector<ModelData_Point2d> uvs(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        uvs[i].SetX(static_cast<double>(i));
     }
     return uvs;
 }
@@ -70,12 +70,12 @@ Indices UVsOf(const ModelData_IndexedTriangleSet& set)
     return corners;
 }
 
-void AddAll(ModelData_IndexedTriangleSet& set, int values, const Indices& indices, const Indices& counts)
+void AddAll(ModelData_IndexedTriangleSet& set, std::size_t number, const Indices& indices,
+            const Indices& counts)
 {
-    const auto number = static_cast<std::size_t>(values);
-    set.AddCoordinates(Points(values).data(), number, indices.data(), counts.data(), counts.size());
-    set.AddNormals(Normals(values).data(), number, indices.data(), counts.data(), counts.size());
-    set.AddUVCoordinates(UVs(values).data(), number, indices.data(), counts.data(), counts.size());
+    set.AddCoordinates(Points(number).data(), number, indices.data(), counts.data(), counts.size());
+    set.AddNormals(Normals(number).data(), number, indices.data(), counts.data(), counts.size());
+    set.AddUVCoordinates(UVs(number).data(), number, indices.data(), counts.data(), counts.size());
 }
 
 TEST(TriangleSet, CutsPolygonsAndLeavesOutBadTriangles)
