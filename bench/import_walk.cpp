@@ -98,7 +98,7 @@ void WalkAndMerge(benchmark::State& state, bool smooth)
     const auto part = MakePart("part", {MakeGrid(cells, smooth ? Normals::Smooth : Normals::Flat)});
     const double written =
         static_cast<double>(triangles) * (3 * 6 * sizeof(double) + 3 * sizeof(unsigned int));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const Measured result = Import({part});
         if (Triangles(*result.document) != triangles) {
             state.SkipWithError("triangles are missing");
@@ -133,7 +133,7 @@ void Instances(benchmark::State& state)
         placement.SetTranslationPart(i, 0.0, 0.0);
         cadex::ModelData_Assembly(often).AddInstance(cadex::ModelData_Instance(part, placement, "instance"));
     }
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const Measured first = Import({once});
         const Measured all = Import({often});
         if (all.document->RootNodes().at(0)->ChildNodes().size() != extra + 1) {
@@ -165,7 +165,7 @@ void PropertiesAndMaterials(benchmark::State& state)
     }
     double without = Import(plain).seconds;
     double best = Import(rich).seconds;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         without = std::min(without, Import(plain).seconds);
         const Measured with = Import(rich);
         std::map<CZemtarString, CZemtarMetaData::NamedValues> values;
@@ -225,7 +225,7 @@ void OwnShare(benchmark::State& state, const char* file)
     double whole = 1e9;
     double sdk = 1e9;
     double mass = 1e9;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         double start = Seconds();
         const std::unique_ptr<CZemtarDocument> document(reader.Import(file));
         const double seconds = Seconds() - start;
@@ -252,13 +252,14 @@ cadex::ModelData_IndexedTriangleSet MakeRing(int side)
     std::vector<cadex::ModelData_Point> points;
     std::vector<int> corners;
     for (int i = 0; i < side * side; ++i) {
-        const double around = 2.0 * 3.14159265358979 * (i / side) / side;
+        const int row = i / side;
+        const double around = 2.0 * 3.14159265358979 * row / side;
         const double across = 2.0 * 3.14159265358979 * (i % side) / side;
         const double radius = 100.0 + 30.0 * std::cos(across);
         points.emplace_back(radius * std::cos(around), radius * std::sin(around), 30.0 * std::sin(across));
-        const int nextRow = (i / side + 1) % side * side;
+        const int nextRow = (row + 1) % side * side;
         const int a = i;
-        const int b = i / side * side + (i + 1) % side;
+        const int b = row * side + (i + 1) % side;
         const int c = nextRow + i % side;
         const int d = nextRow + (i + 1) % side;
         corners.insert(corners.end(), {a, c, b, b, c, d});

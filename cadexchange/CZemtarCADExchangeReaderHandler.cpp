@@ -172,8 +172,8 @@ void CZemtarCADExchangeReaderHandler::ProcessTessellation(int level, double& ang
     const Tolerance& high = BandEnds[band + 1];
     const std::int64_t lowWeight = std::int64_t{band + 1} * BandWidth - level;
     const std::int64_t highWeight = std::int64_t{level} - band * BandWidth;
-    angularDeflectionDegrees =
-        static_cast<double>((low.angle * lowWeight + high.angle * highWeight) / BandWidth);
+    const std::int64_t wholeDegrees = (low.angle * lowWeight + high.angle * highWeight) / BandWidth;
+    angularDeflectionDegrees = static_cast<double>(wholeDegrees);
     chordalDeflection =
         (high.chord * static_cast<double>(highWeight) + low.chord * static_cast<double>(lowWeight)) /
         BandWidth;
