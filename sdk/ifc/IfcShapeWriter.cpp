@@ -75,10 +75,8 @@ Ref ShapeWriter::WriteMesh(const TriangleSetImpl& mesh, const Matrix3& linear)
     myOut.Put(points);
     myOut.Text(closed ? ",$,.T.,(" : ",$,.F.,(");
     for (std::size_t i = 0; i < topology.triangles.size(); ++i) {
-        const U32* corners = &mesh.indices[3 * static_cast<std::size_t>(topology.triangles[i])];
-        const std::array<U32, 3> indices{topology.vertexOf[corners[0]] + 1,
-                                         topology.vertexOf[corners[mirrored ? 2 : 1]] + 1,
-                                         topology.vertexOf[corners[mirrored ? 1 : 2]] + 1};
+        const MeshTopology::Corners v = topology.CornersOf(mesh, topology.triangles[i]);
+        const MeshTopology::Corners indices{v[0] + 1, v[mirrored ? 2 : 1] + 1, v[mirrored ? 1 : 2] + 1};
         myOut.Text(i == 0 ? "" : ",");
         myOut.Put(indices);
     }

@@ -169,8 +169,9 @@ private:
         loops->SetValue(1, MakeLoop(corners));
         Handle(IGESSolid_Face) face = new IGESSolid_Face;
         face->Init(plane, true, loops);
-        Remember(myColors[triangle]);
-        SetColor(face, myColors[triangle]);
+        const IgesColor& color = myColors[myMesh.topology.SourceOf(myMesh.mesh, triangle)];
+        Remember(color);
+        SetColor(face, color);
         return AddPart(myModel, face);
     }
 
@@ -281,7 +282,7 @@ void IgesBodies::AddBody(const PlacedMesh& mesh, const MeshBody& body, const std
         const std::array<U32, 3> corners = mesh.Corners(triangle);
         AddTrimmedPlane({ToXYZ(mesh.vertices[corners[0]]), ToXYZ(mesh.vertices[corners[1]]),
                          ToXYZ(mesh.vertices[corners[2]])},
-                        colors[triangle], result);
+                        colors[mesh.topology.SourceOf(mesh.mesh, triangle)], result);
     }
 }
 

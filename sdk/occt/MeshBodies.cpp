@@ -163,9 +163,7 @@ PlacedMesh::PlacedMesh(const internal::TriangleSetImpl& theMesh, const internal:
 
 std::array<U32, 3> PlacedMesh::Corners(U32 triangle, bool isTurned) const
 {
-    const U32* points = &mesh.indices[std::size_t{3} * triangle];
-    std::array<U32, 3> corners = {topology.vertexOf[points[0]], topology.vertexOf[points[1]],
-                                  topology.vertexOf[points[2]]};
+    std::array<U32, 3> corners = topology.CornersOf(mesh, triangle);
     if (isTurned != isMirrored) {
         std::swap(corners[1], corners[2]);
     }

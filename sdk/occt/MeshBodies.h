@@ -16,7 +16,7 @@ struct PlacedMesh
     /// Points that are equal become one vertex; `placement` (any matrix) takes the points into the file.
     PlacedMesh(const internal::TriangleSetImpl& mesh, const internal::Affine& placement);
 
-    /// The three vertices of a triangle, given by its ordinal in the set; right-handed about the outward
+    /// The three vertices of an entry of the topology's triangles; right-handed about the outward
     /// normal also under a mirroring placement.
     std::array<U32, 3> Corners(U32 triangle, bool isTurned = false) const;
 

@@ -219,7 +219,7 @@ private:
             if (FindSplit(v) == 3) {
                 my.triangles[kept++] = triangle;
             } else {
-                Cut(v);
+                Cut(v, triangle);
             }
         }
         my.triangles.resize(kept);
@@ -239,9 +239,9 @@ private:
     }
 
     // Each split serves once, so that this ends whatever the triangles.
-    void Cut(const Corners& triangle)
+    void Cut(const Corners& corners, U32 triangle)
     {
-        std::vector<Corners> waiting{triangle};
+        std::vector<Corners> waiting{corners};
         while (!waiting.empty()) {
             const Corners v = waiting.back();
             waiting.pop_back();
@@ -253,6 +253,7 @@ private:
                 mySplits.erase(split);
             } else if (!IsCollapsed(v) && NormalOf(v) != Vector3{}) {
                 my.cuts.push_back(v);
+                my.cutFrom.push_back(triangle);
             }
         }
     }

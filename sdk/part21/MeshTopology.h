@@ -41,6 +41,7 @@ struct MeshTopology
     /// What is worth writing, piece by piece: ordinals of triangles of the mesh and, counting on, of `cuts`.
     std::vector<U32> triangles;
     std::vector<Corners> cuts;
+    std::vector<U32> cutFrom; ///< for each cut the triangle of the mesh that it is a part of
 
     /// `linear` maps the points into the file.
     MeshTopology(const TriangleSetImpl& mesh, const Matrix3& linear);
@@ -53,6 +54,13 @@ struct MeshTopology
                    ? Corners{vertexOf[mesh.indices[first]], vertexOf[mesh.indices[first + 1]],
                              vertexOf[mesh.indices[first + 2]]}
                    : cuts[triangle - mesh.indices.size() / 3];
+    }
+
+    /// The triangle of the mesh that an entry of `triangles` is, or is a part of.
+    U32 SourceOf(const TriangleSetImpl& mesh, U32 triangle) const
+    {
+        const std::size_t count = mesh.indices.size() / 3;
+        return triangle < count ? triangle : cutFrom[triangle - count];
     }
 };
 
