@@ -19,12 +19,17 @@ namespace cadex::occt {
 
 namespace {
 
-constexpr int kFewestPoints = 2;
-constexpr double kParameterTolerance = 1e-9;
+constexpr int FewestPoints = 2;
+constexpr double ParameterTolerance = 1e-9;
 
 ModelData_Point ToPoint(const gp_Pnt& point)
 {
     return {point.X(), point.Y(), point.Z()};
+}
+
+bool IsFinite(const ModelData_Point& point)
+{
+    return std::isfinite(point.X()) && std::isfinite(point.Y()) && std::isfinite(point.Z());
 }
 
 /// The corners of a polygonal curve between its bounds.
@@ -37,7 +42,7 @@ Polyline Corners(const BRepAdaptor_Curve& curve)
         const Handle(Geom_BSplineCurve) spline = curve.BSpline();
         for (int i = spline->FirstUKnotIndex(); i <= spline->LastUKnotIndex(); ++i) {
             const double knot = spline->Knot(i);
-            if (knot > first + kParameterTolerance && knot < last - kParameterTolerance) {
+            if (knot > first + ParameterTolerance && knot < last - ParameterTolerance) {
                 line.push_back(ToPoint(curve.Value(knot)));
             }
         }
@@ -65,8 +70,8 @@ Polyline Discretise(const TopoDS_Edge& edge, const MeshTolerances& tolerances, d
                 ? BRepMesh_Deflection::ComputeAbsoluteDeflection(edge, tolerances.chord, shapeSize)
                 : tolerances.chord;
         const GCPnts_TangentialDeflection points(curve, tolerances.angle,
-                                                 std::max(chord, Precision::Confusion()), kFewestPoints,
-                                                 kParameterTolerance);
+                                                 std::max(chord, Precision::Confusion()), FewestPoints,
+                                                 ParameterTolerance);
         for (int i = 1; i <= points.NbPoints(); ++i) {
             line.push_back(ToPoint(points.Value(i)));
         }
@@ -81,22 +86,32 @@ Polyline Discretise(const TopoDS_Edge& edge, const MeshTolerances& tolerances, d
 class EndPoints
 {
 public:
-    explicit EndPoints(double tolerance) : myCell(std::max(tolerance, 1e-12)) {}
+    explicit EndPoints(double tolerance)
+        : myTolerance(tolerance), myCell(std::max(tolerance, 1e-9) * CellSize)
+    {
+    }
 
     std::size_t NumberOf(const ModelData_Point& point)
     {
-        const Cell cell{CellOf(point.X()), CellOf(point.Y()), CellOf(point.Z())};
-        for (int i = 0; i < 27; ++i) {
-            const Cell near{cell[0] + i % 3 - 1, cell[1] + i / 3 % 3 - 1, cell[2] + i / 9 - 1};
-            const auto [begin, end] = myPoints.equal_range(near);
-            for (auto it = begin; it != end; ++it) {
-                if (IsNear(it->second.point, point)) {
-                    return it->second.number;
+        const Cell low = CellOf(point, -myTolerance);
+        const Cell high = CellOf(point, myTolerance);
+        // Mostly one cell, which is large beside the tolerance; at its border the ones beyond.
+        for (int side = 0; side < 8; ++side) {
+            Cell cell = low;
+            bool isNew = true;
+            for (std::size_t axis = 0; axis < 3; ++axis) {
+                if ((side >> axis & 1) != 0) {
+                    cell[axis] = high[axis];
+                    isNew = isNew && low[axis] != high[axis];
                 }
+            }
+            const Entry* known = isNew ? FindIn(cell, point) : nullptr;
+            if (known != nullptr) {
+                return known->number;
             }
         }
         const std::size_t number = myPoints.size();
-        myPoints.insert({cell, {point, number}});
+        myPoints.insert({CellOf(point, 0), {point, number}});
         return number;
     }
 
@@ -110,13 +125,26 @@ private:
         std::size_t number;
     };
 
-    double CellOf(double value) const { return std::floor(value / myCell); }
-    bool IsNear(const ModelData_Point& a, const ModelData_Point& b) const
+    static constexpr double CellSize = 1000;
+
+    Cell CellOf(const ModelData_Point& point, double shift) const
     {
-        return std::abs(a.X() - b.X()) <= myCell && std::abs(a.Y() - b.Y()) <= myCell &&
-               std::abs(a.Z() - b.Z()) <= myCell;
+        return {std::floor((point.X() + shift) / myCell), std::floor((point.Y() + shift) / myCell),
+                std::floor((point.Z() + shift) / myCell)};
+    }
+    const Entry* FindIn(const Cell& cell, const ModelData_Point& point) const
+    {
+        const auto [begin, end] = myPoints.equal_range(cell);
+        const auto found = std::find_if(begin, end, [&](const auto& item) {
+            const ModelData_Point& other = item.second.point;
+            return std::abs(other.X() - point.X()) <= myTolerance &&
+                   std::abs(other.Y() - point.Y()) <= myTolerance &&
+                   std::abs(other.Z() - point.Z()) <= myTolerance;
+        });
+        return found != end ? &found->second : nullptr;
     }
 
+    double myTolerance;
     double myCell;
     std::multimap<Cell, Entry> myPoints;
 };
@@ -197,7 +225,9 @@ Polyline DiscretiseEdge(const TopoDS_Edge& edge, const MeshTolerances& tolerance
 
 std::vector<Polyline> JoinCurves(std::vector<Polyline> curves, double tolerance)
 {
-    std::erase_if(curves, [](const Polyline& curve) { return curve.size() < 2; });
+    std::erase_if(curves, [](const Polyline& curve) {
+        return curve.size() < 2 || !IsFinite(curve.front()) || !IsFinite(curve.back());
+    });
     return Chains(std::move(curves), tolerance).Join();
 }
 

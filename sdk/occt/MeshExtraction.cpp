@@ -22,10 +22,10 @@ namespace cadex::occt {
 
 namespace {
 
-constexpr U32 kNone = 0xFFFFFFFFU;
+constexpr U32 NoIndex = 0xFFFFFFFFU;
 
 // Cosine of the angle up to which normals at one point are taken as one: 0.1 degrees.
-constexpr double kSameNormal = 1 - 1.5e-6;
+constexpr double SameNormal = 1 - 1.5e-6;
 
 using ShapeIndexMap = NCollection_DataMap<TopoDS_Shape, U32, TopTools_ShapeMapHasher>;
 
@@ -49,10 +49,10 @@ public:
             for (int i = 1; i <= count; ++i) {
                 const auto node = static_cast<std::size_t>(polygon->Node(i));
                 const auto position = first + static_cast<std::size_t>(i - 1);
-                if (myNumbers[position] == kNone) {
+                if (myNumbers[position] == NoIndex) {
                     // A node that another edge has numbered keeps that number: edges without vertices may
                     // touch.
-                    myNumbers[position] = sharedOfNode[node] != kNone ? sharedOfNode[node] : NewPoint();
+                    myNumbers[position] = sharedOfNode[node] != NoIndex ? sharedOfNode[node] : NewPoint();
                 }
                 sharedOfNode[node] = myNumbers[position];
                 SetPoint(myNumbers[position], *triangulation, polygon->Node(i), location);
@@ -77,7 +77,7 @@ private:
         }
         const auto place = static_cast<U32>(myNumbers.size());
         myNumbers.push_back(static_cast<U32>(count));
-        myNumbers.resize(myNumbers.size() + static_cast<std::size_t>(count), kNone);
+        myNumbers.resize(myNumbers.size() + static_cast<std::size_t>(count), NoIndex);
         TopoDS_Vertex start;
         TopoDS_Vertex end;
         TopExp::Vertices(edge, start, end);
@@ -95,7 +95,7 @@ private:
     U32 NumberOf(const TopoDS_Vertex& vertex)
     {
         if (vertex.IsNull()) {
-            return kNone;
+            return NoIndex;
         }
         if (const U32* known = myVertices.Seek(vertex)) {
             return *known;
@@ -136,8 +136,8 @@ private:
 struct SharedUse
 {
     std::size_t group = static_cast<std::size_t>(-1);
-    U32 point = kNone;
-    U32 normals = kNone; ///< chain of the normals used at the point
+    U32 point = NoIndex;
+    U32 normals = NoIndex; ///< chain of the normals used at the point
 };
 
 /// Which normals have been used at a point: a chain of links for each, so that equal normals of neighbouring
@@ -145,18 +145,18 @@ struct SharedUse
 class NormalChains
 {
 public:
-    /// A normal of the chain that is the same as `normal`, or kNone.
+    /// A normal of the chain that is the same as `normal`, or NoIndex.
     U32 Find(U32 chain, const std::vector<ModelData_Vectorf>& normals, const ModelData_Vectorf& normal) const
     {
-        for (; chain != kNone; chain = myLinks[chain].previous) {
+        for (; chain != NoIndex; chain = myLinks[chain].previous) {
             const ModelData_Vectorf& used = normals[myLinks[chain].normal];
             if (static_cast<double>(used.X()) * normal.X() + static_cast<double>(used.Y()) * normal.Y() +
                     static_cast<double>(used.Z()) * normal.Z() >
-                kSameNormal) {
+                SameNormal) {
                 return myLinks[chain].normal;
             }
         }
-        return kNone;
+        return NoIndex;
     }
     void Add(U32& chain, U32 normal)
     {
@@ -226,7 +226,7 @@ public:
             return;
         }
         const gp_Trsf placement = location.Transformation();
-        myShared.assign(static_cast<std::size_t>(triangulation->NbNodes()) + 1, kNone);
+        myShared.assign(static_cast<std::size_t>(triangulation->NbNodes()) + 1, NoIndex);
         myNodes.Collect(item.face, triangulation, location, myShared);
         myUses.resize(myNodes.Count());
         ComputeNormals(item.face, *triangulation, placement, myNormals);
@@ -254,14 +254,14 @@ private:
         const bool isPlaced = placement.Form() != gp_Identity;
         myPointOf.resize(count + 1);
         myNormalOf.resize(count + 1);
-        U32 flatNormal = kNone;
+        U32 flatNormal = NoIndex;
         for (std::size_t node = 1; node <= count; ++node) {
             const ModelData_Vectorf& normal = myNormals[isFlat ? 0 : node - 1];
             const bool isKnown = normal != ModelData_Vectorf();
-            if (myShared[node] != kNone) {
+            if (myShared[node] != NoIndex) {
                 SharedUse& use = UseOf(group, myShared[node]);
                 myPointOf[node] = use.point;
-                myNormalOf[node] = isKnown ? SharedNormal(table, use, normal, flatNormal) : kNone;
+                myNormalOf[node] = isKnown ? SharedNormal(table, use, normal, flatNormal) : NoIndex;
                 continue;
             }
             gp_Pnt point = triangulation.Node(static_cast<int>(node));
@@ -270,7 +270,7 @@ private:
             }
             myPointOf[node] = static_cast<U32>(table.points.size());
             table.points.emplace_back(point.X(), point.Y(), point.Z());
-            myNormalOf[node] = !isKnown ? kNone
+            myNormalOf[node] = !isKnown ? NoIndex
                                : isFlat ? FlatNormal(table, normal, flatNormal)
                                         : Append(table, normal);
         }
@@ -282,7 +282,7 @@ private:
         if (use.group != group) {
             std::vector<ModelData_Point>& points = myTables[group].points;
             const gp_Pnt& point = myNodes.Point(shared);
-            use = {group, static_cast<U32>(points.size()), kNone};
+            use = {group, static_cast<U32>(points.size()), NoIndex};
             points.emplace_back(point.X(), point.Y(), point.Z());
         }
         return use;
@@ -293,7 +293,7 @@ private:
     U32 SharedNormal(TriangleTables& table, SharedUse& use, const ModelData_Vectorf& normal, U32& flat)
     {
         const U32 known = myChains.Find(use.normals, table.normals, normal);
-        if (known != kNone) {
+        if (known != NoIndex) {
             return known;
         }
         const U32 index = myNormals.size() == 1 ? FlatNormal(table, normal, flat) : Append(table, normal);
@@ -303,7 +303,7 @@ private:
 
     static U32 FlatNormal(TriangleTables& table, const ModelData_Vectorf& normal, U32& flat)
     {
-        if (flat == kNone) {
+        if (flat == NoIndex) {
             flat = Append(table, normal);
         }
         return flat;
@@ -333,11 +333,11 @@ private:
 
     void AddTriangle(TriangleTables& table, const NodeTriangle& nodes)
     {
-        U32 continued = kNone;
+        U32 continued = NoIndex;
         for (const int node : nodes) {
             U32 normal = myNormalOf[static_cast<std::size_t>(node)];
-            if (normal == kNone) {
-                continued = continued != kNone ? continued : Append(table, ContinuedNormal(table, nodes));
+            if (normal == NoIndex) {
+                continued = continued != NoIndex ? continued : Append(table, ContinuedNormal(table, nodes));
                 normal = continued;
             }
             table.pointIndices.push_back(PointOf(node));
@@ -353,7 +353,7 @@ private:
         gp_XYZ sum(0, 0, 0);
         for (const int node : nodes) {
             const U32 known = myNormalOf[static_cast<std::size_t>(node)];
-            if (known != kNone) {
+            if (known != NoIndex) {
                 const ModelData_Vectorf& normal = table.normals[known];
                 sum += gp_XYZ(normal.X(), normal.Y(), normal.Z());
             }
@@ -402,15 +402,15 @@ TriangleTables FacetTables(const std::vector<ModelData_Point>& points, const std
     table.pointIndices = indices;
     table.normalIndices.reserve(indices.size());
     NormalChains chains;
-    std::vector<U32> chainOf(points.size(), kNone);
+    std::vector<U32> chainOf(points.size(), NoIndex);
     for (std::size_t i = 0; i + 2 < indices.size(); i += 3) {
         const U32* corner = &indices[i];
         const ModelData_Vectorf normal = FacetNormal(points[corner[0]], points[corner[1]], points[corner[2]]);
-        U32 own = kNone;
+        U32 own = NoIndex;
         for (int k = 0; k < 3; ++k) {
             U32 index = chains.Find(chainOf[corner[k]], table.normals, normal);
-            if (index == kNone) {
-                index = own != kNone ? own : Append(table, normal);
+            if (index == NoIndex) {
+                index = own != NoIndex ? own : Append(table, normal);
                 own = index;
                 chains.Add(chainOf[corner[k]], index);
             }

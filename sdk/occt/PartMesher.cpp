@@ -19,7 +19,7 @@ namespace cadex::occt {
 namespace {
 
 // Ends of loose curves that lie this near (millimetres) are one point.
-constexpr double kCurveTolerance = 1e-6;
+constexpr double CurveTolerance = 1e-6;
 
 /// Numbers appearances in the order in which they come; the body's own is number 0.
 class AppearanceGroups
@@ -96,7 +96,7 @@ void AddPolylines(std::vector<std::vector<Polyline>> curves,
                   ModelData_PolyRepresentation& result)
 {
     for (std::size_t group = 0; group < curves.size(); ++group) {
-        for (const Polyline& line : JoinCurves(std::move(curves[group]), kCurveTolerance)) {
+        for (const Polyline& line : JoinCurves(std::move(curves[group]), CurveTolerance)) {
             ModelData_PolyLineSet set{initialized()};
             set.AddPolyLine(line.data(), line.size());
             set.SetAppearance(appearances[group]);

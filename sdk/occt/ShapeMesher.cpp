@@ -23,15 +23,15 @@ namespace cadex::occt {
 
 namespace {
 
-constexpr double kDegree = M_PI / 180;
-constexpr double kSmallestAngle = 0.5 * kDegree;
-constexpr double kLargestAngle = 90 * kDegree;
-constexpr double kSmallestRelativeChord = 1e-4;
-constexpr double kSmallestChord = 1e-5;
-constexpr double kLargestChord = 1e6;
+constexpr double Degree = M_PI / 180;
+constexpr double SmallestAngle = 0.5 * Degree;
+constexpr double LargestAngle = 90 * Degree;
+constexpr double SmallestRelativeChord = 1e-4;
+constexpr double SmallestChord = 1e-5;
+constexpr double LargestChord = 1e6;
 
 // From this many faces on, threads gain more than they cost (measured; see bench/mesh_and_mass.cpp).
-constexpr int kParallelFaces = 400;
+constexpr int ParallelFaces = 400;
 
 /// True for NaN too.
 bool IsNotPositive(double value)
@@ -71,16 +71,16 @@ MeshTolerances MakeTolerances(const ModelAlgo_BRepMesherParameters& parameters)
 
     const double angle = parameters.AngularDeflection();
     result.angle =
-        IsNotPositive(angle) ? fine.AngularDeflection() : std::clamp(angle, kSmallestAngle, kLargestAngle);
+        IsNotPositive(angle) ? fine.AngularDeflection() : std::clamp(angle, SmallestAngle, LargestAngle);
 
     const double chord = parameters.ChordalDeflection();
     if (IsNotPositive(chord)) {
         result.relative = true;
         result.chord = fine.ChordalDeflection();
     } else if (result.relative) {
-        result.chord = std::clamp(chord, kSmallestRelativeChord, 1.0);
+        result.chord = std::clamp(chord, SmallestRelativeChord, 1.0);
     } else {
-        result.chord = std::clamp(chord, kSmallestChord, kLargestChord);
+        result.chord = std::clamp(chord, SmallestChord, LargestChord);
     }
     return result;
 }
@@ -105,7 +105,7 @@ void MeshFaces(const TopoDS_Shape& shape, const MeshTolerances& tolerances)
     TopTools_IndexedMapOfShape faces;
     TopExp::MapShapes(shape, TopAbs_FACE, faces);
     if (faces.IsEmpty() ||
-        TryMesh(shape, tolerances, tolerances.parallel && faces.Extent() >= kParallelFaces)) {
+        TryMesh(shape, tolerances, tolerances.parallel && faces.Extent() >= ParallelFaces)) {
         return;
     }
     // One face has stopped the whole: the rest is meshed face by face. A relative chord then refers to the

@@ -15,7 +15,7 @@ namespace cadex::occt {
 namespace {
 
 // Below this sine of the angle between the two derivatives their product is noise.
-constexpr double kSmallestSine = 1e-7;
+constexpr double SmallestSine = 1e-7;
 
 ModelData_Vectorf ToFloat(const gp_XYZ& unit)
 {
@@ -33,7 +33,7 @@ bool SurfaceNormal(const GeomAdaptor_Surface& surface, const gp_Pnt2d& uv, gp_XY
     surface.D1(uv.X(), uv.Y(), point, du, dv);
     normal = du.XYZ().Crossed(dv.XYZ());
     const double size = normal.Modulus();
-    if (size > kSmallestSine * du.Magnitude() * dv.Magnitude() && size > gp::Resolution()) {
+    if (size > SmallestSine * du.Magnitude() * dv.Magnitude() && size > gp::Resolution()) {
         normal /= size;
         return true;
     }
