@@ -314,17 +314,19 @@ void IgesBodies::AddTrimmedPlane(const std::array<gp_XYZ, 3>& corners, const Ige
     result.push_back(trimmed);
 }
 
-IgesEntity IgesBodies::AddPolyline(const std::vector<internal::Vector3>& points, const IgesColor& color)
+IgesEntity IgesBodies::AddPolyline(const std::vector<ModelData_Point>& points, const IgesColor& color)
 {
     IgesEntity result;
     if (points.size() == 2) {
-        result = MakeLine(ToXYZ(points[0]), ToXYZ(points[1]));
+        const ModelData_Point& from = points[0];
+        const ModelData_Point& to = points[1];
+        result = MakeLine({from.X(), from.Y(), from.Z()}, {to.X(), to.Y(), to.Z()});
     } else {
         Handle(TColStd_HArray1OfReal) coordinates =
             new TColStd_HArray1OfReal(1, static_cast<int>(points.size() * 3));
         int next = 1;
-        for (const internal::Vector3& point : points) {
-            for (const double value : point) {
+        for (const ModelData_Point& point : points) {
+            for (const double value : {point.X(), point.Y(), point.Z()}) {
                 coordinates->SetValue(next++, value);
             }
         }

@@ -30,7 +30,7 @@ public:
                  std::vector<IgesEntity>& result);
 
     /// A line, or a linear path through more points.
-    IgesEntity AddPolyline(const std::vector<internal::Vector3>& points, const IgesColor& color);
+    IgesEntity AddPolyline(const std::vector<ModelData_Point>& points, const IgesColor& color);
 
     /// One entity for several, which become its members; none when there are none, the same one for one.
     IgesEntity Group(const std::vector<IgesEntity>& members);

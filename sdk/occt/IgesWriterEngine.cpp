@@ -20,6 +20,7 @@
 #include <cadex/ModelData_PolyRepresentation.hxx>
 
 #include "sdk/model/TriangleSets.h"
+#include "sdk/occt/CurvePolylines.h"
 #include "sdk/occt/EngineScope.h"
 #include "sdk/occt/IgesBodies.h"
 #include "sdk/occt/IgesUnits.h"
@@ -116,28 +117,27 @@ private:
             }
             const auto& set = *static_cast<const internal::PolyLineSetImpl*>(shape.Impl());
             const IgesColor color = ColorOf(shape.Appearance(), inherited);
+            std::vector<Polyline> lines;
             for (std::size_t line = 0; line + 1 < set.starts.size(); ++line) {
-                const std::vector<internal::Vector3> points =
-                    DistinctPoints(set, set.starts[line], set.starts[line + 1], placement);
-                if (points.size() > 1) {
-                    members.push_back(myBodies.AddPolyline(points, color));
-                }
+                lines.push_back(DistinctPoints(set, set.starts[line], set.starts[line + 1], placement));
+            }
+            // Exporters give each segment as a polyline of its own.
+            for (const Polyline& line : JoinCurves(std::move(lines), 0)) {
+                members.push_back(myBodies.AddPolyline(line, color));
             }
         }
     }
 
     /// In the file; without those that are not finite and those that repeat the one before.
-    static std::vector<internal::Vector3> DistinctPoints(const internal::PolyLineSetImpl& set,
-                                                         std::size_t first, std::size_t last,
-                                                         const Affine& placement)
+    static Polyline DistinctPoints(const internal::PolyLineSetImpl& set, std::size_t first, std::size_t last,
+                                   const Affine& placement)
     {
-        std::vector<internal::Vector3> points;
+        Polyline points;
         for (std::size_t i = first; i < last; ++i) {
-            const ModelData_Point placed = Apply(placement, set.points[i]);
-            const internal::Vector3 point = {placed.X(), placed.Y(), placed.Z()};
+            const ModelData_Point point = Apply(placement, set.points[i]);
             const bool isFinite =
-                std::all_of(point.begin(), point.end(), [](double value) { return std::isfinite(value); });
-            if (isFinite && (points.empty() || points.back() != point)) {
+                std::isfinite(point.X()) && std::isfinite(point.Y()) && std::isfinite(point.Z());
+            if (isFinite && (points.empty() || !(points.back() == point))) {
                 points.push_back(point);
             }
         }

@@ -219,7 +219,7 @@ TEST_F(IgesWriter, OpenMeshesPolylinesColoursAndNames)
     Brick.AddTo(plain, 4, 11);
     ModelData_PolyLineSet lines{initialized()};
     const ModelData_Point path[] = {{0, 0, 0}, {5, 0, 0}, {5, 5, 0}, {5, 5, 50}};
-    lines.AddPolyLine(path, 4);
+    lines.AddPolyLine(path + 1, 3);
     lines.AddPolyLine(path, 2);
     lines.AddPolyLine(path, 1); // nothing to draw
     ModelData_PolyRepresentation shapes{initialized()};
@@ -233,7 +233,7 @@ TEST_F(IgesWriter, OpenMeshesPolylinesColoursAndNames)
     const ReadBack read = RoundTrip(ModelOf(part));
     EXPECT_EQ(read.solids, 0);
     EXPECT_EQ(read.faces, 11);
-    EXPECT_EQ(read.looseEdges, 3 + 1);
+    EXPECT_EQ(read.looseEdges, 3);
     ExpectBounds(read, {0, 0, 0, 11, 22, 50});
     EXPECT_EQ(read.faceColors, (std::map<std::array<int, 3>, int>{{{0, 0, 1000}, 7}, {{1000, 250, 0}, 4}}));
     EXPECT_NE(Text().find("Gr__e _ bolt with a long name"), std::string::npos);
@@ -255,6 +255,23 @@ TEST_F(IgesWriter, TwoColoursOfOneClosedBodyStayOneSolid)
     EXPECT_EQ(read.solids, 1);
     EXPECT_NEAR(read.volume, 6000, 1e-6);
     EXPECT_EQ(read.faceColors, (std::map<std::array<int, 3>, int>{{{0, 1000, 0}, 6}, {{1000, 1000, 0}, 6}}));
+}
+
+TEST_F(IgesWriter, ABodyWithATriangleOnALineStaysClosed)
+{
+    // The middle of the edge from corner 0 to corner 1 is a corner for one side only; 0 1 8 has no area.
+    ModelData_IndexedTriangleSet set{initialized()};
+    Brick.AddTo(set, 0, 4);
+    Brick.AddTo(set, 5, 12);
+    const ModelData_Point points[] = {{1, 2, 3}, {6, 2, 3}, {11, 2, 3}, {1, 2, 33}};
+    const int indices[] = {0, 1, 3, 1, 2, 3, 0, 2, 1};
+    set.AddCoordinates(points, 4, indices, 9);
+    set.SetAppearance(ModelData_Appearance(ModelData_Color(1.F, 0.F, 0.F)));
+    const ReadBack read = RoundTrip(ModelOf(MeshPart(set)));
+    EXPECT_EQ(read.solids, 1);
+    EXPECT_EQ(read.closedShells, 1);
+    EXPECT_NEAR(read.volume, 6000, 1e-6);
+    EXPECT_EQ(read.faceColors, (std::map<std::array<int, 3>, int>{{{1000, 0, 0}, 14}}));
 }
 
 TEST_F(IgesWriter, BadTrianglesAreLeftOutAndBadPlacementsRefused)
