@@ -25,6 +25,7 @@ inline void AddCube(ModelData_IndexedTriangleSet& set, const ModelData_Point& at
     static constexpr int outward[36] = {0, 2, 1, 1, 2, 3, 4, 5, 6, 5, 7, 6, 0, 1, 4, 1, 5, 4,
                                         2, 6, 3, 3, 6, 7, 0, 4, 2, 2, 4, 6, 1, 3, 5, 3, 7, 5};
     std::vector<ModelData_Point> points;
+    points.reserve(8);
     for (int i = 0; i < 8; ++i) {
         points.emplace_back(at.X() + size * (i & 1), at.Y() + size * ((i >> 1) & 1),
                             at.Z() + size * (i >> 2));

@@ -59,8 +59,8 @@ public:
             Corners corners;
             for (const int k : {0, mirrored ? 2 : 1, mirrored ? 1 : 2}) {
                 double p[3] = {set.Coordinate(f, k).X(), set.Coordinate(f, k).Y(), set.Coordinate(f, k).Z()};
-                for (auto t = myPath.rbegin(); t != myPath.rend(); ++t) {
-                    t->Transform(p[0], p[1], p[2]);
+                for (std::size_t i = myPath.size(); i-- > 0;) {
+                    myPath[i].Transform(p[0], p[1], p[2]);
                 }
                 corners.push_back({p[0], p[1], p[2]});
             }
