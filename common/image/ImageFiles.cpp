@@ -1,6 +1,7 @@
 #include "common/image/ImageFiles.h"
 
 #include "common/encoding/CZemtarConvert.h"
+#include "common/image/ExrHeader.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -16,9 +17,9 @@
 namespace Zemtar::ImageFiles {
 namespace {
 
-/// More pixels than this for each byte of a file are a lie: the densest coding of a uniform picture (EXR's
-/// PIZ on wide scan lines) stays below it.
-constexpr qint64 kMaxPixelsPerByte = 16384;
+/// More bytes of pixels than this for each byte of a file are a lie: the densest coding of a uniform picture
+/// (EXR's PIZ on wide scan lines) stays below it.
+constexpr qint64 kMaxExpansion = 65536;
 
 QString toQString(const CZemtarString& text)
 {
@@ -88,17 +89,29 @@ Bitmap readBitmap(FREE_IMAGE_FORMAT format, const char* name, int flags)
     return Bitmap(file ? FreeImage_LoadFromHandle(format, &io, file.get(), flags) : nullptr);
 }
 
-/// The size that a file's header claims; invalid where FreeImage cannot tell without the pixels.
-QSize claimedSize(FREE_IMAGE_FORMAT format, const char* name)
+/// Whether FreeImage can be trusted with the file: it takes the memory that a header claims before it reads
+/// on.
+bool isCredible(FREE_IMAGE_FORMAT format, const char* name)
 {
+    const File file(std::fopen(name, "rb"));
+    if (!file || std::fseek(file.get(), 0, SEEK_END) != 0) {
+        return false;
+    }
+    const long fileSize = std::ftell(file.get());
+    if (format == FIF_EXR && !isCredibleExrHeader(file.get(), fileSize)) {
+        return false;
+    }
     if (!FreeImage_FIFSupportsNoPixels(format)) {
-        return {};
+        return true;
     }
     const Bitmap header = readBitmap(format, name, FIF_LOAD_NOPIXELS);
-    // An unsigned side beyond the range of int becomes negative, which no size is.
-    return header ? QSize(static_cast<int>(FreeImage_GetWidth(header.get())),
-                          static_cast<int>(FreeImage_GetHeight(header.get())))
-                  : QSize(0, 0);
+    if (!header) {
+        return false;
+    }
+    const qint64 width = FreeImage_GetWidth(header.get());
+    const qint64 height = FreeImage_GetHeight(header.get());
+    return isPossibleSize(width, height) &&
+           width * height * FreeImage_GetBPP(header.get()) / 8 / kMaxExpansion <= fileSize;
 }
 
 } // namespace
@@ -151,15 +164,8 @@ bool writeWhole(const QString& file, const std::function<bool(const QString& nam
 Bitmap loadBitmap(FREE_IMAGE_FORMAT format, const CZemtarString& file)
 {
     const char* const name = file;
-    if (format == FIF_UNKNOWN || !FreeImage_FIFSupportsReading(format)) {
+    if (format == FIF_UNKNOWN || !FreeImage_FIFSupportsReading(format) || !isCredible(format, name)) {
         return nullptr;
-    }
-    if (const QSize size = claimedSize(format, name); size.isValid()) {
-        const qint64 pixels = qint64(size.width()) * size.height();
-        if (!isPossibleSize(size.width(), size.height()) ||
-            pixels / kMaxPixelsPerByte > QFileInfo(toQString(file)).size()) {
-            return nullptr;
-        }
     }
     return readBitmap(format, name, 0);
 }
