@@ -92,7 +92,7 @@ private:
 
 QImage Load(const QString& file)
 {
-    const QImage image(file);
+    QImage image(file);
     if (image.isNull()) {
         throw Failure{QStringLiteral("%1 is no image that can be read").arg(file)};
     }

@@ -25,6 +25,7 @@ inline float toUnit(int channel)
 /// A fraction of 1, not negative, as 8 bits by way of 16.
 inline int toByte(float fraction)
 {
+    // NOLINTNEXTLINE(bugprone-incorrect-roundings): qRound's own rounding
     const int channel = static_cast<int>(fraction * kUnit + 0.5f) + kByte / 2;
     return (channel - (channel >> 8)) >> 8;
 }
@@ -53,6 +54,7 @@ inline QRgb shifted(QRgb color, int delta)
     const float fromGreen = red == greatest ? green - blue : green == greatest ? blue - red : red - green;
     const float sector = red == greatest ? 0.0f : green == greatest ? 2.0f : 4.0f;
     const float hue = (sector + fromGreen / divisor) * 60.0f;
+    // NOLINTNEXTLINE(bugprone-incorrect-roundings): qRound's own rounding
     const int hundredths = static_cast<int>((hue < 0.0f ? hue + 360.0f : hue) * 100.0f + 0.5f);
     // Whole degrees: the half keeps the product clear of whole numbers, so truncating it is exact.
     const int degrees = static_cast<int>((static_cast<float>(hundredths) + 0.5f) * 0.01f);

@@ -126,7 +126,8 @@ void ZemtarImage::AddMarkToImage(QImage& image, const QImage& mark, enumMarkImag
     if (image.isNull()) {
         return;
     }
-    const QImage stamp = mark; // the image may be its own mark
+    // The image may be its own mark: NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const QImage stamp = mark;
     makePaintable(image);
     QPainter painter(&image);
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
