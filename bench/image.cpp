@@ -85,7 +85,7 @@ void check(bool isRight, const char* what)
 }
 
 /// Fills the target, which has the source's size and format, or replaces it.
-using Kernel = std::function<void(QImage* source, QImage* target)>;
+using Kernel = void (*)(QImage* source, QImage* target);
 
 struct Work
 {
@@ -95,51 +95,49 @@ struct Work
     QImage::Format format = QImage::Format_RGB32;
 };
 
-Kernel with(PlainTwins::Filter filter, int delta)
+/// A filter with its amount fixed.
+template <void (*filter)(QImage*, QImage*, int), int delta>
+void fastFilter(QImage* source, QImage* target)
 {
-    return [filter, delta](QImage* source, QImage* target) { filter(source, target, delta); };
+    filter(source, target, delta);
 }
 
-Kernel inPlace(PlainTwins::Filter filter)
+template <PlainTwins::Change change, int delta>
+void plainFilter(QImage* source, QImage* target)
 {
-    return [filter](QImage*, QImage* target) { filter(target, target, 0); };
+    PlainTwins::perPixel(change)(source, target, delta);
 }
 
-const std::vector<Work>& works()
-{
-    using namespace PlainTwins;
-    const auto sharpened = [](QImage* s, QImage* t, int) { ZemtarImage::sharpen(s, t); };
-    const auto greyed = [](QImage* s, QImage* t, int) { ZemtarImage::greyScale(s, t); };
-    static const std::vector<Work> list = {
-        {"brightness", with(ZemtarImage::brightness, 0), with(perPixel(PlainTwins::brightness), 0)},
-        {"greyScale", with(greyed, 0), with(perPixel(PlainTwins::greyScale), 0)},
-        {"warm", with(ZemtarImage::warm, 30), with(perPixel(PlainTwins::warm), 30)},
-        {"cool", with(ZemtarImage::cool, 30), with(perPixel(PlainTwins::cool), 30)},
-        {"saturation", with(ZemtarImage::saturation, 40), with(perPixel(PlainTwins::saturation), 40)},
-        {"sharpen", with(sharpened, 0), with(PlainTwins::sharpen, 0)},
-        {"sharpen_in_place", inPlace(sharpened), inPlace(PlainTwins::sharpen)},
-        {"warm_premultiplied", with(ZemtarImage::warm, 30), with(perPixel(PlainTwins::warm), 30), 1,
-         QImage::Format_ARGB32_Premultiplied},
-        {"warm_16_bit", with(ZemtarImage::warm, 30), with(perPixel(PlainTwins::warm), 30), 1,
-         QImage::Format_RGBA64},
-        {"edgify", [](QImage*, QImage* t) { ZemtarImage::edgify(t); },
-         [](QImage*, QImage* t) { PlainTwins::edgify(t); }},
-        {"blurred", [](QImage* s, QImage* t) { *t = ImageFilters::blurred(*s, s->rect(), 5); },
-         [](QImage* s, QImage* t) { *t = PlainTwins::blurred(*s, s->rect(), 5); }, 4},
-        {"normal_map", [](QImage*, QImage* t) { *t = ImageMaps::normalMap(std::move(*t), 2.0, false); },
-         [](QImage* s, QImage* t) { *t = PlainTwins::normalMap(*s, 2.0, false); }},
-        {"height_map",
-         [](QImage*, QImage* t) { *t = ImageMaps::heightMap(std::move(*t), 60.0, 30.0, false); },
-         [](QImage* s, QImage* t) { *t = PlainTwins::heightMap(*s, 60.0, 30.0, false); }},
-        {"tileable_normal_map", [](QImage* s, QImage* t) { *t = ImageMaps::tileableNormalMap(*s); },
-         [](QImage* s, QImage* t) { *t = PlainTwins::tileableMap(*s); }},
-    };
-    return list;
-}
+constexpr Work kWorks[] = {
+    {"brightness", fastFilter<ZemtarImage::brightness, 0>, plainFilter<PlainTwins::brightness, 0>},
+    {"greyScale", ZemtarImage::greyScale, plainFilter<PlainTwins::greyScale, 0>},
+    {"warm", fastFilter<ZemtarImage::warm, 30>, plainFilter<PlainTwins::warm, 30>},
+    {"cool", fastFilter<ZemtarImage::cool, 30>, plainFilter<PlainTwins::cool, 30>},
+    {"saturation", fastFilter<ZemtarImage::saturation, 40>, plainFilter<PlainTwins::saturation, 40>},
+    {"sharpen", ZemtarImage::sharpen, [](QImage* s, QImage* t) { PlainTwins::sharpen(s, t, 0); }},
+    {"sharpen_in_place", [](QImage*, QImage* t) { ZemtarImage::sharpen(t, t); },
+     [](QImage*, QImage* t) { PlainTwins::sharpen(t, t, 0); }},
+    {"warm_premultiplied", fastFilter<ZemtarImage::warm, 30>, plainFilter<PlainTwins::warm, 30>, 1,
+     QImage::Format_ARGB32_Premultiplied},
+    {"warm_16_bit", fastFilter<ZemtarImage::warm, 30>, plainFilter<PlainTwins::warm, 30>, 1,
+     QImage::Format_RGBA64},
+    {"edgify", [](QImage*, QImage* t) { ZemtarImage::edgify(t); },
+     [](QImage*, QImage* t) { PlainTwins::edgify(t); }},
+    {"blurred", [](QImage* s, QImage* t) { *t = ImageFilters::blurred(*s, s->rect(), 5); },
+     [](QImage* s, QImage* t) { *t = PlainTwins::blurred(*s, s->rect(), 5); }, 4},
+    {"normal_map", [](QImage*, QImage* t) { *t = ImageMaps::normalMap(std::move(*t), 2.0, false); },
+     [](QImage* s, QImage* t) { *t = PlainTwins::normalMap(*s, 2.0, false); }},
+    {"height_map", [](QImage*, QImage* t) { *t = ImageMaps::heightMap(std::move(*t), 60.0, 30.0, false); },
+     [](QImage* s, QImage* t) { *t = PlainTwins::heightMap(*s, 60.0, 30.0, false); }},
+    {"tileable_normal_map", [](QImage* s, QImage* t) { *t = ImageMaps::tileableNormalMap(*s); },
+     [](QImage* s, QImage* t) { *t = PlainTwins::tileableMap(*s); }},
+};
 
 /// Runs the fast form on the large picture and reports it beside the plain form.
-void compare(benchmark::State& state, const Work& work)
+void compare(benchmark::State& state)
 {
+    const Work& work = kWorks[state.range(0)];
+    state.SetLabel(work.name);
     QImage source = smallPicture().convertToFormat(work.format), expected = source.copy(),
            target = source.copy();
     work.fast(&source, &target);
@@ -148,7 +146,7 @@ void compare(benchmark::State& state, const Work& work)
     source = largePicture().convertToFormat(work.format);
     target = source.copy();
     double best = 1e9;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         best = std::min(best, secondsOf([&] { work.fast(&source, &target); }, 1));
     }
     const double pixels = 24e6;
@@ -157,9 +155,10 @@ void compare(benchmark::State& state, const Work& work)
     state.counters["copies"] = best / copySeconds() / work.passes;
 }
 
-} // namespace
-
-namespace {
+BENCHMARK(compare)
+    ->DenseRange(0, static_cast<int>(std::size(kWorks)) - 1)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(5);
 
 /// The whole of GenerateNormalFromTexture at its largest size, and the share of it that the PNG encoder
 /// takes.
@@ -171,7 +170,7 @@ void generateNormal(benchmark::State& state)
     const QImage image = picture(4096, 4096);
     image.save(folder.filePath("in.png"));
     double total = 1e9;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         total = std::min(
             total, secondsOf([&] { ZemtarImage::GenerateNormalFromTexture(in.c_str(), out.c_str()); }, 1));
     }
@@ -182,19 +181,8 @@ void generateNormal(benchmark::State& state)
     state.counters["map"] = secondsOf([&] { ImageMaps::tileableNormalMap(image); }, 2) / total;
 }
 
+BENCHMARK(generateNormal)->Unit(benchmark::kMillisecond)->Iterations(2);
+
 } // namespace
 
-int main(int argc, char** argv)
-{
-    for (const Work& work : works()) {
-        benchmark::RegisterBenchmark(work.name, [&work](benchmark::State& state) { compare(state, work); })
-            ->Unit(benchmark::kMillisecond)
-            ->Iterations(5);
-    }
-    benchmark::RegisterBenchmark("generate_normal_4096", generateNormal)
-        ->Unit(benchmark::kMillisecond)
-        ->Iterations(2);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
-}
+BENCHMARK_MAIN();
