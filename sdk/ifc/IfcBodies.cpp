@@ -11,9 +11,6 @@ namespace internal {
 namespace ifc {
 namespace {
 
-/// Bodies with more faces than this are not cut: the kernel would need minutes.
-constexpr std::size_t MostFacesToCut = 3000;
-
 bool IsCurve(Type type)
 {
     switch (type) {
@@ -101,7 +98,11 @@ void BodyReader::ReadItem(const Entity& item, std::vector<Body>& bodies)
     const Type type = item.Type();
     if (SolidReader::IsSolid(type)) {
         Body body;
-        body.shape = mySolids.Read(item);
+        if (ReadPrism(myContext, item, body.facets)) {
+            body.kind = Body::Kind::Facets;
+        } else {
+            body.shape = mySolids.Read(item);
+        }
         bodies.push_back(std::move(body));
         return;
     }
@@ -313,7 +314,7 @@ void CutOpenings(std::vector<Body>& bodies, const std::vector<Body>& tools)
     std::vector<Tool> solids;
     for (const Body& tool : tools) {
         const bool flat = (tool.kind == Body::Kind::Facets || tool.kind == Body::Kind::Mesh) &&
-                          tool.facets.loops.size() <= MostFacesToCut;
+                          tool.facets.loops.size() <= MostFacesOfShape;
         const TopoDS_Shape shape = flat ? ShapeOf(tool.facets) : tool.shape;
         if (!shape.IsNull()) {
             solids.push_back({shape, BoundsOf(shape)});
@@ -322,7 +323,7 @@ void CutOpenings(std::vector<Body>& bodies, const std::vector<Body>& tools)
     for (Body& body : bodies) {
         const bool flat = body.kind == Body::Kind::Facets || body.kind == Body::Kind::Mesh;
         if (solids.empty() || body.kind == Body::Kind::Curves ||
-            (flat && (!body.facets.closed || body.facets.loops.size() > MostFacesToCut))) {
+            (flat && (!body.facets.closed || body.facets.loops.size() > MostFacesOfShape))) {
             continue;
         }
         const TopoDS_Shape whole = flat ? ShapeOf(body.facets) : body.shape;

@@ -164,13 +164,7 @@ TopoDS_Shape ReadHalfSpace(Context& context, const Entity& halfSpace, const Bnd_
     }
     outline = SignedArea(outline) < 0 ? Reversed(outline) : outline;
     // curved boundaries become fine polygons: the tool is thrown away after the cut
-    std::vector<gp_XYZ> corners = Sampled(Moved(outline, position), 0.05);
-    while (corners.size() > 1 && (corners.front() - corners.back()).Modulus() <= context.precision) {
-        corners.pop_back();
-    }
-    if (corners.size() < 3) {
-        throw Unbuildable("a boundary of two points");
-    }
+    const std::vector<gp_XYZ> corners = Corners(context, Moved(outline, position), 0.05);
     return TruncatedPrism(corners, up, plane, Reach(body, corners.front()), below == (slant > 0));
 }
 

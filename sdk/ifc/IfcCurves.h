@@ -65,6 +65,10 @@ double SignedArea(const Path& path);
 /// Points along the path, both ends included, close to it by the angle (radians) between them.
 std::vector<gp_XYZ> Sampled(const Path& path, double angle = 0.2);
 
+/// The corners of a closed polygon, none twice; Unbuildable when there are fewer than three. Curves are
+/// sampled.
+std::vector<gp_XYZ> Corners(const Context& context, const Path& path, double angle = 0.2);
+
 /// Edges joined at shared vertices; gaps are bridged straight, and so is the last one when the wire shall
 /// close.
 TopoDS_Wire WireOf(const Context& context, const Path& path, bool close);

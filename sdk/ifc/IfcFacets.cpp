@@ -4,16 +4,25 @@
 #include <cmath>
 #include <unordered_map>
 
+#include <BRepTools.hxx>
+#include <BRepTools_WireExplorer.hxx>
 #include <BRep_Builder.hxx>
+#include <BRep_Tool.hxx>
 #include <Geom_Line.hxx>
 #include <Geom_Plane.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopTools_DataMapOfShapeInteger.hxx>
 #include <TopoDS.hxx>
+#include <TopoDS_Compound.hxx>
 #include <TopoDS_Edge.hxx>
 #include <TopoDS_Face.hxx>
+#include <TopoDS_Iterator.hxx>
 #include <TopoDS_Shell.hxx>
 #include <TopoDS_Solid.hxx>
 #include <TopoDS_Vertex.hxx>
 #include <TopoDS_Wire.hxx>
+
+#include "sdk/occt/FlatHealing.h"
 
 namespace cadex {
 namespace internal {
@@ -196,17 +205,6 @@ void AddPolygonal(Context& context, const Entity& set, Polyhedron& body)
     body.closed = set.Boolean(1, false);
 }
 
-/// Six times the volume; meaningful for a closed body.
-double SignedVolume(const Polyhedron& body)
-{
-    double volume = 0;
-    const gp_XYZ origin = body.points.empty() ? gp_XYZ() : body.points.front();
-    for (const Polyhedron::Loop& loop : body.loops) {
-        volume += AreaVector(body, loop).Dot(body.points[body.corners[loop.first]] - origin);
-    }
-    return volume;
-}
-
 /// Edges by the pair of their points, each built once.
 class EdgeTable
 {
@@ -301,6 +299,33 @@ void AddWarpedFace(const Polyhedron& body, const Polyhedron::Loop& loop, EdgeTab
     }
 }
 
+TopoDS_Shell ShellOf(const Polyhedron& body, std::size_t first, std::size_t last, EdgeTable& edges)
+{
+    const BRep_Builder builder;
+    TopoDS_Shell shell;
+    builder.MakeShell(shell);
+    for (std::size_t loop = first; loop < last; loop = body.FaceEnd(loop)) {
+        const std::size_t end = body.FaceEnd(loop);
+        const gp_XYZ area = AreaVector(body, body.loops[loop]);
+        const gp_XYZ& origin = body.points[body.corners[body.loops[loop].first]];
+        if (area.Modulus() <= 1e-9) {
+            continue;
+        }
+        const gp_XYZ normal = area.Normalized();
+        if (end == loop + 1 && !IsFlat(body, loop, end, origin, normal)) {
+            AddWarpedFace(body, body.loops[loop], edges, shell);
+            continue;
+        }
+        TopoDS_Face face = PlanarFace(origin, normal);
+        for (std::size_t i = loop; i < end; ++i) {
+            builder.Add(face, WireOf(body, &body.corners[body.loops[i].first], body.loops[i].count, edges));
+        }
+        builder.Add(shell, face);
+    }
+    shell.Closed(body.closed);
+    return shell;
+}
+
 } // namespace
 
 void Polyhedron::AddCorner(U32 point)
@@ -344,10 +369,33 @@ std::size_t Polyhedron::FaceEnd(std::size_t loop) const
     return loop;
 }
 
-void Polyhedron::Reverse()
+std::vector<std::array<std::size_t, 2>> Polyhedron::Shells() const
 {
-    for (const Loop& loop : loops) {
-        std::reverse(corners.begin() + loop.first, corners.begin() + loop.first + loop.count);
+    std::vector<std::array<std::size_t, 2>> result;
+    std::size_t first = 0;
+    for (std::size_t start : shells) {
+        result.push_back({first, start});
+        first = start;
+    }
+    result.push_back({first, loops.size()});
+    return result;
+}
+
+double Polyhedron::SignedVolume(std::size_t firstLoop, std::size_t endLoop) const
+{
+    double volume = 0;
+    const gp_XYZ origin = points.empty() ? gp_XYZ() : points.front();
+    for (std::size_t loop = firstLoop; loop < endLoop; ++loop) {
+        volume += AreaVector(*this, loops[loop]).Dot(points[corners[loops[loop].first]] - origin);
+    }
+    return volume;
+}
+
+void Polyhedron::Reverse(std::size_t firstLoop, std::size_t endLoop)
+{
+    for (std::size_t loop = firstLoop; loop < endLoop; ++loop) {
+        const auto first = corners.begin() + loops[loop].first;
+        std::reverse(first, first + loops[loop].count);
     }
 }
 
@@ -408,6 +456,7 @@ Polyhedron ReadPolyhedron(Context& context, const Entity& item)
     case Type::IfcFacetedBrepWithVoids:
         AddShell(context, item.Ref(0), body);
         for (Id id : item.Refs(1)) {
+            body.shells.push_back(body.loops.size());
             AddShell(context, context.file.Get(id), body);
         }
         body.closed = true;
@@ -420,8 +469,13 @@ Polyhedron ReadPolyhedron(Context& context, const Entity& item)
     if (body.loops.empty()) {
         throw Unbuildable("a body without faces");
     }
-    if (body.closed && SignedVolume(body) < 0) {
-        body.Reverse();
+    bool cavity = false;
+    for (const auto& [first, end] : body.Shells()) {
+        // the first shell of a B-rep faces outwards, the ones behind it bound cavities
+        if (body.closed && (body.SignedVolume(first, end) < 0) != cavity) {
+            body.Reverse(first, end);
+        }
+        cavity = true;
     }
     return body;
 }
@@ -439,35 +493,97 @@ std::vector<U32> Triangulate(Context& context, const Polyhedron& body)
 TopoDS_Shape ShapeOf(const Polyhedron& body)
 {
     const BRep_Builder builder;
-    TopoDS_Shell shell;
-    builder.MakeShell(shell);
     EdgeTable edges(body);
-    for (std::size_t loop = 0; loop < body.loops.size(); loop = body.FaceEnd(loop)) {
-        const std::size_t end = body.FaceEnd(loop);
-        const gp_XYZ area = AreaVector(body, body.loops[loop]);
-        const gp_XYZ& origin = body.points[body.corners[body.loops[loop].first]];
-        if (area.Modulus() <= 1e-9) {
+    std::vector<TopoDS_Shape> shapes;
+    for (const auto& [first, end] : body.Shells()) {
+        const TopoDS_Shell shell = ShellOf(body, first, end, edges);
+        if (!body.closed) {
+            shapes.push_back(shell);
             continue;
         }
-        const gp_XYZ normal = area.Normalized();
-        if (end == loop + 1 && !IsFlat(body, loop, end, origin, normal)) {
-            AddWarpedFace(body, body.loops[loop], edges, shell);
-            continue;
+        // a shell that faces inwards is a cavity of the solid before it
+        if (shapes.empty() || body.SignedVolume(first, end) > 0) {
+            TopoDS_Solid solid;
+            builder.MakeSolid(solid);
+            shapes.push_back(solid);
         }
-        TopoDS_Face face = PlanarFace(origin, normal);
-        for (std::size_t i = loop; i < end; ++i) {
-            builder.Add(face, WireOf(body, &body.corners[body.loops[i].first], body.loops[i].count, edges));
+        builder.Add(shapes.back(), shell);
+    }
+    if (shapes.size() == 1) {
+        return shapes.front();
+    }
+    TopoDS_Compound compound;
+    builder.MakeCompound(compound);
+    for (const TopoDS_Shape& shape : shapes) {
+        builder.Add(compound, shape);
+    }
+    return compound;
+}
+
+namespace {
+
+/// The corners of a wire in order, as it runs on the face taken forward.
+bool AddWire(const TopoDS_Wire& wire, const TopoDS_Face& face, bool outer, Polyhedron& body,
+             TopTools_DataMapOfShapeInteger& known)
+{
+    std::size_t edges = 0;
+    for (TopoDS_Iterator edge(wire); edge.More(); edge.Next()) {
+        ++edges;
+    }
+    body.BeginLoop(outer);
+    std::size_t walked = 0;
+    for (BRepTools_WireExplorer explorer(wire, face); explorer.More(); explorer.Next(), ++walked) {
+        const TopoDS_Vertex& vertex = explorer.CurrentVertex();
+        if (!known.IsBound(vertex)) {
+            known.Bind(vertex, static_cast<int>(body.points.size()));
+            body.points.push_back(BRep_Tool::Pnt(vertex).XYZ());
         }
-        builder.Add(shell, face);
+        body.AddCorner(static_cast<U32>(known.Find(vertex)));
     }
-    if (!body.closed) {
-        return shell;
+    return walked == edges && body.loops.back().count >= 3;
+}
+
+bool AddPlanarFace(const TopoDS_Face& face, Polyhedron& body, TopTools_DataMapOfShapeInteger& known)
+{
+    const TopoDS_Face forward = TopoDS::Face(face.Oriented(TopAbs_FORWARD));
+    const TopoDS_Wire outer = BRepTools::OuterWire(forward);
+    const std::size_t first = body.loops.size();
+    if (outer.IsNull() || !AddWire(outer, forward, true, body, known)) {
+        return false;
     }
-    shell.Closed(true);
-    TopoDS_Solid solid;
-    builder.MakeSolid(solid);
-    builder.Add(solid, shell);
-    return solid;
+    for (TopoDS_Iterator wire(forward); wire.More(); wire.Next()) {
+        if (wire.Value().ShapeType() == TopAbs_WIRE && !wire.Value().IsSame(outer) &&
+            !AddWire(TopoDS::Wire(wire.Value()), forward, false, body, known)) {
+            return false;
+        }
+    }
+    if (face.Orientation() == TopAbs_REVERSED) {
+        body.Reverse(first, body.loops.size());
+    }
+    return true;
+}
+
+} // namespace
+
+bool FacetsOf(const TopoDS_Shape& shape, Polyhedron& body)
+{
+    if (!occt::IsFlat(shape) || TopExp_Explorer(shape, TopAbs_FACE, TopAbs_SHELL).More() ||
+        TopExp_Explorer(shape, TopAbs_SHELL, TopAbs_SOLID).More()) {
+        return false;
+    }
+    TopTools_DataMapOfShapeInteger known;
+    for (TopExp_Explorer shell(shape, TopAbs_SHELL); shell.More(); shell.Next()) {
+        if (!body.loops.empty()) {
+            body.shells.push_back(body.loops.size());
+        }
+        for (TopExp_Explorer face(shell.Current(), TopAbs_FACE); face.More(); face.Next()) {
+            if (!AddPlanarFace(TopoDS::Face(face.Current()), body, known)) {
+                return false;
+            }
+        }
+    }
+    body.closed = true;
+    return !body.loops.empty();
 }
 
 } // namespace ifc

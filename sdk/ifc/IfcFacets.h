@@ -1,6 +1,7 @@
 // Bodies bounded by polygons: faceted B-reps, surface models and tessellated face sets.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <vector>
 
@@ -31,6 +32,7 @@ public:
     std::vector<ModelData_Vectorf> normals; ///< none, or one for each point
     std::vector<U32> corners;               ///< into points
     std::vector<Loop> loops;
+    std::vector<std::size_t> shells; ///< loops at which a further shell starts: another body, or a cavity
     bool closed = false;
 
     void BeginLoop(bool outer) { loops.push_back({static_cast<U32>(corners.size()), 0, outer}); }
@@ -41,8 +43,13 @@ public:
     std::size_t NumberOfFaces() const;
     /// The end of the face that starts at this loop: the index of the next outer loop.
     std::size_t FaceEnd(std::size_t loop) const;
-    /// Turns all faces round.
-    void Reverse();
+    /// The loops of each shell, as [first, end).
+    std::vector<std::array<std::size_t, 2>> Shells() const;
+    /// Six times the volume that the loops enclose; below zero when they face inwards.
+    double SignedVolume(std::size_t firstLoop, std::size_t endLoop) const;
+    /// Turns faces round.
+    void Reverse(std::size_t firstLoop, std::size_t endLoop);
+    void Reverse() { Reverse(0, loops.size()); }
     void Move(const Affine& placement);
 };
 
@@ -66,6 +73,10 @@ gp_XYZ AreaVector(const Polyhedron& body, const Polyhedron::Loop& loop);
 /// A kernel shape with shared edges: a solid when the body is closed, else a shell. Faces that are not flat
 /// are split into triangles.
 TopoDS_Shape ShapeOf(const Polyhedron& body);
+
+/// The polygons of a shape of solids whose faces are all planes and whose edges are all lines; false for any
+/// other.
+bool FacetsOf(const TopoDS_Shape& shape, Polyhedron& body);
 
 /// IfcAdvancedBrep, and shells of faces with curved edges or surfaces. See IfcSurfaces.cpp.
 TopoDS_Shape ReadAdvancedBrep(Context& context, const Entity& item);

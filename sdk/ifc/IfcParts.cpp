@@ -168,9 +168,36 @@ ModelData_Part MakePolyPart(Context& context, const Base_UTF16String& name, cons
 
 } // namespace
 
+namespace {
+
+/// Polygons where all is flat, kernel shapes where something is curved or a curve stands beside: one part can
+/// hold only one of the two.
+void Unify(std::vector<Body>& bodies)
+{
+    bool flat = true;
+    for (Body& body : bodies) {
+        flat = flat && body.kind != Body::Kind::Curves;
+        if (flat && body.kind == Body::Kind::Shape) {
+            flat = FacetsOf(body.shape, body.facets);
+        }
+    }
+    for (Body& body : bodies) {
+        if (flat && body.kind == Body::Kind::Shape) {
+            body.kind = Body::Kind::Facets;
+            body.shape.Nullify();
+        } else if (!flat && body.kind == Body::Kind::Facets && body.facets.loops.size() <= MostFacesOfShape) {
+            body.kind = Body::Kind::Shape;
+            body.shape = ShapeOf(body.facets);
+        }
+    }
+}
+
+} // namespace
+
 std::vector<ModelData_Part> MakeParts(Context& context, const Base_UTF16String& name,
                                       std::vector<Body>&& bodies, const ModelData_Appearance& fallback)
 {
+    Unify(bodies);
     std::vector<Body*> of[4];
     for (Body& body : bodies) {
         if (body.appearance.IsNull()) {

@@ -222,6 +222,23 @@ std::vector<gp_XYZ> Sampled(const Path& path, double angle)
     return points;
 }
 
+std::vector<gp_XYZ> Corners(const Context& context, const Path& path, double angle)
+{
+    std::vector<gp_XYZ> corners;
+    for (const gp_XYZ& point : Sampled(path, angle)) {
+        if (corners.empty() || (corners.back() - point).Modulus() > context.precision) {
+            corners.push_back(point);
+        }
+    }
+    while (corners.size() > 1 && (corners.front() - corners.back()).Modulus() <= context.precision) {
+        corners.pop_back();
+    }
+    if (corners.size() < 3) {
+        throw Unbuildable("an outline of two points");
+    }
+    return corners;
+}
+
 namespace {
 
 /// Built by hand: the kernel's own maker refuses ends that are a hair off the curve.

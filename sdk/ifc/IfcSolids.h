@@ -8,6 +8,7 @@
 #include <Bnd_Box.hxx>
 #include <TopoDS_Shape.hxx>
 
+#include "sdk/ifc/IfcFacets.h"
 #include "sdk/ifc/IfcProfiles.h"
 
 namespace cadex {
@@ -36,6 +37,9 @@ private:
     int myDepth = 0;
 };
 
+/// An IfcExtrudedAreaSolid of straight outlines as polygons, which needs a hundredth of a shape's memory;
+/// false for any other solid.
+bool ReadPrism(Context& context, const Entity& solid, Polyhedron& body);
 TopoDS_Shape ReadSweptArea(Context& context, const Entity& solid);
 TopoDS_Shape ReadSweptDisk(Context& context, const Entity& solid);
 TopoDS_Shape ReadPrimitive(Context& context, const Entity& primitive);

@@ -197,6 +197,79 @@ TopoDS_Shape SweepAlong(Context& context, const Entity& solid, const std::vector
 
 } // namespace
 
+namespace {
+
+/// One outline and its copy at the other end, with the walls between; the floor's corners, then the roof's.
+void AddWalls(const std::vector<gp_XYZ>& outline, const gp_XYZ& way, Polyhedron& body,
+              std::vector<U32>& floor, std::vector<U32>& roof)
+{
+    for (const gp_XYZ& corner : outline) {
+        floor.push_back(static_cast<U32>(body.points.size()));
+        body.points.push_back(corner);
+        roof.push_back(static_cast<U32>(body.points.size()));
+        body.points.push_back(corner + way);
+    }
+    for (std::size_t i = 0; i < outline.size(); ++i) {
+        const std::size_t next = (i + 1) % outline.size();
+        body.AddFace({floor[i], floor[next], roof[next], roof[i]});
+    }
+}
+
+void AddCap(const std::vector<std::vector<U32>>& rings, bool reversed, Polyhedron& body)
+{
+    for (std::size_t i = 0; i < rings.size(); ++i) {
+        body.BeginLoop(i == 0);
+        for (std::size_t k = 0; k < rings[i].size(); ++k) {
+            body.AddCorner(rings[i][reversed ? rings[i].size() - 1 - k : k]);
+        }
+    }
+}
+
+} // namespace
+
+bool ReadPrism(Context& context, const Entity& solid, Polyhedron& body)
+{
+    if (!solid.Is(Type::IfcExtrudedAreaSolid)) {
+        return false;
+    }
+    const std::vector<Region> regions = ReadProfile(context, solid.Ref(0));
+    for (const Region& region : regions) {
+        if (region.open || !IsStraight(region.outer) ||
+            !std::all_of(region.holes.begin(), region.holes.end(), IsStraight)) {
+            return false;
+        }
+    }
+    const Affine placement = context.Placement(solid.Ref(1));
+    const gp_XYZ direction = context.Direction(solid.Ref(2), gp_XYZ(0, 0, 1));
+    const gp_XYZ way = placement.Direction(direction * context.PositiveLength(solid, 3));
+    if (std::abs(direction.Z()) < 1e-9) {
+        return false;
+    }
+    for (const Region& region : regions) {
+        std::vector<const Path*> paths{&region.outer};
+        for (const Path& hole : region.holes) {
+            paths.push_back(&hole);
+        }
+        if (!body.loops.empty()) {
+            body.shells.push_back(body.loops.size());
+        }
+        const std::size_t first = body.loops.size();
+        std::vector<std::vector<U32>> floors;
+        std::vector<std::vector<U32>> roofs;
+        for (const Path* path : paths) {
+            const std::vector<gp_XYZ> corners = Corners(context, Moved(*path, placement));
+            AddWalls(corners, way, body, floors.emplace_back(), roofs.emplace_back());
+        }
+        AddCap(floors, true, body);
+        AddCap(roofs, false, body);
+        if (direction.Z() < 0) {
+            body.Reverse(first, body.loops.size());
+        }
+    }
+    body.closed = true;
+    return !regions.empty();
+}
+
 TopoDS_Shape ReadSweptArea(Context& context, const Entity& solid)
 {
     const Affine placement = context.Placement(solid.Ref(1));
