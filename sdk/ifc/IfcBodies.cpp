@@ -52,6 +52,18 @@ TopoDS_Shape MovedShape(const TopoDS_Shape& shape, const Affine& placement)
                                                     : BRepBuilderAPI_Transform(shape, trsf, true).Shape();
 }
 
+/// Polygons few enough for the kernel.
+bool IsSmall(const Body& body)
+{
+    return (body.kind == Body::Kind::Facets || body.kind == Body::Kind::Mesh) &&
+           body.facets.loops.size() <= MostFacesOfShape;
+}
+
+Solid SolidOf(const Body& body)
+{
+    return body.kind == Body::Kind::Shape ? Solid(body.shape) : Solid(body.facets);
+}
+
 } // namespace
 
 void Body::Move(const Affine& placement)
@@ -97,11 +109,13 @@ void BodyReader::ReadItem(const Entity& item, std::vector<Body>& bodies)
 {
     const Type type = item.Type();
     if (SolidReader::IsSolid(type)) {
+        const Solid solid = mySolids.Read(item);
         Body body;
-        if (ReadPrism(myContext, item, body.facets)) {
+        if (solid.IsFlat()) {
             body.kind = Body::Kind::Facets;
+            body.facets = solid.Facets();
         } else {
-            body.shape = mySolids.Read(item);
+            body.shape = solid.Shape();
         }
         bodies.push_back(std::move(body));
         return;
@@ -308,37 +322,34 @@ void CutOpenings(std::vector<Body>& bodies, const std::vector<Body>& tools)
 {
     struct Tool
     {
-        TopoDS_Shape shape;
+        Solid solid;
         Bnd_Box box;
     };
     std::vector<Tool> solids;
     for (const Body& tool : tools) {
-        const bool flat = (tool.kind == Body::Kind::Facets || tool.kind == Body::Kind::Mesh) &&
-                          tool.facets.loops.size() <= MostFacesOfShape;
-        const TopoDS_Shape shape = flat ? ShapeOf(tool.facets) : tool.shape;
-        if (!shape.IsNull()) {
-            solids.push_back({shape, BoundsOf(shape)});
+        if (IsSmall(tool) || tool.kind == Body::Kind::Shape) {
+            Solid solid = SolidOf(tool);
+            const Bnd_Box box = solid.Bounds();
+            solids.push_back({std::move(solid), box});
         }
     }
     for (Body& body : bodies) {
-        const bool flat = body.kind == Body::Kind::Facets || body.kind == Body::Kind::Mesh;
-        if (solids.empty() || body.kind == Body::Kind::Curves ||
-            (flat && (!body.facets.closed || body.facets.loops.size() > MostFacesOfShape))) {
+        if (body.kind != Body::Kind::Shape && !(IsSmall(body) && body.facets.closed)) {
             continue;
         }
-        const TopoDS_Shape whole = flat ? ShapeOf(body.facets) : body.shape;
-        const Bnd_Box box = BoundsOf(whole);
-        std::vector<TopoDS_Shape> meeting;
+        const Solid whole = SolidOf(body);
+        const Bnd_Box box = whole.Bounds();
+        std::vector<const Solid*> meeting;
         for (const Tool& tool : solids) {
             if (!box.IsOut(tool.box)) {
-                meeting.push_back(tool.shape);
+                meeting.push_back(&tool.solid);
             }
         }
-        TopoDS_Shape cut;
+        Solid cut;
         if (!meeting.empty() && Combine(BooleanKind::Cut, whole, meeting, cut)) {
-            body.kind = Body::Kind::Shape;
-            body.shape = cut;
-            body.facets = Polyhedron();
+            body.kind = cut.IsFlat() ? Body::Kind::Facets : Body::Kind::Shape;
+            body.shape = cut.IsFlat() ? TopoDS_Shape() : cut.Shape();
+            body.facets = cut.IsFlat() ? cut.Facets() : Polyhedron();
         }
     }
 }

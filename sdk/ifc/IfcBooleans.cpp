@@ -5,15 +5,12 @@
 #include <BRepAlgoAPI_Cut.hxx>
 #include <BRepAlgoAPI_Fuse.hxx>
 #include <BRepBndLib.hxx>
-#include <BRepPrimAPI_MakeBox.hxx>
-#include <BRepPrimAPI_MakePrism.hxx>
-#include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
 #include <TopExp_Explorer.hxx>
 #include <TopTools_ListOfShape.hxx>
 #include <TopoDS.hxx>
 
-#include "sdk/ifc/IfcFacets.h"
+#include "sdk/ifc/IfcConvexCut.h"
 #include "sdk/ifc/IfcSolids.h"
 
 namespace cadex {
@@ -62,8 +59,8 @@ double HeightOver(const gp_XYZ& point, const gp_XYZ& up, const Affine& plane)
 
 /// The prism over a straight outline between a far floor and the base plane: exact, and without a boolean
 /// operation.
-TopoDS_Shape TruncatedPrism(const std::vector<gp_XYZ>& outline, const gp_XYZ& up, const Affine& plane,
-                            double reach, bool below)
+Polyhedron TruncatedPrism(const std::vector<gp_XYZ>& outline, const gp_XYZ& up, const Affine& plane,
+                          double reach, bool below)
 {
     Polyhedron body;
     std::vector<U32> floor;
@@ -84,16 +81,58 @@ TopoDS_Shape TruncatedPrism(const std::vector<gp_XYZ>& outline, const gp_XYZ& up
     body.AddFace(roof);
     body.AddFace({floor.rbegin(), floor.rend()});
     body.closed = true;
-    return ShapeOf(body);
+    return body;
 }
 
 } // namespace
 
-Bnd_Box BoundsOf(const TopoDS_Shape& shape)
+const TopoDS_Shape& Solid::Shape() const
+{
+    if (myFlat && myShape.IsNull()) {
+        myShape = ShapeOf(myFacets);
+    }
+    return myShape;
+}
+
+Bnd_Box Solid::Bounds() const
 {
     Bnd_Box box;
-    BRepBndLib::Add(shape, box, false);
+    if (myFlat) {
+        for (U32 corner : myFacets.corners) {
+            box.Add(gp_Pnt(myFacets.points[corner]));
+        }
+    } else {
+        BRepBndLib::Add(myShape, box, false);
+    }
     return box;
+}
+
+bool Combine(BooleanKind kind, const Solid& body, const std::vector<const Solid*>& tools, Solid& result)
+{
+    std::vector<const Polyhedron*> flat;
+    std::vector<TopoDS_Shape> shapes;
+    for (const Solid* tool : tools) {
+        if (tool->IsFlat()) {
+            flat.push_back(&tool->Facets());
+        }
+    }
+    Polyhedron rest;
+    if (kind == BooleanKind::Cut && body.IsFlat() && flat.size() == tools.size() &&
+        CutConvex(body.Facets(), flat, rest)) {
+        result = Solid(std::move(rest));
+        return true;
+    }
+    for (const Solid* tool : tools) {
+        shapes.push_back(tool->Shape());
+    }
+    TopoDS_Shape shape;
+    if (!Combine(kind, body.Shape(), shapes, shape)) {
+        result = body;
+        return false;
+    }
+    Polyhedron polygons;
+    result = FacetsOf(shape, polygons) ? Solid(std::move(polygons)) : Solid(shape);
+    return true;
 }
 
 bool Combine(BooleanKind kind, const TopoDS_Shape& body, const std::vector<TopoDS_Shape>& tools,
@@ -136,7 +175,7 @@ bool Combine(BooleanKind kind, const TopoDS_Shape& body, const std::vector<TopoD
     return true;
 }
 
-TopoDS_Shape ReadHalfSpace(Context& context, const Entity& halfSpace, const Bnd_Box& body)
+Polyhedron ReadHalfSpace(Context& context, const Entity& halfSpace, const Bnd_Box& body)
 {
     const Entity surface = halfSpace.Ref(0);
     if (!surface.Is(Type::IfcPlane)) {
@@ -150,10 +189,10 @@ TopoDS_Shape ReadHalfSpace(Context& context, const Entity& halfSpace, const Bnd_
         const gp_XYZ middle = body.IsVoid() ? plane.offset : Middle(body);
         const gp_XYZ foot = middle - normal * (middle - plane.offset).Dot(normal);
         const double reach = Reach(body, foot);
-        const gp_XYZ corner = foot - (plane.matrix.Column(1) + plane.matrix.Column(2)) * reach -
-                              (below ? normal * (2 * reach) : gp_XYZ());
-        const gp_Ax2 axes(gp_Pnt(corner), gp_Dir(normal), gp_Dir(plane.matrix.Column(1)));
-        return BRepPrimAPI_MakeBox(axes, 2 * reach, 2 * reach, 2 * reach).Shape();
+        const gp_XYZ x = plane.matrix.Column(1) * reach;
+        const gp_XYZ y = plane.matrix.Column(2) * reach;
+        return TruncatedPrism({foot - x - y, foot + x - y, foot + x + y, foot - x + y}, normal, plane,
+                              2 * reach, below);
     }
     const Affine position = context.Placement(halfSpace.Ref(2));
     const gp_XYZ up = position.matrix.Column(3);
@@ -195,30 +234,30 @@ bool SolidReader::IsSolid(Type type)
     }
 }
 
-TopoDS_Shape SolidReader::Read(const Entity& item)
+Solid SolidReader::Read(const Entity& item)
 {
     const Nesting nesting(myDepth);
     myContext.Steps(100);
-    const TopoDS_Shape shape = ReadAny(item);
-    if (shape.IsNull()) {
-        throw Unbuildable("a solid of nothing");
-    }
-    return shape;
-}
-
-TopoDS_Shape SolidReader::ReadAny(const Entity& item)
-{
+    Polyhedron prism;
+    TopoDS_Shape shape;
     switch (item.Type()) {
     case Type::IfcExtrudedAreaSolid:
+        if (ReadPrism(myContext, item, prism)) {
+            return Solid(std::move(prism));
+        }
+        shape = ReadSweptArea(myContext, item);
+        break;
     case Type::IfcExtrudedAreaSolidTapered:
     case Type::IfcRevolvedAreaSolid:
     case Type::IfcRevolvedAreaSolidTapered:
     case Type::IfcFixedReferenceSweptAreaSolid:
     case Type::IfcSurfaceCurveSweptAreaSolid:
-        return ReadSweptArea(myContext, item);
+        shape = ReadSweptArea(myContext, item);
+        break;
     case Type::IfcSweptDiskSolid:
     case Type::IfcSweptDiskSolidPolygonal:
-        return ReadSweptDisk(myContext, item);
+        shape = ReadSweptDisk(myContext, item);
+        break;
     case Type::IfcBooleanResult:
     case Type::IfcBooleanClippingResult:
         return ReadBoolean(item);
@@ -228,28 +267,34 @@ TopoDS_Shape SolidReader::ReadAny(const Entity& item)
     case Type::IfcFacetedBrepWithVoids:
     case Type::IfcTriangulatedFaceSet:
     case Type::IfcPolygonalFaceSet:
-        return ShapeOf(ReadPolyhedron(myContext, item));
+        return Solid(ReadPolyhedron(myContext, item));
     case Type::IfcAdvancedBrep:
     case Type::IfcAdvancedBrepWithVoids:
-        return ReadAdvancedBrep(myContext, item);
+        shape = ReadAdvancedBrep(myContext, item);
+        break;
     default:
-        return ReadPrimitive(myContext, item);
+        shape = ReadPrimitive(myContext, item);
+        break;
     }
+    if (shape.IsNull()) {
+        throw Unbuildable("a solid of nothing");
+    }
+    return Solid(shape);
 }
 
-TopoDS_Shape SolidReader::ReadOperand(const Entity& item, const Bnd_Box& other)
+Solid SolidReader::ReadOperand(const Entity& item, const Bnd_Box& other)
 {
     switch (item.Type()) {
     case Type::IfcHalfSpaceSolid:
     case Type::IfcBoxedHalfSpace: // its box is a hint for other kernels
     case Type::IfcPolygonalBoundedHalfSpace:
-        return ReadHalfSpace(myContext, item, other);
+        return Solid(ReadHalfSpace(myContext, item, other));
     default:
         return Read(item);
     }
 }
 
-TopoDS_Shape SolidReader::ReadBoolean(const Entity& item)
+Solid SolidReader::ReadBoolean(const Entity& item)
 {
     const auto known = myBooleans.find(item.Id());
     if (known != myBooleans.end()) {
@@ -257,13 +302,13 @@ TopoDS_Shape SolidReader::ReadBoolean(const Entity& item)
     }
     // Operator, FirstOperand, SecondOperand
     const std::string_view name = item.Enumeration(0);
-    const BooleanKind kind = name == "UNION"
-                                 ? BooleanKind::Fuse
-                                 : (name == "INTERSECTION" ? BooleanKind::Common : BooleanKind::Cut);
-    TopoDS_Shape result = ReadOperand(item.Ref(1), Bnd_Box());
+    const BooleanKind kind = name == "UNION"          ? BooleanKind::Fuse
+                             : name == "INTERSECTION" ? BooleanKind::Common
+                                                      : BooleanKind::Cut;
+    Solid result = ReadOperand(item.Ref(1), Bnd_Box());
     try {
-        const TopoDS_Shape tool = ReadOperand(item.Ref(2), BoundsOf(result));
-        Combine(kind, result, {tool}, result);
+        const Solid tool = ReadOperand(item.Ref(2), result.Bounds());
+        Combine(kind, Solid(result), {&tool}, result);
     } catch (const Unbuildable&) {
         // an operand that cannot be built leaves the first one as it is
     }

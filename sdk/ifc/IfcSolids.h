@@ -15,25 +15,43 @@ namespace cadex {
 namespace internal {
 namespace ifc {
 
+/// A solid in the form that it came in: polygons where all is flat, else a shape of the kernel.
+class Solid
+{
+public:
+    Solid() = default;
+    explicit Solid(Polyhedron polygons) : myFlat(true), myFacets(std::move(polygons)) {}
+    explicit Solid(TopoDS_Shape shape) : myShape(std::move(shape)) {}
+
+    bool IsFlat() const { return myFlat; }
+    const Polyhedron& Facets() const { return myFacets; } ///< of a flat one
+    /// Built when it is first asked for, if need be.
+    const TopoDS_Shape& Shape() const;
+    Bnd_Box Bounds() const;
+
+private:
+    bool myFlat = false;
+    Polyhedron myFacets;
+    mutable TopoDS_Shape myShape;
+};
+
 /// IfcSweptAreaSolid, IfcSweptDiskSolid, IfcCsgPrimitive3D, IfcCsgSolid, IfcBooleanResult,
 /// IfcManifoldSolidBrep in all their kinds, and half spaces only as operands. Unbuildable for anything else.
-/// Equal ids give one shared shape.
 class SolidReader
 {
 public:
     explicit SolidReader(Context& context) : myContext(context) {}
 
-    TopoDS_Shape Read(const Entity& item);
+    Solid Read(const Entity& item);
     /// A kind that Read knows.
     static bool IsSolid(Type type);
 
 private:
-    TopoDS_Shape ReadAny(const Entity& item);
-    TopoDS_Shape ReadBoolean(const Entity& item);
-    TopoDS_Shape ReadOperand(const Entity& item, const Bnd_Box& other);
+    Solid ReadBoolean(const Entity& item);
+    Solid ReadOperand(const Entity& item, const Bnd_Box& other);
 
     Context& myContext;
-    std::map<Id, TopoDS_Shape> myBooleans; ///< operands may be shared: a tree of n levels stays n operations
+    std::map<Id, Solid> myBooleans; ///< operands may be shared: a tree of n levels stays n operations
     int myDepth = 0;
 };
 
@@ -43,8 +61,8 @@ bool ReadPrism(Context& context, const Entity& solid, Polyhedron& body);
 TopoDS_Shape ReadSweptArea(Context& context, const Entity& solid);
 TopoDS_Shape ReadSweptDisk(Context& context, const Entity& solid);
 TopoDS_Shape ReadPrimitive(Context& context, const Entity& primitive);
-/// The part of a half space that can meet a body within the box, as a solid.
-TopoDS_Shape ReadHalfSpace(Context& context, const Entity& halfSpace, const Bnd_Box& body);
+/// The part of a half space that can meet a body within the box.
+Polyhedron ReadHalfSpace(Context& context, const Entity& halfSpace, const Bnd_Box& body);
 
 enum class BooleanKind
 {
@@ -56,8 +74,8 @@ enum class BooleanKind
 /// kind that went in; `result` is then the body as it was, which is the fallback: better uncut than lost.
 bool Combine(BooleanKind kind, const TopoDS_Shape& body, const std::vector<TopoDS_Shape>& tools,
              TopoDS_Shape& result);
-
-Bnd_Box BoundsOf(const TopoDS_Shape& shape);
+/// The same on solids, without the kernel where body and tools are simple.
+bool Combine(BooleanKind kind, const Solid& body, const std::vector<const Solid*>& tools, Solid& result);
 
 } // namespace ifc
 } // namespace internal
