@@ -15,7 +15,7 @@ using internal::MeshTopology;
 using internal::Vector3;
 
 // A volume that is this small beside the sum of the triangles' shares, signs left aside, is rounding noise.
-constexpr double kNoVolume = 1e-9;
+constexpr double NoVolume = 1e-9;
 
 gp_XYZ ToXYZ(const Vector3& point)
 {
@@ -87,7 +87,7 @@ private:
             result.volume += share;
             sum += std::abs(share);
         }
-        if (!(std::abs(result.volume) > kNoVolume * sum)) {
+        if (!(std::abs(result.volume) > NoVolume * sum)) {
             result.volume = 0;
         }
         return result;
