@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ctime>
 #include <new>
 
 #include <BRepBndLib.hxx>
@@ -9,6 +10,7 @@
 #include <BRepTools.hxx>
 #include <BRep_Tool.hxx>
 #include <Bnd_Box.hxx>
+#include <Message_ProgressIndicator.hxx>
 #include <OSD_Exception.hxx>
 #include <Standard_ErrorHandler.hxx>
 #include <Standard_Failure.hxx>
@@ -33,6 +35,29 @@ constexpr double LargestChord = 1e6;
 // From this many faces on, threads gain more than they cost (measured; see bench/mesh_and_mass.cpp).
 constexpr int ParallelFaces = 400;
 
+// Damaged surfaces can keep the kernel refining for hours. A sound face takes milliseconds.
+constexpr double SecondsForShape = 10;
+constexpr double SecondsForFace = 0.25;
+
+/// Breaks the kernel off when the process has used that much processor time.
+class Deadline : public Message_ProgressIndicator
+{
+public:
+    explicit Deadline(double seconds)
+        : myEnd(std::clock() + static_cast<std::clock_t>(seconds * CLOCKS_PER_SEC))
+    {
+    }
+
+    bool IsPassed() const { return std::clock() > myEnd; }
+
+protected:
+    Standard_Boolean UserBreak() override { return IsPassed(); }
+    void Show(const Message_ProgressScope&, const Standard_Boolean) override {}
+
+private:
+    const std::clock_t myEnd;
+};
+
 /// True for NaN too.
 bool IsNotPositive(double value)
 {
@@ -40,7 +65,8 @@ bool IsNotPositive(double value)
 }
 
 /// False when the kernel gave up on the shape as a whole.
-bool TryMesh(const TopoDS_Shape& shape, const MeshTolerances& tolerances, bool parallel)
+bool TryMesh(const TopoDS_Shape& shape, const MeshTolerances& tolerances, bool parallel,
+             const Handle(Deadline) & deadline)
 {
     IMeshTools_Parameters parameters;
     parameters.Deflection = tolerances.chord;
@@ -49,7 +75,7 @@ bool TryMesh(const TopoDS_Shape& shape, const MeshTolerances& tolerances, bool p
     parameters.InParallel = parallel;
     try {
         OCC_CATCH_SIGNALS
-        BRepMesh_IncrementalMesh mesher(shape, parameters);
+        BRepMesh_IncrementalMesh mesher(shape, parameters, deadline->Start());
         return true;
     } catch (const Standard_Failure&) {
         return false;
@@ -104,16 +130,17 @@ void MeshFaces(const TopoDS_Shape& shape, const MeshTolerances& tolerances)
     ForgetTriangulations(shape);
     TopTools_IndexedMapOfShape faces;
     TopExp::MapShapes(shape, TopAbs_FACE, faces);
+    const Handle(Deadline) deadline = new Deadline(SecondsForShape + SecondsForFace * faces.Extent());
     if (faces.IsEmpty() ||
-        TryMesh(shape, tolerances, tolerances.parallel && faces.Extent() >= ParallelFaces)) {
+        TryMesh(shape, tolerances, tolerances.parallel && faces.Extent() >= ParallelFaces, deadline)) {
         return;
     }
     // One face has stopped the whole: the rest is meshed face by face. A relative chord then refers to the
     // face.
-    for (int i = 1; i <= faces.Extent(); ++i) {
+    for (int i = 1; i <= faces.Extent() && !deadline->IsPassed(); ++i) {
         TopLoc_Location location;
         if (BRep_Tool::Triangulation(TopoDS::Face(faces(i)), location).IsNull()) {
-            TryMesh(faces(i), tolerances, false);
+            TryMesh(faces(i), tolerances, false, deadline);
         }
     }
 }

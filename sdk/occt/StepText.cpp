@@ -336,8 +336,7 @@ bool StepText::Load(std::string bytes)
         return false;
     }
     SortByType();
-    SortById();
-    return true;
+    return SortById();
 }
 
 bool StepText::IndexStatements()
@@ -350,6 +349,7 @@ bool StepText::IndexStatements()
     }
     myRecords.reserve(myBytes.size() / 48); // untouched memory costs nothing, copying it does
     bool inHeader = false;
+    bool inData = false;
     bool hasData = false;
     while (p < end) {
         p = SkipBlanks(p, end);
@@ -366,15 +366,22 @@ bool StepText::IndexStatements()
             }
         }
         if (statement < end && *statement == '#') {
-            IndexRecord(statement, p);
+            // Other sections refer to records of other files in the same form.
+            if (inData && !IndexRecord(statement, p)) {
+                return false;
+            }
         } else if (const std::string_view name = NameAt(statement, p); name == "HEADER") {
             inHeader = true;
         } else if (name == "DATA") {
             inHeader = false;
+            inData = true;
             hasData = true;
         } else if (name == "END-ISO-10303-21") {
             break;
-        } else if (inHeader && name != "ENDSEC") {
+        } else if (name == "ENDSEC") {
+            inHeader = false;
+            inData = false;
+        } else if (inHeader) {
             const char* open = SkipBlanks(statement + name.size(), p);
             if (open < p && *open == '(') {
                 myHeader.push_back({name, static_cast<std::size_t>(open + 1 - begin)});
@@ -385,25 +392,26 @@ bool StepText::IndexStatements()
     return hasData;
 }
 
-void StepText::IndexRecord(const char* statement, const char* end)
+bool StepText::IndexRecord(const char* statement, const char* end)
 {
     Record record;
     const auto [behind, error] = std::from_chars(statement + 1, end, record.id);
     const char* p = SkipBlanks(behind, end);
     if (error != std::errc() || record.id == 0 || p >= end || *p != '=') {
-        return;
+        return false;
     }
     p = SkipBlanks(p + 1, end);
     const std::string_view name = NameAt(p, end);
     p = SkipBlanks(p + name.size(), end);
     if (p >= end || *p != '(' || myRecords.size() >= std::numeric_limits<std::uint32_t>::max()) {
-        return;
+        return false;
     }
     record.type = TypeNumber(name);
     record.offset = static_cast<std::size_t>(p + 1 - myBytes.data());
     record.size = static_cast<std::uint32_t>(std::min<std::size_t>(
         static_cast<std::size_t>(end - p - 1), std::numeric_limits<std::uint32_t>::max()));
     myRecords.push_back(record);
+    return true;
 }
 
 std::uint32_t StepText::TypeNumber(std::string_view name)
@@ -453,7 +461,8 @@ void StepText::SortByType()
     myRecords.swap(sorted);
 }
 
-void StepText::SortById()
+// False when two records have the same number.
+bool StepText::SortById()
 {
     constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
     StepId highest = 0;
@@ -465,21 +474,23 @@ void StepText::SortById()
         myById.assign(static_cast<std::size_t>(highest) + 1, none);
         for (std::uint32_t i = 0; i < myRecords.size(); ++i) {
             std::uint32_t& place = myById[static_cast<std::size_t>(myRecords[i].id)];
-            // Of several records with one number the first in the file counts.
-            if (place == none || myRecords[i].offset < myRecords[place].offset) {
-                place = i;
+            if (place != none) {
+                return false;
             }
+            place = i;
         }
-        return;
+        return true;
     }
     myById.resize(myRecords.size());
     for (std::uint32_t i = 0; i < myById.size(); ++i) {
         myById[i] = i;
     }
-    std::sort(myById.begin(), myById.end(), [this](std::uint32_t a, std::uint32_t b) {
-        return myRecords[a].id != myRecords[b].id ? myRecords[a].id < myRecords[b].id
-                                                  : myRecords[a].offset < myRecords[b].offset;
-    });
+    const auto idAt = [this](std::uint32_t i) { return myRecords[i].id; };
+    std::sort(myById.begin(), myById.end(),
+              [&](std::uint32_t a, std::uint32_t b) { return idAt(a) < idAt(b); });
+    return std::adjacent_find(myById.begin(), myById.end(), [&](std::uint32_t a, std::uint32_t b) {
+               return idAt(a) == idAt(b);
+           }) == myById.end();
 }
 
 const StepText::Record* StepText::Find(StepId id) const

@@ -131,10 +131,10 @@ private:
     };
 
     bool IndexStatements();
-    void IndexRecord(const char* statement, const char* end);
+    bool IndexRecord(const char* statement, const char* end);
     std::uint32_t TypeNumber(std::string_view name);
     void SortByType();
-    void SortById();
+    bool SortById();
 
     std::string myBytes;
     std::vector<Record> myRecords;         // sorted by type, then in the order of the file
