@@ -71,6 +71,11 @@ unsigned readOrZero(void* buffer, unsigned size, unsigned count, fi_handle handl
     return size == 0 ? 0 : static_cast<unsigned>(got / size);
 }
 
+unsigned writeFile(void* buffer, unsigned size, unsigned count, fi_handle handle)
+{
+    return static_cast<unsigned>(std::fwrite(buffer, size, count, static_cast<std::FILE*>(handle)));
+}
+
 int seekFile(fi_handle handle, long offset, int origin)
 {
     return std::fseek(static_cast<std::FILE*>(handle), offset, origin);
@@ -81,12 +86,21 @@ long tellFile(fi_handle handle)
     return std::ftell(static_cast<std::FILE*>(handle));
 }
 
+FreeImageIO kFileAccess = {readOrZero, writeFile, seekFile, tellFile};
+
 /// Loads a file with FreeImage; null for a missing or unreadable file.
 Bitmap readBitmap(FREE_IMAGE_FORMAT format, const char* name, int flags)
 {
     const File file(std::fopen(name, "rb"));
-    FreeImageIO io = {readOrZero, nullptr, seekFile, tellFile};
-    return Bitmap(file ? FreeImage_LoadFromHandle(format, &io, file.get(), flags) : nullptr);
+    return Bitmap(file ? FreeImage_LoadFromHandle(format, &kFileAccess, file.get(), flags) : nullptr);
+}
+
+/// Saves a file with FreeImage, whose writers do not look whether the bytes found room: the file is asked.
+bool writeWithFreeImage(FREE_IMAGE_FORMAT format, const Bitmap& bitmap, const char* name, int flags)
+{
+    const File file(std::fopen(name, "w+b"));
+    return file && FreeImage_SaveToHandle(format, bitmap.get(), &kFileAccess, file.get(), flags) != 0 &&
+           std::fflush(file.get()) == 0 && std::ferror(file.get()) == 0;
 }
 
 /// Whether FreeImage can be trusted with the file: it takes the memory that a header claims before it reads
@@ -176,7 +190,7 @@ bool saveBitmap(FREE_IMAGE_FORMAT format, const Bitmap& bitmap, const CZemtarStr
         return false;
     }
     return writeWhole(toQString(file), [&](const QString& part) {
-        return FreeImage_Save(format, bitmap.get(), QFile::encodeName(part).constData(), flags) != 0;
+        return writeWithFreeImage(format, bitmap, QFile::encodeName(part).constData(), flags);
     });
 }
 

@@ -214,6 +214,10 @@ TEST_F(ImageFiles, AFailedSaveLeavesWhatWasThere)
     EXPECT_TRUE(ZemtarImage::ConvertHdrToPng(floats, host("folder.png")).IsEmpty());
     EXPECT_TRUE(ZemtarImage::ConvertToExr(in, host("missing/out.exr"), true).IsEmpty());
     EXPECT_EQ(QStringList({"in.hdr", "in.png"}), files());
+    if (QFile::exists("/dev/full") && QFile::link("/dev/full", path("full.png"))) { // a disk without room
+        EXPECT_FALSE(ZemtarImage::Flip(in, host("full.png"), true));
+        EXPECT_TRUE(ZemtarImage::ConvertHdrToPng(floats, host("full.png")).IsEmpty());
+    }
 
     // Saving in place goes through links and keeps permissions.
     QFile(path("in.png")).setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther);
