@@ -60,18 +60,4 @@ TEST(Utf16String, RoundTripsEveryFormLosslessly)
     }
 }
 
-TEST(Utf16String, IsAValue)
-{
-    Base_UTF16String text("ab");
-    const Base_UTF16String copy = text;
-    text = text + "c" + Base_UTF16String();
-    EXPECT_EQ(text, Base_UTF16String(L"abc"));
-    EXPECT_EQ(copy, Base_UTF16String("ab"));
-    EXPECT_NE(copy, text);
-    EXPECT_EQ(text.Data()[3], 0);
-    text.Clear();
-    EXPECT_EQ(text, Base_UTF16String());
-    EXPECT_TRUE((text + text).IsEmpty());
-}
-
 } // namespace

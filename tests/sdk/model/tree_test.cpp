@@ -131,30 +131,4 @@ TEST(Handles, AreThinSharedAndTypedByTheirObject)
     delete new ModelData_Assembly("on the SDK's heap");
 }
 
-TEST(Instances, KnowWhetherATransformationWasSet)
-{
-    ModelData_Instance instance{initialized()};
-    EXPECT_FALSE(instance.HasTransformation());
-    EXPECT_TRUE(instance.Transformation().IsIdentity());
-    EXPECT_TRUE(instance.HasTransformation()) << "asking installs the identity";
-    ModelData_Transformation shift;
-    shift.SetTranslationPart(1, 2, 3);
-    instance.SetTransformation(shift);
-    EXPECT_EQ(instance.Transformation().Data(1, 3), 2);
-}
-
-TEST(Parts, GiveTheRepresentationThatTheMaskAdmits)
-{
-    ModelData_Part part("p");
-    EXPECT_TRUE(part.PolyRepresentation(ModelData_RM_Any).IsNull());
-    const ModelData_PolyRepresentation first{initialized()};
-    part.AddRepresentation(ModelData_Representation());
-    part.AddRepresentation(first);
-    part.AddRepresentation(ModelData_PolyRepresentation(initialized()));
-    EXPECT_TRUE(part.PolyRepresentation(ModelData_RM_Poly) == first);
-    EXPECT_TRUE(part.PolyRepresentation(ModelData_RM_CoarseLOD) == first);
-    EXPECT_TRUE(part.PolyRepresentation(ModelData_RM_BRep).IsNull());
-    EXPECT_TRUE(part.BRepRepresentation().IsNull());
-}
-
 } // namespace

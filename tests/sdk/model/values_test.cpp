@@ -1,6 +1,4 @@
-// Values and content: transformations, colours, appearances, properties, mesher parameters, settings.
-#include <cadex/Base_Settings.hxx>
-#include <cadex/ModelAlgo_BRepMesherParameters.hxx>
+// Values and content: transformations, colours, appearances, properties.
 #include <cadex/ModelData_Appearance.hxx>
 #include <cadex/ModelData_FileTexture.hxx>
 #include <cadex/ModelData_Part.hxx>
@@ -13,6 +11,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+
+#include "../PropertyText.h"
 
 namespace {
 
@@ -97,36 +97,6 @@ TEST(Textures, AreVisitedByKindInOrder)
     EXPECT_EQ(visitor.seen, "wood.png 24 0 0 ");
 }
 
-class Printer : public ModelData_PropertyTable::Visitor
-{
-public:
-    std::string text;
-
-    void operator()(const Base_UTF16String& n, I32 v) override { Print(n, "i32 " + std::to_string(v)); }
-    void operator()(const Base_UTF16String& n, I64 v) override { Print(n, "i64 " + std::to_string(v)); }
-    void operator()(const Base_UTF16String& n, float v) override { Print(n, "f " + std::to_string(v)); }
-    void operator()(const Base_UTF16String& n, double v) override { Print(n, "d " + std::to_string(v)); }
-    void operator()(const Base_UTF16String& n, ModelData_PropertyTable::TimeType v) override
-    {
-        Print(n, "t " + std::to_string(v.myValue));
-    }
-    void operator()(const Base_UTF16String& n, const Base_UTF16String& v) override { Print(n, v.ToUTF8()); }
-    void operator()(const Base_UTF16String& n, const ModelData_Point& v) override
-    {
-        Print(n, "p " + std::to_string(v.Y()));
-    }
-    void operator()(const Base_UTF16String& n, const ModelData_Box& v) override
-    {
-        Print(n, "b " + std::to_string(v.MaxCorner().Z()));
-    }
-
-private:
-    void Print(const Base_UTF16String& name, const std::string& value)
-    {
-        text += name.ToUTF8() + '=' + value + '\n';
-    }
-};
-
 TEST(Properties, KeepOrderKindAndDoubledNames)
 {
     ModelData_PropertyTable table;
@@ -140,7 +110,7 @@ TEST(Properties, KeepOrderKindAndDoubledNames)
     table.Add("box", ModelData_Box(ModelData_Point(4, 4, 4), ModelData_Point(1, 1, 1)));
     const std::string once = "b=i32 1\na=i64 1099511627776\nb=zwei\nf=f 0.500000\nd=d 0.250000\nt=t 86400\n"
                              "p=p 2.000000\nbox=b 4.000000\n";
-    Printer printer;
+    PropertyText printer;
     table.Accept(printer);
     EXPECT_EQ(printer.text, once);
     table.Add(table);
@@ -163,33 +133,6 @@ TEST(Properties, LinkTheFirstTableAndAppendFurtherOnes)
     EXPECT_TRUE(part.Properties() == first);
     EXPECT_EQ(part.Properties().Size(), 2u);
     EXPECT_EQ(second.Size(), 1u);
-}
-
-TEST(MesherParameters, FollowTheGranularityUntilSet)
-{
-    ModelAlgo_BRepMesherParameters parameters(ModelAlgo_BRepMesherParameters::Coarse, false);
-    EXPECT_EQ(parameters.ChordalDeflection(), 0.05);
-    EXPECT_NEAR(parameters.AngularDeflection(), 1.0471975512, 1e-9);
-    EXPECT_FALSE(parameters.MergeFaceSets());
-    EXPECT_TRUE(parameters.IsRelativeChordalDeflection());
-    parameters.SetAngularDeflection(0.1);
-    EXPECT_EQ(parameters.GetGranularity(), ModelAlgo_BRepMesherParameters::Custom);
-    EXPECT_EQ(parameters.ChordalDeflection(), 0.05);
-    EXPECT_EQ(ModelAlgo_BRepMesherParameters().ChordalDeflection(), 0.004);
-}
-
-TEST(Settings, AreSharedByIdAndKind)
-{
-    Base_Settings& settings = *Base_Settings::Default();
-    constexpr auto own = static_cast<Base_Settings::Id>(Base_Settings::UserDefined + 1);
-    EXPECT_TRUE(settings.BoolValue(own, true));
-    settings.SetValue(own, false);
-    EXPECT_FALSE(Base_Settings::Default()->BoolValue(own, true));
-    settings.SetValue(own, 2.5);
-    EXPECT_EQ(settings.IntValue(own, 0), 2);
-    settings.SetValue(own, Base_UTF16String("text").Data());
-    EXPECT_EQ(settings.StringValue(own, ""), Base_UTF16String("text"));
-    EXPECT_EQ(settings.IntValue(own, 7), 7);
 }
 
 } // namespace

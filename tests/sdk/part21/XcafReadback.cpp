@@ -9,20 +9,6 @@
 #include <Message_Printer.hxx>
 #include <Quantity_ColorRGBA.hxx>
 #include <STEPCAFControl_Reader.hxx>
-#include <StepBasic_MeasureValueMember.hxx>
-#include <StepBasic_Product.hxx>
-#include <StepBasic_ProductDefinition.hxx>
-#include <StepBasic_ProductDefinitionFormation.hxx>
-#include <StepRepr_DescriptiveRepresentationItem.hxx>
-#include <StepRepr_IntegerRepresentationItem.hxx>
-#include <StepRepr_NextAssemblyUsageOccurrence.hxx>
-#include <StepRepr_PropertyDefinition.hxx>
-#include <StepRepr_PropertyDefinitionRepresentation.hxx>
-#include <StepRepr_Representation.hxx>
-#include <StepRepr_RepresentedDefinition.hxx>
-#include <StepRepr_ValueRepresentationItem.hxx>
-#include <StepShape_ShapeDefinitionRepresentation.hxx>
-#include <TCollection_HAsciiString.hxx>
 #include <TDF_LabelSequence.hxx>
 #include <TDataStd_Name.hxx>
 #include <TDocStd_Document.hxx>
@@ -32,7 +18,6 @@
 #include <XCAFDoc_ColorTool.hxx>
 #include <XCAFDoc_DocumentTool.hxx>
 #include <XCAFDoc_ShapeTool.hxx>
-#include <XSControl_WorkSession.hxx>
 
 #include <sstream>
 
@@ -124,38 +109,6 @@ void AddColors(const TDF_Label& part, const Handle(XCAFDoc_ColorTool) & tool,
     }
 }
 
-std::string ValueOf(const Handle(StepRepr_RepresentationItem) & item)
-{
-    if (const auto text = Handle(StepRepr_DescriptiveRepresentationItem)::DownCast(item); !text.IsNull()) {
-        return text->Description()->ToCString();
-    }
-    if (const auto number = Handle(StepRepr_IntegerRepresentationItem)::DownCast(item); !number.IsNull()) {
-        return std::to_string(number->Value());
-    }
-    const auto value = Handle(StepRepr_ValueRepresentationItem)::DownCast(item);
-    return value.IsNull() ? "?" : std::to_string(value->ValueComponentMember()->Real());
-}
-
-void AddProperties(const Handle(Interface_InterfaceModel) & model, std::vector<std::string>& properties)
-{
-    for (int i = 1; i <= model->NbEntities(); ++i) {
-        const auto link = Handle(StepRepr_PropertyDefinitionRepresentation)::DownCast(model->Value(i));
-        if (link.IsNull() || link->IsKind(STANDARD_TYPE(StepShape_ShapeDefinitionRepresentation))) {
-            continue;
-        }
-        const StepRepr_CharacterizedDefinition target = link->Definition().PropertyDefinition()->Definition();
-        const std::string owner =
-            target.ProductDefinition().IsNull()
-                ? std::string("instance ") + target.ProductDefinitionRelationship()->Name()->ToCString()
-                : target.ProductDefinition()->Formation()->OfProduct()->Name()->ToCString();
-        const Handle(StepRepr_Representation) values = link->UsedRepresentation();
-        for (int k = 1; k <= values->NbItems(); ++k) {
-            const auto item = values->ItemsValue(k);
-            properties.push_back(owner + ": " + item->Name()->ToCString() + '=' + ValueOf(item));
-        }
-    }
-}
-
 } // namespace
 
 XcafReadback::XcafReadback(const std::filesystem::path& file)
@@ -184,7 +137,6 @@ XcafReadback::XcafReadback(const std::filesystem::path& file)
                 AddColors(label, colorTool, colors);
             }
         }
-        AddProperties(reader.Reader().WS()->Model(), properties);
     }
     XCAFApp_Application::GetApplication()->Close(document);
 }

@@ -20,8 +20,6 @@ struct XcafReadback
     std::string tree;
     /// "r g b a" of every coloured shape, with the kind of shape: "solid 0.2 0.4 0.6 0.5".
     std::vector<std::string> colors;
-    /// "OWNER: NAME=VALUE" of every user-defined attribute.
-    std::vector<std::string> properties;
     std::vector<Corners> triangles; ///< turned as their face
     std::vector<Corners> edges;     ///< of no face
     double volume = 0;

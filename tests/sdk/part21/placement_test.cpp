@@ -67,19 +67,6 @@ TEST(SplitMatrix, KeepsExactFactorsExact)
     }
 }
 
-TEST(SplitMatrix, TakesRoundedRotationsForRotations)
-{
-    for (int i = 1; i < 100; ++i) {
-        const float c = std::cos(static_cast<float>(i));
-        const float s = std::sin(static_cast<float>(i));
-        Split split;
-        ASSERT_TRUE(SplitMatrix({1000. * c, -1000. * s, 0, 1000. * s, 1000. * c, 0, 0, 0, 1000}, split));
-        EXPECT_EQ(split.residual, (Matrix3{1000, 0, 0, 0, 1000, 0, 0, 0, 1000}));
-        EXPECT_NEAR(Determinant(split.rotation), 1, 1e-12);
-    }
-    EXPECT_FALSE(SameResidual(Identity3, {1.00001, 0, 0, 0, 1, 0, 0, 0, 1}));
-}
-
 TEST(SplitMatrix, LeavesSingularMatricesWholeAndRefusesNumbersThatAreNone)
 {
     const Matrix3 flat{1, 2, 3, 2, 4, 6, 0, 0, 1};

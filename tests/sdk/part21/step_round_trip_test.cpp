@@ -7,6 +7,7 @@
 #include <cadex/ModelAlgo_BRepMesher.hxx>
 #include <cadex/STEP_Reader.hxx>
 
+#include "../PropertyText.h"
 #include "StepModels.h"
 
 namespace {
@@ -55,36 +56,18 @@ public:
     void VisitLeave(const ModelData_Instance&) override { --myDepth; }
 
 private:
-    struct Properties : ModelData_PropertyTable::Visitor
-    {
-        std::string text;
-        void operator()(const Base_UTF16String& n, I32 v) override { Add(n, std::to_string(v)); }
-        void operator()(const Base_UTF16String& n, I64 v) override { Add(n, std::to_string(v)); }
-        void operator()(const Base_UTF16String& n, float v) override { Add(n, std::to_string(v)); }
-        void operator()(const Base_UTF16String& n, double v) override { Add(n, std::to_string(v)); }
-        void operator()(const Base_UTF16String& n, ModelData_PropertyTable::TimeType) override
-        {
-            Add(n, "time");
-        }
-        void operator()(const Base_UTF16String& n, const Base_UTF16String& v) override { Add(n, v.ToUTF8()); }
-        void operator()(const Base_UTF16String& n, const ModelData_Point&) override { Add(n, "point"); }
-        void operator()(const Base_UTF16String& n, const ModelData_Box&) override { Add(n, "box"); }
-        void Add(const Base_UTF16String& name, const std::string& value)
-        {
-            for (const char* own : {"Schema", "Preprocessor", "Time Stamp"}) { // the file's, not the model's
-                if (name == Base_UTF16String(own)) {
-                    return;
-                }
-            }
-            text += " {" + name.ToUTF8() + '=' + value + '}';
-        }
-    };
-
     void Begin(const char* kind, const ModelData_SceneGraphElement& element)
     {
-        Properties properties;
+        PropertyText properties;
         element.Properties().Accept(properties);
-        text += std::string(myDepth, ' ') + kind + " '" + element.Name().ToUTF8() + "'" + properties.text;
+        text += std::string(myDepth, ' ') + kind + " '" + element.Name().ToUTF8() + "'";
+        std::istringstream lines(properties.text);
+        for (std::string line; std::getline(lines, line);) {
+            const std::string name = line.substr(0, line.find('='));
+            if (name != "Schema" && name != "Preprocessor" && name != "Time Stamp") { // the file's own
+                text += " {" + line + '}';
+            }
+        }
     }
     void AddColor(const ModelData_Appearance& appearance)
     {
