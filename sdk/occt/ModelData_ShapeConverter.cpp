@@ -27,13 +27,25 @@ using occt::Affine;
 // A scale factor this near to 1 is none: the kernel's own limit for locations.
 constexpr double RigidTolerance = 1e-12;
 
+constexpr std::size_t MostFacets = 1000;
+
+std::size_t NumberOfFacets(const occt::FacetedBRep& facets)
+{
+    std::size_t count = 0;
+    for (const occt::FacetGroup& group : facets.groups) {
+        count += group.indices.size() / 3;
+    }
+    return count;
+}
+
 TopoDS_Shape ShapeOf(const ModelData_Part& part)
 {
     const ModelData_BRepRepresentation brep = part.BRepRepresentation();
     if (const auto* exact = occt::BRepOf<occt::OcctBRep>(brep)) {
         return exact->shape;
     }
-    if (const auto* facets = occt::BRepOf<occt::FacetedBRep>(brep)) {
+    if (const auto* facets = occt::BRepOf<occt::FacetedBRep>(brep);
+        facets != nullptr && NumberOfFacets(*facets) <= MostFacets) {
         return occt::MakeShape(*facets);
     }
     return {};
