@@ -15,6 +15,7 @@
 #include <cstring>
 #include <memory>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace Zemtar {
@@ -65,6 +66,19 @@ QTextCodec* codecFor(CZemtarString encoding)
     }
     // NOTE: codecs based on ICU are not registered under "SYSTEM".
     return codec != nullptr ? codec : QTextCodec::codecForLocale();
+}
+
+/// Whether a detector that has met nothing but ASCII learns nothing from these bytes either: they hold no
+/// byte above 7F, and neither the escape nor the tilde that introduce the encodings in seven bits.
+bool isPlainAscii(const char* bytes, std::size_t count)
+{
+    unsigned special = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto byte = static_cast<unsigned char>(bytes[i]);
+        special |= static_cast<unsigned>(byte >= 0x80) | static_cast<unsigned>(byte == 0x1B) |
+                   static_cast<unsigned>(byte == '~');
+    }
+    return special == 0;
 }
 
 void replaceNonAsciiUnits(QString& text)
@@ -156,10 +170,16 @@ const char* CZemtarEncoding::DetectFileEncoding(CZemtarString path)
     }
     DetectorHandle detector(uchardet_new());
     std::vector<char> block(kDetectionBlock);
+    bool isFirst = true; // the detector looks for a byte-order mark there
+    bool isPlain = true;
     while (std::feof(file.get()) == 0) {
         const std::size_t count = std::fread(block.data(), 1, block.size(), file.get());
         if (std::ferror(file.get()) != 0) {
             return nullptr; // A folder opens too, but never reaches its end.
+        }
+        isPlain = isPlain && isPlainAscii(block.data(), count);
+        if (isPlain && !std::exchange(isFirst, false)) {
+            continue; // most CAD files are plain throughout, and the detector is far slower than the disk
         }
         if (uchardet_handle_data(detector.get(), block.data(), count) != 0) {
             // Wanted: a detector that gave up is not touched again, nor is its file; both stay allocated.

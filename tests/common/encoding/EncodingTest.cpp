@@ -2,7 +2,9 @@
 #include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
+#include <uchardet.h>
 
+#include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <sys/resource.h>
@@ -46,6 +48,40 @@ TEST_F(Encoding, HostTextsKeepEveryCharacter)
     }
     EXPECT_EQ(toHost(QString("ab") + QChar(0) + "c"), CZemtarString("ab"));
     EXPECT_EQ(toQt(L"\x110000"), QChar(0xFFFD));
+}
+
+TEST_F(Encoding, DetectsAsTheDetectorGivenAllBytes)
+{
+    constexpr int block = 0x10000;
+    const QByteArray plain = QByteArray("#1=POINT('',(1.,2.));\n").repeated(12000);
+    const std::pair<int, QByteArray> cases[] = {
+        {0, ""},
+        {0, "\xEF\xBB\xBF"},
+        {block, "\xEF\xBB\xBF"},
+        {block + 9, "Gr\xF6\xDF"
+                    "e der Gesch\xE4"
+                    "ftsf\xFChrung"},
+        {3 * block - 1, "\xE8\xAE\xBE\xE8\xAE\xA1"},
+        {block - 1, "~"},
+        {block - 2, "~{<:Ky2;R*~}"},
+        {2 * block - 1, "~{<:Ky2;R*WvHK~}"},
+        {2 * block, "{<:Ky2;R*~}"},
+        {2 * block - 2, "\x1B$B4A;z\x1B(B"},
+        {2 * block, QByteArray("\x1B$)C\x0E\x30\x21\x0F")},
+        {block + 1, "a\xA0"
+                    "b"},
+        {plain.size() - 1, "\xA0"},
+    };
+    for (const auto& [at, bytes] : cases) {
+        const QByteArray text = QByteArray(plain).replace(at, bytes.size(), bytes);
+        const uchardet_t detector = uchardet_new();
+        for (int i = 0; i < text.size(); i += block) {
+            uchardet_handle_data(detector, text.data() + i, std::min<std::size_t>(block, text.size() - i));
+        }
+        uchardet_data_end(detector);
+        EXPECT_EQ(detect(source(text)), uchardet_get_charset(detector)) << at << " " << bytes.toHex().data();
+        uchardet_delete(detector);
+    }
 }
 
 TEST(Convert, TruncatesColorsWithoutClamping)
