@@ -4,7 +4,7 @@
 
 #include "sdk/occt/OcctEngines.h"
 #include "sdk/part21/Part21Engines.h"
-#if defined(CADEX_WITH_IFC) && __has_include("sdk/ifc/IfcEngines.h")
+#ifdef CADEX_WITH_IFC
 #include "sdk/ifc/IfcEngines.h"
 #endif
 
@@ -15,7 +15,7 @@ void RegisterEngines(EngineRegistry& registry)
 {
     RegisterOcctEngines(registry);
     RegisterPart21Engines(registry);
-#if defined(CADEX_WITH_IFC) && __has_include("sdk/ifc/IfcEngines.h")
+#ifdef CADEX_WITH_IFC
     RegisterIfcEngines(registry);
 #endif
 }
