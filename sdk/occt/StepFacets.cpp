@@ -524,9 +524,10 @@ bool StepFacets::Read(const StepText& text, const StepContent& content)
     if (structure.products.empty() || (!polygons && text.CountOf("ADVANCED_FACE") < ManyFaces)) {
         return false;
     }
+    StepPlacements placements(text, structure);
     myPlacements.reserve(structure.instances.size());
     for (const StepInstance& instance : structure.instances) {
-        const std::optional<ModelData_Transformation> placement = ReadPlacement(text, structure, instance);
+        const std::optional<ModelData_Transformation> placement = placements.Read(instance);
         if (!placement) {
             return false;
         }

@@ -81,7 +81,7 @@ bool ReadFrame(const StepText& text, StepId id, double unit, Frame& frame)
     return true;
 }
 
-double UnitOf(const StepText& text, StepId representation)
+double ReadUnit(const StepText& text, StepId representation)
 {
     const StepText::Record* record = text.Find(representation);
     if (record == nullptr) {
@@ -95,18 +95,26 @@ double UnitOf(const StepText& text, StepId representation)
 
 } // namespace
 
-std::optional<ModelData_Transformation> ReadPlacement(const StepText& text, const StepStructure& structure,
-                                                      const StepInstance& instance)
+double StepPlacements::UnitOf(StepId representation)
+{
+    const auto [unit, isNew] = myUnits.try_emplace(representation);
+    if (isNew) {
+        unit->second = ReadUnit(myText, representation);
+    }
+    return unit->second;
+}
+
+std::optional<ModelData_Transformation> StepPlacements::Read(const StepInstance& instance)
 {
     bool found = false;
-    StepCursor relation = text.Arguments(instance.relation, "REPRESENTATION_RELATIONSHIP", found);
+    StepCursor relation = myText.Arguments(instance.relation, "REPRESENTATION_RELATIONSHIP", found);
     relation.Skip();
     relation.Skip();
     StepId first = relation.Reference();
     StepId second = relation.Reference();
     StepCursor operation =
-        text.Arguments(instance.relation, "REPRESENTATION_RELATIONSHIP_WITH_TRANSFORMATION", found);
-    StepCursor items = text.Arguments(operation.Reference(), "ITEM_DEFINED_TRANSFORMATION", found);
+        myText.Arguments(instance.relation, "REPRESENTATION_RELATIONSHIP_WITH_TRANSFORMATION", found);
+    StepCursor items = myText.Arguments(operation.Reference(), "ITEM_DEFINED_TRANSFORMATION", found);
     if (!found) {
         return std::nullopt;
     }
@@ -116,18 +124,18 @@ std::optional<ModelData_Transformation> ReadPlacement(const StepText& text, cons
     StepId to = items.Reference();
     std::size_t firstProduct = 0;
     std::size_t secondProduct = 0;
-    if (structure.ProductOfRepresentation(first, firstProduct) &&
-        structure.ProductOfRepresentation(second, secondProduct) && firstProduct == instance.parent &&
+    if (myStructure.ProductOfRepresentation(first, firstProduct) &&
+        myStructure.ProductOfRepresentation(second, secondProduct) && firstProduct == instance.parent &&
         secondProduct == instance.child) {
         std::swap(first, second);
         std::swap(from, to);
     }
-    const double firstUnit = UnitOf(text, first);
-    const double secondUnit = UnitOf(text, second);
+    const double firstUnit = UnitOf(first);
+    const double secondUnit = UnitOf(second);
     Frame a{};
     Frame b{};
-    if (!(firstUnit > 0.0) || !(secondUnit > 0.0) || !ReadFrame(text, from, firstUnit, a) ||
-        !ReadFrame(text, to, secondUnit, b)) {
+    if (!(firstUnit > 0.0) || !(secondUnit > 0.0) || !ReadFrame(myText, from, firstUnit, a) ||
+        !ReadFrame(myText, to, secondUnit, b)) {
         return std::nullopt;
     }
     // b * inverse(a): the inverse of a rotation is its transpose.

@@ -1,7 +1,8 @@
-// Where a STEP file places an occurrence, from the text alone.
+// Where a STEP file places its occurrences, from the text alone.
 #pragma once
 
 #include <optional>
+#include <unordered_map>
 
 #include <cadex/ModelData_Transformation.hxx>
 
@@ -11,14 +12,31 @@
 namespace cadex {
 namespace occt {
 
-/// The placement of an instance in millimetres; nothing when it is not given by two axis placements (a
-/// scaling operator, a mapped item, no placement at all), or when an axis placement is degenerate.
-///
-/// NOTE: ISO 10303-43, item_defined_transformation: the first axis placement, in the representation of the
-/// placed product, goes to the second, in that of the assembly. Files with the two representations swapped
-/// are common.
-std::optional<ModelData_Transformation> ReadPlacement(const StepText& text, const StepStructure& structure,
-                                                      const StepInstance& instance);
+/// Reads placements; the text and structure must outlive it.
+class StepPlacements
+{
+public:
+    StepPlacements(const StepText& text, const StepStructure& structure)
+        : myText(text), myStructure(structure)
+    {
+    }
+
+    /// The placement of an instance in millimetres; nothing when it is not given by two axis placements (a
+    /// scaling operator, a mapped item, no placement at all), or when an axis placement is degenerate.
+    ///
+    /// NOTE: ISO 10303-43, item_defined_transformation: the first axis placement, in the representation of
+    /// the placed product, goes to the second, in that of the assembly. Files with the two representations
+    /// swapped are common.
+    std::optional<ModelData_Transformation> Read(const StepInstance& instance);
+
+private:
+    double UnitOf(StepId representation);
+
+    const StepText& myText;
+    const StepStructure& myStructure;
+    // An assembly's representation lists the axes of all that stands in it: it is gone through once.
+    std::unordered_map<StepId, double> myUnits;
+};
 
 } // namespace occt
 } // namespace cadex
