@@ -116,16 +116,42 @@ ModelData_Part MakeFacetPart(Context& context, const Base_UTF16String& name, con
     return part;
 }
 
+/// The normal of each triangle for its three corners: what a tessellation without normals means.
+void AddFlatNormals(const Polyhedron& facets, const std::vector<U32>& triangles,
+                    ModelData_IndexedTriangleSet& mesh)
+{
+    std::vector<ModelData_Vectorf> normals;
+    std::vector<ModelData_PolyVertexSet::IndexType> indices;
+    normals.reserve(triangles.size() / 3);
+    indices.reserve(triangles.size());
+    for (std::size_t i = 0; i + 2 < triangles.size(); i += 3) {
+        const gp_XYZ& a = facets.points[triangles[i]];
+        const gp_XYZ area =
+            (facets.points[triangles[i + 1]] - a).Crossed(facets.points[triangles[i + 2]] - a);
+        const gp_XYZ normal = Unit(area, gp_XYZ());
+        indices.insert(indices.end(), 3, static_cast<int>(normals.size()));
+        normals.emplace_back(static_cast<float>(normal.X()), static_cast<float>(normal.Y()),
+                             static_cast<float>(normal.Z()));
+    }
+    mesh.AddNormals(normals.data(), normals.size(), indices.data(), indices.size());
+}
+
 ModelData_IndexedTriangleSet MakeMesh(Context& context, Polyhedron&& facets)
 {
+    const std::vector<U32> triangles = Triangulate(context, facets);
     TriangleArrays arrays;
-    arrays.indices = Triangulate(context, facets);
+    arrays.indices = triangles;
     arrays.points.reserve(facets.points.size());
     for (const gp_XYZ& point : facets.points) {
         arrays.points.push_back(PointOf(point));
     }
+    const bool smooth = !facets.normals.empty();
     arrays.normals = std::move(facets.normals);
-    return MakeTriangleSet(std::move(arrays));
+    ModelData_IndexedTriangleSet mesh = MakeTriangleSet(std::move(arrays));
+    if (!smooth) {
+        AddFlatNormals(facets, triangles, mesh);
+    }
+    return mesh;
 }
 
 /// Meshes as triangle sets and each chain of curves as a polyline set of its own.

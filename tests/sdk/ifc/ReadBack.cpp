@@ -140,11 +140,27 @@ private:
         return result;
     }
 
+    static bool FacesOutwards(const ModelData_IndexedTriangleSet& set, int face, int corner)
+    {
+        const ModelData_Point& a = set.Coordinate(face, 0);
+        const ModelData_Point& b = set.Coordinate(face, 1);
+        const ModelData_Point& c = set.Coordinate(face, 2);
+        const double u[] = {b.X() - a.X(), b.Y() - a.Y(), b.Z() - a.Z()};
+        const double v[] = {c.X() - a.X(), c.Y() - a.Y(), c.Z() - a.Z()};
+        const ModelData_Vectorf& n = set.VertexNormal(face, corner);
+        return n.X() * (u[1] * v[2] - u[2] * v[1]) + n.Y() * (u[2] * v[0] - u[0] * v[2]) +
+                   n.Z() * (u[0] * v[1] - u[1] * v[0]) >
+               0;
+    }
+
     void AddTriangles(const ModelData_IndexedTriangleSet& set, Node& node) const
     {
         node.triangles += set.NumberOfFaces();
         node.setColours.push_back(ColourOf(set.Appearance()));
         for (int face = 0; face < set.NumberOfFaces(); ++face) {
+            for (int corner = 0; corner < 3 && set.HasNormals(); ++corner) {
+                node.normals += FacesOutwards(set, face, corner) ? 1 : 0;
+            }
             const auto a = Placed(set.Coordinate(face, 0));
             const auto b = Placed(set.Coordinate(face, 1));
             const auto c = Placed(set.Coordinate(face, 2));

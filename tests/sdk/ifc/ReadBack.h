@@ -23,6 +23,7 @@ struct Node
     bool exact = false;  ///< has a B-rep
     double solid = 0;    ///< volume of the B-rep as the SDK tells it; 0 when it has none
     double enclosed = 0; ///< volume of the mesh, signed
+    int normals = 0;     ///< corners whose normal points to the side that the triangle faces
     std::array<double, 3> low{1e300, 1e300, 1e300};
     std::array<double, 3> high{-1e300, -1e300, -1e300};
     std::vector<std::array<float, 4>> setColours; ///< of each triangle set

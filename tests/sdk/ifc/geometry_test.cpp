@@ -431,7 +431,8 @@ void Check(const Solid& solid, const ReadBack& model, double scale)
     if (part.exact) {
         EXPECT_NEAR(part.solid / volume, 1, solid.slack);
     }
-    EXPECT_NEAR(part.enclosed / volume, 1, 0.02); // the mesh, and that it faces outwards
+    EXPECT_GE(part.normals, 3 * part.triangles * 0.99); // a sliver at a pole may lean
+    EXPECT_NEAR(part.enclosed / volume, 1, 0.02);       // the mesh, and that it faces outwards
     for (std::size_t k = 0; k < 3; ++k) {
         // a mesh of a round body stays inside it by the chord at most
         EXPECT_NEAR(part.low[k], solid.low[k] * scale, 0.01 * scale * (solid.high[k] - solid.low[k]));
