@@ -25,7 +25,9 @@ private:
     Handle(XSAlgo_AlgoContainer) mySaved;
 };
 
-/// True when every face of the shape lies on a plane and every edge on a line.
+/// True when every face of the shape lies on a plane between straight edges, with one wire around its
+/// material and the others around holes. Files whose loops run against their planes are common: those shapes
+/// must be healed.
 bool IsFlat(const TopoDS_Shape& shape);
 
 } // namespace occt

@@ -13,7 +13,6 @@
 #include "sdk/occt/StepFacets.h"
 #include "sdk/occt/StepKernel.h"
 #include "sdk/occt/StepModelBuilder.h"
-#include "sdk/occt/StepStrings.h"
 #include "sdk/occt/StepText.h"
 
 namespace cadex {
@@ -55,37 +54,19 @@ public:
     }
 
 private:
-    bool Read(std::string bytes, Base_UTF16String fileName, const Base_ReaderParameters& parameters)
+    bool Read(std::string bytes, const Base_UTF16String& fileName, const Base_ReaderParameters& parameters)
     {
         myPreferred = static_cast<const STEP_ReaderParameters&>(parameters).PreferredBRepRepresentationType();
         StepText text;
-        if (!text.Load(std::move(bytes)) || !myContent.structure.Build(text)) {
+        if (!text.Load(std::move(bytes)) || !ReadStepContent(text, fileName, myContent)) {
             return false;
         }
-        AppearanceCache appearances;
-        myContent.styles.Read(text, myContent.structure, appearances);
-        myContent.properties.Read(text, myContent.structure);
-        myContent.header = ReadStepHeader(text);
-        myContent.fileName = RootName(text, std::move(fileName));
         myIsFaceted = myFacets.Read(text, myContent);
         if (myIsFaceted) {
             return true;
         }
         myKernel = std::make_unique<StepKernel>();
         return RunGuarded(EngineUse::Exchange, [&] { return myKernel->Read(text); });
-    }
-
-    // The name that the file gives itself, without folder and extension, else its name on disk.
-    static Base_UTF16String RootName(const StepText& text, Base_UTF16String fileName)
-    {
-        StepCursor header = text.Header("FILE_NAME");
-        std::string_view name = header.String();
-        const std::size_t folder = name.find_last_of("/\\");
-        if (folder != std::string_view::npos) {
-            name.remove_prefix(folder + 1);
-        }
-        name = name.substr(0, name.rfind('.'));
-        return IsBlankText(name) ? std::move(fileName) : DecodeStepString(name);
     }
 
     STEP_ReaderParameters::BRepRepresentationType myPreferred = STEP_ReaderParameters::Auto;

@@ -1,8 +1,12 @@
 #include "sdk/occt/StepModelBuilder.h"
 
+#include <string_view>
+
 #include <cadex/ModelData_Assembly.hxx>
 #include <cadex/ModelData_Instance.hxx>
 #include <cadex/ModelData_Part.hxx>
+
+#include "sdk/occt/StepStrings.h"
 
 namespace cadex {
 namespace occt {
@@ -27,15 +31,19 @@ public:
         }
         for (const StepBody& body : myGeometry.LooseBodies()) {
             roots.push_back(MakePart(body, body.name));
+            myHasBodies = true;
+        }
+        if (roots.empty() || (myContent.hasGeometry && !myHasBodies)) {
+            return false;
         }
         if (roots.size() == 1 && roots.front().Name().IsEmpty()) {
-            roots.front().SetName(myContent.fileName);
+            roots.front().SetName(myContent.rootName);
         }
         for (ModelData_SceneGraphElement& root : roots) {
             AddCopy(root, myContent.header);
             model.AddRoot(root);
         }
-        return !roots.empty();
+        return true;
     }
 
 private:
@@ -66,6 +74,7 @@ private:
     {
         const StepProduct& product = myContent.structure.products[number];
         const StepBody body = myGeometry.Body(number);
+        myHasBodies = myHasBodies || !body.representation.IsNull();
         ModelData_SceneGraphElement& element = myElements[number];
         if (product.isAssembly && (!product.instances.empty() || body.representation.IsNull())) {
             element = MakeAssembly(product, body);
@@ -113,9 +122,61 @@ private:
     const StepContent& myContent;
     StepGeometry& myGeometry;
     std::vector<ModelData_SceneGraphElement> myElements;
+    bool myHasBodies = false;
 };
 
+// The name that the file gives itself, without folder and extension, else its name on disk.
+Base_UTF16String RootName(const StepText& text, const Base_UTF16String& fileName)
+{
+    StepCursor header = text.Header("FILE_NAME");
+    std::string_view name = header.String();
+    const std::size_t folder = name.find_last_of("/\\");
+    if (folder != std::string_view::npos) {
+        name.remove_prefix(folder + 1);
+    }
+    name = name.substr(0, name.rfind('.'));
+    return IsBlankText(name) ? fileName : DecodeStepString(name);
+}
+
+bool IsMoreThanPlacements(const StepText& text, StepId representation)
+{
+    const StepText::Record* record = text.Find(representation);
+    if (record == nullptr) {
+        return false;
+    }
+    StepCursor arguments = text.Arguments(*record);
+    arguments.Skip();
+    if (!arguments.EnterList()) {
+        return false;
+    }
+    while (arguments.More() && !arguments.Failed()) {
+        const StepText::Record* item = text.Find(arguments.Reference());
+        if (item != nullptr && !EndsWith(text.TypeName(*item), "PLACEMENT_3D")) {
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
+
+bool ReadStepContent(const StepText& text, const Base_UTF16String& fileName, StepContent& content)
+{
+    if (!content.structure.Build(text)) {
+        return false;
+    }
+    AppearanceCache appearances;
+    content.styles.Read(text, content.structure, appearances);
+    content.properties.Read(text, content.structure);
+    content.header = ReadStepHeader(text);
+    content.rootName = RootName(text, fileName);
+    for (const StepProduct& product : content.structure.products) {
+        for (const StepId representation : product.representations) {
+            content.hasGeometry = content.hasGeometry || IsMoreThanPlacements(text, representation);
+        }
+    }
+    return true;
+}
 
 bool BuildStepModel(const StepContent& content, StepGeometry& geometry, ModelData_Model& model)
 {

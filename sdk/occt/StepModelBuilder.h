@@ -46,12 +46,18 @@ struct StepContent
     StepStyles styles;
     StepProperties properties;
     ModelData_PropertyTable header;
-    Base_UTF16String fileName; ///< name of a single root that has none
+    Base_UTF16String
+        rootName; ///< for a single root that has no name: what the file calls itself, else its name
+    bool hasGeometry = false; ///< some product is represented by more than placements
 };
+
+/// Reads the content; false when the product structure is refused (see StepStructure::Build).
+bool ReadStepContent(const StepText& text, const Base_UTF16String& fileName, StepContent& content);
 
 /// Appends the roots to the model: an assembly for a product that is assembled, else a part; each product
 /// once, however often it is used. An assembly that has geometry of its own gets it as a part of the same
-/// name. The header's properties go to every root. False when the file holds nothing.
+/// name. The header's properties go to every root. False when the file holds nothing, or
+/// geometry of which nothing could be made.
 bool BuildStepModel(const StepContent& content, StepGeometry& geometry, ModelData_Model& model);
 
 } // namespace occt

@@ -123,7 +123,7 @@ public:
     }
     void operator()(const Base_UTF16String& n, const ModelData_Point& v) override
     {
-        Property(n, "point " + Number(v.X()) + ' ' + Number(v.Y()) + ' ' + Number(v.Z()));
+        Property(n, "point " + Number(v.X()) + " / " + Number(v.Y()) + " / " + Number(v.Z()));
     }
     void operator()(const Base_UTF16String& n, const ModelData_Box&) override { Property(n, "box"); }
 

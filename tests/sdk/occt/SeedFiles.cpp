@@ -83,9 +83,11 @@ Seed StepOf(bool assembly, bool facets)
         const TDF_Label root = shapes->NewShape();
         gp_Trsf aside;
         aside.SetTranslation(gp_Vec(100, 0, 0));
-        shapes->AddComponent(root, part, TopLoc_Location());
+        TDataStd_Name::Set(other, "Mixture");
+        TDataStd_Name::Set(shapes->AddComponent(root, part, TopLoc_Location()), "first");
         const TDF_Label second = shapes->AddComponent(root, part, TopLoc_Location(aside));
-        shapes->AddComponent(root, other, TopLoc_Location());
+        TDataStd_Name::Set(second, "second");
+        TDataStd_Name::Set(shapes->AddComponent(root, other, TopLoc_Location()), "third");
         colours->SetColor(second, Quantity_Color(Quantity_NOC_GREEN), XCAFDoc_ColorGen);
         shapes->UpdateAssemblies();
     }
@@ -193,11 +195,11 @@ Seed IgesSubfigures(bool inches)
         const auto use = [&](const gp_XYZ& at, double scale) {
             Handle(IGESBasic_SingularSubfigure) instance = new IGESBasic_SingularSubfigure;
             instance->Init(definition, at, scale != 1.0, scale);
-            writer.AddEntity(instance);
             return instance;
         };
-        Name(use(gp_XYZ(100, 0, 0), 1.0), "First");
-        use(gp_XYZ(0, 100, 0), 2.0);
+        const auto first = use(gp_XYZ(100, 0, 0), 1.0);
+        Name(first, "First");
+        const auto scaled = use(gp_XYZ(0, 100, 0), 2.0);
         Handle(TColStd_HArray2OfReal) values = new TColStd_HArray2OfReal(1, 3, 1, 4, 0.0);
         values->SetValue(1, 1, -1.0);
         values->SetValue(2, 2, 1.0);
@@ -206,7 +208,12 @@ Seed IgesSubfigures(bool inches)
         Handle(IGESGeom_TransformationMatrix) mirror = new IGESGeom_TransformationMatrix;
         mirror->Init(values);
         mirror->SetFormNumber(1);
-        use(gp_XYZ(0, 0, 0), 1.0)->InitTransf(mirror);
+        const auto mirrored = use(gp_XYZ(0, 0, 0), 1.0);
+        mirrored->InitTransf(mirror);
+        // An entity must be complete when it is added.
+        for (const auto& instance : {first, scaled, mirrored}) {
+            writer.AddEntity(instance);
+        }
     });
 }
 
