@@ -48,7 +48,7 @@ public:
             return BuildStepModel(myContent, myFacets, model);
         }
         return myKernel != nullptr && RunGuarded(EngineUse::Exchange, [&] {
-                   return myKernel->Transfer(myContent, myPreferred) &&
+                   return myKernel->Transfer(myPreferred) &&
                           BuildStepModel(myContent, *myKernel, model);
                });
     }
@@ -66,7 +66,7 @@ private:
             return true;
         }
         myKernel = std::make_unique<StepKernel>();
-        return RunGuarded(EngineUse::Exchange, [&] { return myKernel->Read(text); });
+        return RunGuarded(EngineUse::Exchange, [&] { return myKernel->Read(text, myContent); });
     }
 
     STEP_ReaderParameters::BRepRepresentationType myPreferred = STEP_ReaderParameters::Auto;

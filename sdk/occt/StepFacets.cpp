@@ -524,15 +524,12 @@ bool StepFacets::Read(const StepText& text, const StepContent& content)
     if (structure.products.empty() || (!polygons && text.CountOf("ADVANCED_FACE") < ManyFaces)) {
         return false;
     }
-    StepPlacements placements(text, structure);
-    myPlacements.reserve(structure.instances.size());
-    for (const StepInstance& instance : structure.instances) {
-        const std::optional<ModelData_Transformation> placement = placements.Read(instance);
-        if (!placement) {
-            return false;
-        }
-        myPlacements.push_back(*placement);
+    std::optional<std::vector<ModelData_Transformation>> placements =
+        StepPlacements(text, structure).ReadAll();
+    if (!placements) {
+        return false;
     }
+    myPlacements = std::move(*placements);
     BodyReader reader(text, content.styles);
     myBodies.resize(structure.products.size());
     bool any = false;

@@ -1,7 +1,6 @@
 #include "sdk/occt/StepGate.h"
 
 #include <algorithm>
-#include <charconv>
 #include <iterator>
 #include <string_view>
 #include <unordered_set>
@@ -20,21 +19,6 @@ constexpr std::string_view Starts[] = {
     "CONTEXT_DEPENDENT_SHAPE_REPRESENTATION",
     "SHAPE_REPRESENTATION_RELATIONSHIP",
 };
-
-// Appends the numbers that the record refers to.
-void AppendReferences(std::string_view arguments, std::vector<StepId>& ids)
-{
-    bool inText = false;
-    for (const char* p = arguments.data(); p < arguments.data() + arguments.size(); ++p) {
-        if (*p == '\'') {
-            inText = !inText;
-        } else if (*p == '#' && !inText) {
-            StepId id = 0;
-            std::from_chars(p + 1, arguments.data() + arguments.size(), id);
-            ids.push_back(id);
-        }
-    }
-}
 
 } // namespace
 
@@ -68,7 +52,7 @@ bool NeedsAnyForShapes(const StepText& text, const std::vector<StepId>& records)
             continue;
         }
         references.clear();
-        AppendReferences({text.Bytes().data() + record->offset, record->size}, references);
+        text.AppendReferences(*record, references);
         for (const StepId next : references) {
             if (seen.insert(next).second) {
                 open.push_back(next);

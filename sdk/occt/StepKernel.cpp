@@ -26,11 +26,17 @@
 #include "sdk/occt/Placements.h"
 #include "sdk/occt/ShapeLooks.h"
 #include "sdk/occt/StepGate.h"
+#include "sdk/occt/StepPlacements.h"
 #include "sdk/occt/StepStrings.h"
+#include "sdk/occt/StepSubset.h"
 
 namespace cadex {
 namespace occt {
 namespace {
+
+// The time that the kernel takes for assemblies grows with the square of the number of instances. From this
+// many on it is felt: then the kernel gets the products alone, and the text tells where they stand.
+constexpr std::size_t ManyInstances = 300;
 
 // Reads from memory without a copy.
 class MemoryBuffer : public std::streambuf
@@ -87,6 +93,7 @@ struct StepKernel::State
     std::unordered_map<StepId, Handle(Standard_Transient)> entities;
     Handle(Transfer_TransientProcess) process;
     const StepContent* content = nullptr;
+    std::vector<ModelData_Transformation> placements; ///< of the instances; empty when the kernel places them
     ShapeLooks looks;
 
     TopoDS_Shape ShapeOf(const Handle(Standard_Transient) & entity) const
@@ -101,7 +108,7 @@ struct StepKernel::State
         return found != entities.end() ? ShapeOf(found->second) : TopoDS_Shape();
     }
 
-    bool TransferRoots()
+    bool TransferShapes()
     {
         reader.TransferRoots();
         process = reader.WS()->TransferReader()->TransientProcess();
@@ -135,9 +142,16 @@ struct StepKernel::State
 StepKernel::StepKernel() : myState(std::make_unique<State>()) {}
 StepKernel::~StepKernel() = default;
 
-bool StepKernel::Read(const StepText& text)
+bool StepKernel::Read(const StepText& text, const StepContent& content)
 {
-    MemoryBuffer buffer(text.Bytes());
+    myState->content = &content;
+    StepPlacements placements(text, content.structure);
+    if (content.structure.instances.size() >= ManyInstances && placements.AssembliesHoldAxesOnly()) {
+        myState->placements = placements.ReadAll().value_or(std::vector<ModelData_Transformation>());
+    }
+    const bool isWhole = myState->placements.empty();
+    const std::string subset = isWhole ? std::string() : WithoutInstances(text, content.structure);
+    MemoryBuffer buffer(isWhole ? text.Bytes() : subset);
     std::istream stream(&buffer);
     if (myState->reader.ReadStream("file.stp", stream) != IFSelect_RetDone) {
         return false;
@@ -150,27 +164,29 @@ bool StepKernel::Read(const StepText& text)
             errors.push_back(static_cast<StepId>(model->IdentLabel(model->Value(i))));
         }
     }
-    return model->NbEntities() > 0 && !NeedsAnyForShapes(text, errors);
+    if (model->NbEntities() == 0 || NeedsAnyForShapes(text, errors)) {
+        return false;
+    }
+    myState->FindEntities();
+    return true;
 }
 
-bool StepKernel::Transfer(const StepContent& content, STEP_ReaderParameters::BRepRepresentationType preferred)
+bool StepKernel::Transfer(STEP_ReaderParameters::BRepRepresentationType preferred)
 {
-    myState->content = &content;
     const int mode = ShapeRepresentationMode(preferred);
     SetEngineSetting("read.step.shape.repr", mode);
-    bool done = myState->TransferRoots();
+    bool done = myState->TransferShapes();
     if (!done && mode != 1) {
         // Preferred is not demanded: a file without such a representation is read as it is.
         SetEngineSetting("read.step.shape.repr", 1);
         myState->reader.ClearShapes();
         myState->reader.WS()->InitTransferReader(4);
-        done = myState->TransferRoots();
+        done = myState->TransferShapes();
     }
     if (myState->process.IsNull()) {
         return false;
     }
-    myState->FindEntities();
-    for (const auto& [item, style] : content.styles.items) {
+    for (const auto& [item, style] : myState->content->styles.items) {
         myState->looks.Set(myState->ShapeOf(item), style.surface, style.curve);
     }
     return true;
@@ -215,6 +231,9 @@ StepBody StepKernel::Body(std::size_t number)
 
 ModelData_Transformation StepKernel::Placement(std::size_t number)
 {
+    if (!myState->placements.empty()) {
+        return myState->placements[number];
+    }
     const TopoDS_Shape shape = myState->ShapeOf(myState->content->structure.instances[number].usage);
     return shape.IsNull() ? ModelData_Transformation() : ToTransformation(shape.Location().Transformation());
 }

@@ -20,9 +20,10 @@ public:
 
     /// Loads the text. False when the kernel cannot read it, or when it could not make sense of every record:
     /// from such a file it makes shapes out of null references.
-    bool Read(const StepText& text);
-    /// Makes the shapes of all products. `content` must outlive the kernel's use.
-    bool Transfer(const StepContent& content, STEP_ReaderParameters::BRepRepresentationType preferred);
+    /// `content` is that of the text, and must outlive the kernel's use.
+    bool Read(const StepText& text, const StepContent& content);
+    /// Makes the shapes of all products.
+    bool Transfer(STEP_ReaderParameters::BRepRepresentationType preferred);
 
     StepBody Body(std::size_t product) override;
     ModelData_Transformation Placement(std::size_t instance) override;

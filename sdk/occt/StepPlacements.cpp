@@ -156,5 +156,43 @@ std::optional<ModelData_Transformation> StepPlacements::Read(const StepInstance&
     return placement;
 }
 
+std::optional<std::vector<ModelData_Transformation>> StepPlacements::ReadAll()
+{
+    std::vector<ModelData_Transformation> placements;
+    placements.reserve(myStructure.instances.size());
+    for (const StepInstance& instance : myStructure.instances) {
+        const std::optional<ModelData_Transformation> placement = Read(instance);
+        if (!placement) {
+            return std::nullopt;
+        }
+        placements.push_back(*placement);
+    }
+    return placements;
+}
+
+bool StepPlacements::AssembliesHoldAxesOnly() const
+{
+    std::vector<StepId> items;
+    for (const StepProduct& product : myStructure.products) {
+        for (const StepId id : product.representations) {
+            const StepText::Record* representation = product.instances.empty() ? nullptr : myText.Find(id);
+            if (representation == nullptr) {
+                continue;
+            }
+            StepCursor arguments = myText.Arguments(*representation);
+            arguments.Skip();
+            items.clear();
+            arguments.References(items);
+            for (const StepId item : items) {
+                const StepText::Record* record = myText.Find(item);
+                if (record == nullptr || !myText.Is(*record, "AXIS2_PLACEMENT_3D")) {
+                    return false;
+                }
+            }
+        }
+    }
+    return true;
+}
+
 } // namespace occt
 } // namespace cadex

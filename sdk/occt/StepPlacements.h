@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <unordered_map>
+#include <vector>
 
 #include <cadex/ModelData_Transformation.hxx>
 
@@ -28,6 +29,12 @@ public:
     /// the placed product, goes to the second, in that of the assembly. Files with the two representations
     /// swapped are common.
     std::optional<ModelData_Transformation> Read(const StepInstance& instance);
+    /// Those of all instances; nothing when one is missing.
+    std::optional<std::vector<ModelData_Transformation>> ReadAll();
+
+    /// True when nothing but axes stands in the representations of the products that are assembled: they have
+    /// no geometry of their own.
+    bool AssembliesHoldAxesOnly() const;
 
 private:
     double UnitOf(StepId representation);

@@ -392,6 +392,21 @@ bool StepText::IndexStatements()
     return hasData;
 }
 
+void StepText::AppendReferences(const Record& record, std::vector<StepId>& ids) const
+{
+    bool inText = false;
+    const char* const end = myBytes.data() + record.offset + record.size;
+    for (const char* p = end - record.size; p < end; ++p) {
+        if (*p == '\'') {
+            inText = !inText;
+        } else if (*p == '#' && !inText) {
+            StepId id = 0;
+            std::from_chars(p + 1, end, id);
+            ids.push_back(id);
+        }
+    }
+}
+
 bool StepText::IndexRecord(const char* statement, const char* end)
 {
     Record record;

@@ -118,6 +118,8 @@ public:
     /// Arguments of the record when it is of the type, or of its part of that type when it is a complex
     /// instance; `found` tells which is which from a cursor without arguments.
     StepCursor Arguments(StepId id, std::string_view type, bool& found) const;
+    /// Appends the numbers that the record refers to, wherever they stand in it.
+    void AppendReferences(const Record& record, std::vector<StepId>& ids) const;
 
     /// Arguments of a record of the HEADER section, for example FILE_NAME; without arguments when there is
     /// none.

@@ -12,15 +12,21 @@
 
 #include <gtest/gtest.h>
 
+#include <BRepPrimAPI_MakeBox.hxx>
 #include <BRep_Tool.hxx>
 #include <IGESControl_Reader.hxx>
 #include <Message.hxx>
 #include <Message_Messenger.hxx>
 #include <Message_Printer.hxx>
+#include <STEPCAFControl_Writer.hxx>
 #include <STEPControl_Reader.hxx>
+#include <TDocStd_Document.hxx>
 #include <TopExp_Explorer.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Shape.hxx>
+#include <XCAFApp_Application.hxx>
+#include <XCAFDoc_DocumentTool.hxx>
+#include <XCAFDoc_ShapeTool.hxx>
 
 #include <filesystem>
 #include <ostream>
@@ -172,6 +178,58 @@ TEST_F(RoundTrip, HoldsInEveryUnitAndOpensInAPlainKernelProgram)
             }
         }
     }
+}
+
+/// The kernel's own file of boxes in two levels of assemblies, all of them turned.
+TEST_F(RoundTrip, ManyInstancesStandWhereTheKernelPutThem)
+{
+    Handle(TDocStd_Document) document;
+    XCAFApp_Application::GetApplication()->NewDocument("BinXCAF", document);
+    const Handle(XCAFDoc_ShapeTool) shapes = XCAFDoc_DocumentTool::ShapeTool(document->Main());
+    const TDF_Label box = shapes->AddShape(BRepPrimAPI_MakeBox(1.0, 2.0, 3.0).Shape(), false);
+    const TDF_Label row = shapes->NewShape();
+    const TDF_Label top = shapes->NewShape();
+    const auto placed = [](int i) {
+        gp_Trsf turn;
+        gp_Trsf move;
+        turn.SetRotation(gp_Ax1(gp_Pnt(1, 0, 0), gp_Dir(1, 2, 3)), 0.1 * (i + 1));
+        move.SetTranslation(gp_Vec(10.0 * i, -i, 5));
+        return move * turn;
+    };
+    constexpr int count = 160;
+    for (int i = 0; i < count; ++i) {
+        shapes->AddComponent(row, box, TopLoc_Location(placed(i)));
+    }
+    shapes->AddComponent(top, row, TopLoc_Location(placed(7)));
+    for (int i = 0; i < count; ++i) {
+        shapes->AddComponent(top, box, TopLoc_Location(placed(200 + i)));
+    }
+    shapes->UpdateAssemblies();
+    STEPCAFControl_Writer writer;
+    Message::DefaultMessenger()->RemovePrinters(STANDARD_TYPE(Message_Printer));
+    ASSERT_TRUE(writer.Transfer(document));
+    ASSERT_EQ(writer.Write(path("many.stp").toStdString().c_str()), IFSelect_RetDone);
+    XCAFApp_Application::GetApplication()->Close(document);
+
+    const auto imported = Import(host("many.stp"), Reader::eReaderSTEP);
+    ASSERT_TRUE(imported);
+    EXPECT_EQ(SceneFacts(*imported).uses, std::vector<int>{2 * count});
+    int number = 0;
+    for (const CZemtarSceneNode* node : imported->Nodes()) {
+        if (dynamic_cast<const CZemtar3DObject*>(node)) {
+            const gp_Trsf expected =
+                number < count ? placed(7) * placed(number) : placed(200 + number - count);
+            const CZemtarMatrix found = node->LocalToWorldMatrix(true);
+            for (int line = 0; line < 3; ++line) {
+                for (int column = 0; column < 4; ++column) {
+                    EXPECT_NEAR(found.M(line, column) * (column == 3 ? 1000.0 : 1.0),
+                                expected.Value(line + 1, column + 1), 1e-9);
+                }
+            }
+            ++number;
+        }
+    }
+    EXPECT_EQ(number, 2 * count);
 }
 
 struct Source
