@@ -145,7 +145,7 @@ std::string Through(const std::string& bytes, bool kernel)
     if (kernel) {
         done = occt::RunGuarded(occt::EngineUse::Exchange, [&] {
             occt::StepKernel geometry;
-            return geometry.Read(text) && geometry.Transfer(content, STEP_ReaderParameters::All) &&
+            return geometry.Read(text, content) && geometry.Transfer(STEP_ReaderParameters::All) &&
                    occt::BuildStepModel(content, geometry, model);
         });
     } else {
