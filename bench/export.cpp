@@ -1,6 +1,8 @@
 // Exports of host documents to files, and the reading of such a file with many instances.
 //
-//     own_percent         the library's share of the time: the same export into engines that do nothing
+//     own_percent         the share of the library and of the SDK's data model that it fills: the same export
+//     into
+//                         engines that do nothing
 //     bytes_each          how much one more instance adds to the file, or keeps in memory after an import
 //
 // Each benchmark looks at its file. Times are processor time, fastest of the iterations for the shares.
