@@ -74,7 +74,7 @@ public:
 private:
     std::string Add(const std::string& entity)
     {
-        const std::string id = "#" + std::to_string(++myCount);
+        std::string id = "#" + std::to_string(++myCount);
         myData += id + "=" + entity + ";\n";
         return id;
     }
@@ -89,8 +89,8 @@ private:
         const std::string place =
             Add("IFCLOCALPLACEMENT(" + myPlacement + "," + Add("IFCAXIS2PLACEMENT3D(" + at + ",$,$)") + ")");
         const std::string shape = Add("IFCSHAPEREPRESENTATION(" + myContext + ",'Body','',(" + item + "))");
-        const std::string product = Add(type + "(" + Guid() + ",$,'e',$,$," + place + "," +
-                                        Add("IFCPRODUCTDEFINITIONSHAPE($,$,(" + shape + "))") + tail);
+        std::string product = Add(type + "(" + Guid() + ",$,'e',$,$," + place + "," +
+                                  Add("IFCPRODUCTDEFINITIONSHAPE($,$,(" + shape + "))") + tail);
         const std::string value = Add("IFCPROPERTYSINGLEVALUE('Mark',$,IFCLABEL('x'),$)");
         const std::string set = Add("IFCPROPERTYSET(" + Guid() + ",$,'Pset',$,(" + value + "))");
         Add("IFCRELDEFINESBYPROPERTIES(" + Guid() + ",$,$,$,(" + product + ")," + set + ")");
@@ -108,7 +108,7 @@ private:
     }
     std::string Wall(int number)
     {
-        const std::string wall = Product("IFCWALLSTANDARDCASE", number, Box(",1000.,200."), ",$)");
+        std::string wall = Product("IFCWALLSTANDARDCASE", number, Box(",1000.,200."), ",$)");
         const std::string opening = Product("IFCOPENINGELEMENT", number, Box(",300.,400."), ",$)");
         Add("IFCRELVOIDSELEMENT(" + Guid() + ",$,$,$," + wall + "," + opening + ")");
         return wall;
@@ -118,7 +118,8 @@ private:
         constexpr int Around = 12;
         std::vector<std::string> points;
         for (int i = 0; i < Around * Around; ++i) {
-            const double u = 2 * std::numbers::pi * (i / Around) / Around;
+            const int ring = i / Around;
+            const double u = 2 * std::numbers::pi * ring / Around;
             const double v = 2 * std::numbers::pi * (i % Around) / Around;
             std::ostringstream text;
             text.precision(9);
@@ -130,8 +131,8 @@ private:
         for (int i = 0; i < 2 * Around * Around; ++i) {
             const int quad = i / 2;
             const auto at = [&](int du, int dv) -> const std::string& {
-                return points[static_cast<std::size_t>((quad / Around + du) % Around * Around +
-                                                       (quad % Around + dv) % Around)];
+                const auto row = static_cast<std::size_t>((quad / Around + du) % Around);
+                return points[row * Around + static_cast<std::size_t>((quad % Around + dv) % Around)];
             };
             const std::string loop = Add("IFCPOLYLOOP((" + at(0, 0) + "," + (i % 2 ? at(1, 1) : at(1, 0)) +
                                          "," + (i % 2 ? at(0, 1) : at(1, 1)) + "))");
@@ -204,7 +205,7 @@ void BM_Read(benchmark::State& state)
         return;
     }
     double best = INFINITY;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const double start = ProcessorSeconds();
         benchmark::DoNotOptimize(ReadOnce(text));
         best = std::min(best, ProcessorSeconds() - start);
@@ -223,7 +224,7 @@ void BM_ReadIfcpp(benchmark::State& state)
         return;
     }
     double best = INFINITY;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const double start = ProcessorSeconds();
         auto model = std::make_shared<BuildingModel>();
         std::string copy = text;
@@ -244,7 +245,8 @@ void BM_Write(benchmark::State& state)
     const auto around = static_cast<U32>(std::sqrt(static_cast<double>(state.range(0)) / 2));
     internal::TriangleArrays arrays;
     for (U32 i = 0; i < around * around; ++i) {
-        const double u = 2 * std::numbers::pi * (i / around) / around;
+        const U32 ring = i / around;
+        const double u = 2 * std::numbers::pi * ring / around;
         const double v = 2 * std::numbers::pi * (i % around) / around;
         arrays.points.emplace_back((50 + 20 * std::cos(v)) * std::cos(u),
                                    (50 + 20 * std::cos(v)) * std::sin(u), 20 * std::sin(v));
@@ -258,7 +260,7 @@ void BM_Write(benchmark::State& state)
     ModelData_Model model;
     model.AddRoot(part);
     const std::filesystem::path file = std::filesystem::temp_directory_path() / "ifc_bench.ifc";
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         IFC_Writer writer;
         if (!writer.Transfer(model) || !writer.WriteFile(Base_UTF16String(file.string().c_str()))) {
             state.SkipWithError("not written");

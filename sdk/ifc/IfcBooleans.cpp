@@ -122,6 +122,7 @@ bool Combine(BooleanKind kind, const Solid& body, const std::vector<const Solid*
         result = Solid(std::move(rest));
         return true;
     }
+    shapes.reserve(tools.size());
     for (const Solid* tool : tools) {
         shapes.push_back(tool->Shape());
     }
@@ -135,13 +136,12 @@ bool Combine(BooleanKind kind, const Solid& body, const std::vector<const Solid*
     return true;
 }
 
-bool Combine(BooleanKind kind, const TopoDS_Shape& body, const std::vector<TopoDS_Shape>& tools,
+bool Combine(BooleanKind kind, TopoDS_Shape body, const std::vector<TopoDS_Shape>& tools,
              TopoDS_Shape& result)
 {
-    const TopoDS_Shape before = body; // the result may be the body's own variable
-    result = before;
+    result = body;
     TopTools_ListOfShape arguments;
-    arguments.Append(before);
+    arguments.Append(body);
     TopTools_ListOfShape toolList;
     for (const TopoDS_Shape& tool : tools) {
         toolList.Append(tool);
@@ -164,7 +164,7 @@ bool Combine(BooleanKind kind, const TopoDS_Shape& body, const std::vector<TopoD
         return false;
     }
     const TopoDS_Shape shape = operation.Shape();
-    const bool solid = Has(before, TopAbs_SOLID);
+    const bool solid = Has(body, TopAbs_SOLID);
     const bool empty = !Has(shape, TopAbs_FACE);
     // Nothing left is an answer of a cut or an intersection; faces without a solid, or a solid with a gap,
     // are none.

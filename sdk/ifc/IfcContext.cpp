@@ -217,15 +217,16 @@ Affine Context::WorldPlacement(Id id)
         const Entity placement = file.Get(at);
         at = placement.Is(Type::IfcLocalPlacement) ? placement.RefId(0) : 0;
     }
-    for (auto at = chain.rbegin(); at != chain.rend(); ++at) {
-        const Entity placement = file.Get(*at);
+    std::reverse(chain.begin(), chain.end());
+    for (const Id step : chain) {
+        const Entity placement = file.Get(step);
         try {
             outer = placement.Is(Type::IfcGridPlacement) ? outer * GridPlacement(placement)
                                                          : outer * Placement(placement.Ref(1));
         } catch (const Unbuildable&) {
             // a damaged step of the chain counts as no displacement
         }
-        myWorld[*at] = outer;
+        myWorld[step] = outer;
     }
     return outer;
 }

@@ -137,15 +137,16 @@ Path Reversed(const Path& path)
 {
     Path result;
     result.reserve(path.size());
-    for (auto piece = path.rbegin(); piece != path.rend(); ++piece) {
-        Piece back{piece->end, piece->start, piece->curve, piece->first, piece->last};
-        if (!piece->curve.IsNull()) {
-            back.curve = piece->curve->Reversed();
-            back.first = piece->curve->ReversedParameter(piece->last);
-            back.last = piece->curve->ReversedParameter(piece->first);
+    for (const Piece& piece : path) {
+        Piece back{piece.end, piece.start, piece.curve, piece.first, piece.last};
+        if (!piece.curve.IsNull()) {
+            back.curve = piece.curve->Reversed();
+            back.first = piece.curve->ReversedParameter(piece.last);
+            back.last = piece.curve->ReversedParameter(piece.first);
         }
         result.push_back(back);
     }
+    std::reverse(result.begin(), result.end());
     return result;
 }
 

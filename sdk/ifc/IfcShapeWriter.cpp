@@ -92,6 +92,7 @@ Ref ShapeWriter::WriteLines(const PolyLineSetImpl& lines, const Matrix3& linear)
     const auto flush = [&] {
         if (points.size() > 1) {
             std::vector<Ref> refs;
+            refs.reserve(points.size());
             for (const Vector3& point : points) {
                 refs.push_back(myOut.Add("IFCCARTESIANPOINT", Xyz{point[0], point[1], point[2]}));
             }

@@ -72,7 +72,7 @@ enum class BooleanKind
 };
 /// The operation on one body and its tools. False when the kernel fails or what comes out is no body of the
 /// kind that went in; `result` is then the body as it was, which is the fallback: better uncut than lost.
-bool Combine(BooleanKind kind, const TopoDS_Shape& body, const std::vector<TopoDS_Shape>& tools,
+bool Combine(BooleanKind kind, TopoDS_Shape body, const std::vector<TopoDS_Shape>& tools,
              TopoDS_Shape& result);
 /// The same on solids, without the kernel where body and tools are simple.
 bool Combine(BooleanKind kind, const Solid& body, const std::vector<const Solid*>& tools, Solid& result);

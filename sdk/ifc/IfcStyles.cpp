@@ -73,7 +73,7 @@ ModelData_Appearance StyleReader::OfItem(Id item)
 {
     for (int depth = 0; depth < MaxDepth && item != 0; ++depth) {
         if (const Id styled = Relations::Find(myRelations.styleOf, item)) {
-            const ModelData_Appearance appearance = OfStyles(myFile.Get(styled), 1, 0);
+            ModelData_Appearance appearance = OfStyles(myFile.Get(styled), 1, 0);
             if (!appearance.IsNull()) {
                 return appearance;
             }
@@ -89,7 +89,7 @@ ModelData_Appearance StyleReader::OfItem(Id item)
 ModelData_Appearance StyleReader::OfStyles(const Entity& holder, std::size_t argument, int depth)
 {
     for (Id id : holder.Refs(argument)) {
-        const ModelData_Appearance appearance = OfStyle(myFile.Get(id), depth + 1);
+        ModelData_Appearance appearance = OfStyle(myFile.Get(id), depth + 1);
         if (!appearance.IsNull()) {
             return appearance;
         }

@@ -64,7 +64,8 @@ Handle(Geom_Surface) ReadBSplineSurface(Context& context, const Entity& surface)
             throw Unbuildable("a spline surface of uneven rows");
         }
         for (int v = 0; v < width; ++v) {
-            const auto at = static_cast<std::size_t>(u * width + v);
+            const std::size_t at =
+                static_cast<std::size_t>(u) * static_cast<std::size_t>(width) + static_cast<std::size_t>(v);
             poles.SetValue(u + 1, v + 1,
                            gp_Pnt(context.Point(context.file.Get(row[static_cast<std::size_t>(v)]))));
             weights.SetValue(u + 1, v + 1, at < given.size() && given[at] > 0 ? given[at] : 1);

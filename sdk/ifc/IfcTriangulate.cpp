@@ -135,6 +135,7 @@ private:
         std::vector<Hole> holes;
         for (std::vector<U32>& ring : myHoles) {
             std::vector<Point2> points;
+            points.reserve(ring.size());
             for (U32 index : ring) {
                 points.push_back(At(index));
             }

@@ -34,10 +34,10 @@ std::size_t ItemEnd(std::string_view text)
             }
         } else if (c == '(') {
             ++depth;
-        } else if (c == ')' && depth-- == 0) {
+        } else if ((c == ')' || c == ',') && depth == 0) {
             return i;
-        } else if (c == ',' && depth == 0) {
-            return i;
+        } else if (c == ')') {
+            --depth;
         }
     }
     return text.size();

@@ -97,16 +97,17 @@ bool IfcWriter::CountUses()
     }
     std::size_t total = 0;
     // parents before children: the order of writing, backwards
-    for (auto index = myPlan.order.rbegin(); index != myPlan.order.rend(); ++index) {
-        if (!isChild[*index]) {
-            myUses[*index] = 1;
+    std::vector<std::size_t> parentsFirst(myPlan.order.rbegin(), myPlan.order.rend());
+    for (const std::size_t index : parentsFirst) {
+        if (!isChild[index]) {
+            myUses[index] = 1;
         }
-        total += myUses[*index];
+        total += myUses[index];
         if (total > MostOccurrences) {
             return false;
         }
-        for (const StepPlan::Occurrence& occurrence : myPlan.definitions[*index].occurrences) {
-            myUses[occurrence.definition] += myUses[*index];
+        for (const StepPlan::Occurrence& occurrence : myPlan.definitions[index].occurrences) {
+            myUses[occurrence.definition] += myUses[index];
         }
     }
     for (std::size_t i = 0; i < isChild.size(); ++i) {

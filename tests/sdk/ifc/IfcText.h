@@ -5,6 +5,7 @@
 //     ReadBack model(file.Text());
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -63,6 +64,7 @@ public:
     std::string Polyline(const std::vector<std::vector<double>>& points)
     {
         std::vector<std::string> ids;
+        ids.reserve(points.size());
         for (const std::vector<double>& p : points) {
             ids.push_back(p.size() == 2 ? Point(p[0], p[1]) : Point(p[0], p[1], p[2]));
         }
@@ -95,7 +97,7 @@ public:
     {
         const std::string definition = shape == "$" ? shape : Definition({shape});
         at = at.empty() ? placement : at;
-        const std::string product =
+        std::string product =
             Add(type + "(" + Guid() + ",$,'" + name + "',$,$," + at + "," + definition + ",$,$)");
         Contain({product});
         return product;
@@ -115,6 +117,15 @@ public:
         Add("IFCSTYLEDITEM(" + item + ",(" + style + "),$)");
     }
 
+    /// Pieces in a row.
+    static std::string Join(std::initializer_list<std::string> pieces)
+    {
+        std::string text;
+        for (const std::string& piece : pieces) {
+            text += piece;
+        }
+        return text;
+    }
     static std::string Number(double value)
     {
         std::string text = std::to_string(value);

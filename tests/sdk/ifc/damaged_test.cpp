@@ -166,13 +166,13 @@ TEST(IfcDamage, DeepNestingNeedsNoStack)
     string parent = f.building;
     for (int i = 0; i < 20000; ++i) {
         const string child =
-            f.Add("IFCELEMENTASSEMBLY(" + f.Guid() + ",$,'x',$,$," + f.placement + ",$,$,$,$)");
-        f.Add("IFCRELAGGREGATES(" + f.Guid() + ",$,$,$," + parent + ",(" + child + "))");
+            f.Add(IfcText::Join({"IFCELEMENTASSEMBLY(", f.Guid(), ",$,'x',$,$,", f.placement, ",$,$,$,$)"}));
+        f.Add(IfcText::Join({"IFCRELAGGREGATES(", f.Guid(), ",$,$,$,", parent, ",(", child, "))"}));
         parent = child;
     }
     string operand = f.Box(10, 10, 10);
     for (int i = 0; i < 5000; ++i) {
-        operand = f.Add("IFCBOOLEANRESULT(.DIFFERENCE.," + operand + "," + f.origin + ")");
+        operand = f.Add(IfcText::Join({"IFCBOOLEANRESULT(.DIFFERENCE.,", operand, ",", f.origin, ")"}));
     }
     f.Product("IFCWALL", "operand", f.Shape({operand}));
     const ReadBack model(f.Text());

@@ -47,6 +47,7 @@ string Boolean(IfcText& f, const string& kind, const string& first, const string
 string FacetedBox(IfcText& f, const string& solid)
 {
     std::vector<string> points;
+    points.reserve(8);
     for (int i = 0; i < 8; ++i) {
         points.push_back(f.Point(i & 1 ? 100 : 0, i & 2 ? 100 : 0, i & 4 ? 100 : 0));
     }

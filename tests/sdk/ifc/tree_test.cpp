@@ -42,10 +42,11 @@ TEST(IfcTree, SpatialStructureNamesAndPlacements)
         const string wall =
             f.Add("IFCWALLSTANDARDCASE(" + f.Guid() + ",$,'W\\X2\\00E4\\X0\\nd \\S\\|',$,'thick',#9000," +
                   f.Definition({f.Shape({f.Box(200, 100, 50)})}) + ",'tag 1')");
-        f.Add("IFCRELCONTAINEDINSPATIALSTRUCTURE(" + f.Guid() + ",$,$,$,(" + wall + ")," + storey + ")");
+        f.Add(IfcText::Join(
+            {"IFCRELCONTAINEDINSPATIALSTRUCTURE(", f.Guid(), ",$,$,$,(", wall, "),", storey, ")"}));
         string text = f.Text();
         text.insert(text.find("DATA;\n") + 6,
-                    "#9000=IFCLOCALPLACEMENT(" + placeStorey + "," + turned + ");\n");
+                    IfcText::Join({"#9000=IFCLOCALPLACEMENT(", placeStorey, ",", turned, ");\n"}));
         const ReadBack model(text);
         ASSERT_EQ(model.nodes.size(), 7U);
         const Node& part = *model.Parts().front();
@@ -123,7 +124,7 @@ TEST(IfcTree, MappedItemsShareOnePart)
     for (int i = 0; i < 3; ++i) {
         const string op = f.Add("IFCCARTESIANTRANSFORMATIONOPERATOR3D($,$," + f.Point(100. * i, 0, 0) + "," +
                                 IfcText::Number(i == 2 ? 2 : 1) + ",$)");
-        const string item = f.Add("IFCMAPPEDITEM(" + map + "," + op + ")");
+        const string item = f.Add(IfcText::Join({"IFCMAPPEDITEM(", map, ",", op, ")"}));
         f.Product("IFCBUILDINGELEMENTPROXY", "use " + std::to_string(i),
                   f.Shape({item}, "'Body'", "'MappedRepresentation'"));
     }

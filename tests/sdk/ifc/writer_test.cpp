@@ -33,6 +33,7 @@ using std::string;
 ModelData_Part Box(const char* name, const ModelData_Appearance& look = {})
 {
     std::vector<ModelData_Point> points;
+    points.reserve(9);
     for (int i = 0; i < 8; ++i) {
         points.emplace_back(i & 1 ? 10 : 0, i & 2 ? 20 : 0, i & 4 ? 30 : 0);
     }
