@@ -48,8 +48,7 @@ public:
             return BuildStepModel(myContent, myFacets, model);
         }
         return myKernel != nullptr && RunGuarded(EngineUse::Exchange, [&] {
-                   return myKernel->Transfer(myPreferred) &&
-                          BuildStepModel(myContent, *myKernel, model);
+                   return myKernel->Transfer(myPreferred) && BuildStepModel(myContent, *myKernel, model);
                });
     }
 
