@@ -59,13 +59,17 @@ std::recursive_mutex& EngineLock()
 std::vector<std::pair<std::string, std::string>>* savedSettings = nullptr;
 int depth = 0;
 
-void InitialiseExchange()
+// A controller takes a millisecond or more, so each is initialised when it is needed.
+void InitialiseControllers(EngineUse use)
 {
-    static std::once_flag once;
-    std::call_once(once, [] {
-        STEPCAFControl_Controller::Init();
-        IGESControl_Controller::Init();
-    });
+    static std::once_flag step;
+    static std::once_flag iges;
+    if (use == EngineUse::Step || use == EngineUse::Exchange) {
+        std::call_once(step, [] { STEPCAFControl_Controller::Init(); });
+    }
+    if (use == EngineUse::Iges || use == EngineUse::Exchange) {
+        std::call_once(iges, [] { IGESControl_Controller::Init(); });
+    }
 }
 
 // Faults of the processor become jumps to the nearest OCC_CATCH_SIGNALS. The handlers run on a stack of their
@@ -158,8 +162,8 @@ public:
     {
         savedSettings = &mySaved;
         XCAFDoc_ShapeTool::SetAutoNaming(false);
-        if (use == EngineUse::Exchange) {
-            InitialiseExchange();
+        if (use != EngineUse::Geometry) {
+            InitialiseControllers(use);
             for (const Setting& setting : ExchangeSettings) {
                 SetEngineSetting(setting.name, setting.value);
             }
@@ -213,9 +217,7 @@ bool RunGuarded(EngineUse use, const std::function<bool()>& work) noexcept
         const std::lock_guard<std::recursive_mutex> lock(EngineLock());
         const Depth nesting;
         if (depth > 1) {
-            if (use == EngineUse::Exchange) {
-                InitialiseExchange();
-            }
+            InitialiseControllers(use);
             return CatchFaults(work);
         }
         const Silence silence;

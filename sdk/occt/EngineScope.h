@@ -19,7 +19,9 @@ namespace occt {
 enum class EngineUse
 {
     Geometry, ///< shapes, meshing, properties
-    Exchange  ///< also STEP and IGES: their controllers are initialised, their settings set anew
+    Step,     ///< also STEP: its controller is initialised, the settings of reading and writing are set anew
+    Iges,     ///< also IGES, likewise
+    Exchange  ///< also both
 };
 
 /// Runs the work under the guard; calls may be nested on one thread. Returns the work's result, or false when

@@ -20,7 +20,7 @@ public:
     ~IgesEngine() override
     {
         // The kernel's entities are destroyed under the guard they were made under.
-        RunGuarded(EngineUse::Exchange, [this] {
+        RunGuarded(EngineUse::Iges, [this] {
             myReader.reset();
             return true;
         });
@@ -32,7 +32,7 @@ public:
             return false;
         }
         myFileName = StemOf(file);
-        return RunGuarded(EngineUse::Exchange, [&] {
+        return RunGuarded(EngineUse::Iges, [&] {
             myReader = std::make_unique<IGESControl_Reader>();
             return myReader->ReadFile(file.string().c_str()) == IFSelect_RetDone &&
                    myReader->Model()->NbEntities() > 0;
@@ -42,7 +42,7 @@ public:
     bool Transfer(ModelData_Model& model) override
     {
         return myReader != nullptr &&
-               RunGuarded(EngineUse::Exchange, [&] { return BuildIgesModel(*myReader, myFileName, model); });
+               RunGuarded(EngineUse::Iges, [&] { return BuildIgesModel(*myReader, myFileName, model); });
     }
 
 private:

@@ -25,7 +25,7 @@ public:
     ~StepEngine() override
     {
         // The kernel's records are destroyed under the guard they were made under.
-        RunGuarded(EngineUse::Exchange, [this] {
+        RunGuarded(EngineUse::Step, [this] {
             myKernel.reset();
             return true;
         });
@@ -47,7 +47,7 @@ public:
         if (myIsFaceted) {
             return BuildStepModel(myContent, myFacets, model);
         }
-        return myKernel != nullptr && RunGuarded(EngineUse::Exchange, [&] {
+        return myKernel != nullptr && RunGuarded(EngineUse::Step, [&] {
                    return myKernel->Transfer(myPreferred) && BuildStepModel(myContent, *myKernel, model);
                });
     }
@@ -65,7 +65,7 @@ private:
             return true;
         }
         myKernel = std::make_unique<StepKernel>();
-        return RunGuarded(EngineUse::Exchange, [&] { return myKernel->Read(text, myContent); });
+        return RunGuarded(EngineUse::Step, [&] { return myKernel->Read(text, myContent); });
     }
 
     STEP_ReaderParameters::BRepRepresentationType myPreferred = STEP_ReaderParameters::Auto;

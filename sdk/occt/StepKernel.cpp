@@ -1,7 +1,6 @@
 #include "sdk/occt/StepKernel.h"
 
 #include <istream>
-#include <streambuf>
 #include <unordered_map>
 
 #include <BRep_Builder.hxx>
@@ -25,7 +24,7 @@
 #include "sdk/occt/OcctBRep.h"
 #include "sdk/occt/Placements.h"
 #include "sdk/occt/ShapeLooks.h"
-#include "sdk/occt/StepGate.h"
+#include "sdk/occt/StepExcerpt.h"
 #include "sdk/occt/StepPlacements.h"
 #include "sdk/occt/StepStrings.h"
 #include "sdk/occt/StepSubset.h"
@@ -37,17 +36,6 @@ namespace {
 // The time that the kernel takes for assemblies grows with the square of the number of instances. From this
 // many on it is felt: then the kernel gets the products alone, and the text tells where they stand.
 constexpr std::size_t ManyInstances = 300;
-
-// Reads from memory without a copy.
-class MemoryBuffer : public std::streambuf
-{
-public:
-    explicit MemoryBuffer(const std::string& bytes)
-    {
-        char* begin = const_cast<char*>(bytes.data()); // the get area is never written to
-        setg(begin, begin, begin + bytes.size());
-    }
-};
 
 int ShapeRepresentationMode(STEP_ReaderParameters::BRepRepresentationType preferred)
 {
@@ -150,21 +138,22 @@ bool StepKernel::Read(const StepText& text, const StepContent& content)
         myState->placements = placements.ReadAll().value_or(std::vector<ModelData_Transformation>());
     }
     const bool isWhole = myState->placements.empty();
-    const std::string subset = isWhole ? std::string() : WithoutInstances(text, content.structure);
-    MemoryBuffer buffer(isWhole ? text.Bytes() : subset);
-    std::istream stream(&buffer);
+    StepText subset;
+    if (!isWhole && !subset.Load(WithoutInstances(text, content.structure))) {
+        return false;
+    }
+    StepExcerpt excerpt(isWhole ? text : subset);
+    std::istream stream(&excerpt);
     if (myState->reader.ReadStream("file.stp", stream) != IFSelect_RetDone) {
         return false;
     }
-    const Handle(StepData_StepModel) model =
-        Handle(StepData_StepModel)::DownCast(myState->reader.WS()->Model());
-    std::vector<StepId> errors;
+    const Handle(Interface_InterfaceModel) model = myState->reader.WS()->Model();
     for (int i = 1; i <= model->NbEntities(); ++i) {
         if (model->IsErrorEntity(i)) {
-            errors.push_back(static_cast<StepId>(model->IdentLabel(model->Value(i))));
+            return false;
         }
     }
-    if (model->NbEntities() == 0 || NeedsAnyForShapes(text, errors)) {
+    if (model->NbEntities() == 0) {
         return false;
     }
     myState->FindEntities();

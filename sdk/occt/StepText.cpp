@@ -373,6 +373,7 @@ bool StepText::IndexStatements()
         } else if (const std::string_view name = NameAt(statement, p); name == "HEADER") {
             inHeader = true;
         } else if (name == "DATA") {
+            myDataOffset = hasData ? myDataOffset : static_cast<std::size_t>(statement - begin);
             inHeader = false;
             inData = true;
             hasData = true;
@@ -470,7 +471,9 @@ void StepText::SortByType()
     }
     std::vector<std::size_t> next(myTypeStarts.begin(), myTypeStarts.end() - 1);
     std::vector<Record> sorted(myRecords.size());
+    myFileOrder.reserve(myRecords.size());
     for (const Record& record : myRecords) {
+        myFileOrder.push_back(static_cast<std::uint32_t>(next[record.type]));
         sorted[next[record.type]++] = record;
     }
     myRecords.swap(sorted);

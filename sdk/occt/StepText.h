@@ -103,7 +103,12 @@ public:
 
     const std::string& Bytes() const { return myBytes; }
     std::size_t Count() const { return myRecords.size(); }
+    /// Sorted by type.
     const std::vector<Record>& Records() const { return myRecords; }
+    /// Place in Records() of the n-th record of the file.
+    std::size_t InFileOrder(std::size_t n) const { return myFileOrder[n]; }
+    /// First byte of the (first) DATA section.
+    std::size_t DataOffset() const { return myDataOffset; }
 
     /// Null when there is no such record.
     const Record* Find(StepId id) const;
@@ -143,6 +148,8 @@ private:
     std::vector<std::size_t> myTypeStarts; // first record of each type, and the end
     std::vector<std::uint32_t> myById;     // places in myRecords: by number when dense, else sorted by number
     bool myDense = false;
+    std::vector<std::uint32_t> myFileOrder;
+    std::size_t myDataOffset = 0;
     std::vector<std::string_view> myTypes;
     std::vector<std::uint32_t> myTypeTable; // open hash table of type numbers
     std::vector<HeaderRecord> myHeader;
