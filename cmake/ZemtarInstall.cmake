@@ -5,8 +5,9 @@ include(CMakePackageConfigHelpers)
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/ZemtarCADExchange")
 
 set_target_properties(ZemtarCADExchange PROPERTIES EXPORT_NAME CADExchange)
-install(TARGETS ZemtarCADExchange zemtar-cad EXPORT ZemtarTargets
+install(TARGETS ZemtarCADExchange EXPORT ZemtarTargets
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+install(TARGETS zemtar-cad zemtar-viewer RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(TARGETS zemtar_host_interface EXPORT ZemtarTargets)
 
 if(NOT ZEMTAR_HOST_ROOT)

@@ -1,5 +1,5 @@
 #include "apps/cli/Commands.h"
-#include "apps/cli/FormatTable.h"
+#include "apps/shared/FormatTable.h"
 
 #include <iomanip>
 #include <iostream>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/cli/FormatTable.h"
+#include "apps/shared/FormatTable.h"
 
 #include <QCommandLineParser>
 

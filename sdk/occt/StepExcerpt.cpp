@@ -69,8 +69,7 @@ bool IsDigit(char c)
 
 char* Copy(const char* from, const char* to, char* out)
 {
-    std::memcpy(out, from, static_cast<std::size_t>(to - from));
-    return out + (to - from);
+    return std::copy(from, to, out);
 }
 
 const char* SkipComment(const char* p, const char* end)

@@ -1,4 +1,4 @@
-#include "apps/cli/FormatTable.h"
+#include "apps/shared/FormatTable.h"
 
 #include <QFileInfo>
 

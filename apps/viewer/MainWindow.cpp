@@ -1,0 +1,4 @@
+#include "apps/viewer/MainWindow.h"
+
+MainWindow::MainWindow() = default;
+MainWindow::~MainWindow() = default;

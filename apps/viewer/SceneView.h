@@ -1,0 +1,58 @@
+#pragma once
+
+#include "apps/render/Camera.h"
+
+#include <QOpenGLWidget>
+#include <QSet>
+
+namespace Zemtar {
+class CZemtarDocument;
+class CZemtarSceneNode;
+} // namespace Zemtar
+
+/// The 3D view of a document: orbit (left drag), pan (middle drag, or Shift and left), zoom (wheel, towards
+/// the cursor), picking (click), fit (double click or F).
+///
+///     auto* view = new SceneView(this);
+///     view->SetDocument(document.get());
+///     connect(view, &SceneView::NodePicked, tree, &NodeTree::Select);
+///
+/// Nodes are those of the document; the view owns none of them.
+class SceneView : public QOpenGLWidget
+{
+    Q_OBJECT
+
+public:
+    explicit SceneView(QWidget* parent = nullptr);
+    ~SceneView() override;
+
+    /// Shows a document, which must outlive the view or the next call; null shows an empty space. Nothing is
+    /// selected, hidden or isolated then, and the whole is fitted into view.
+    void SetDocument(const Zemtar::CZemtarDocument* document);
+
+    /// Highlights a node with all that is below it; null: nothing.
+    void SetSelection(const Zemtar::CZemtarSceneNode* node);
+    /// Leaves out these nodes with all that is below them.
+    void SetHidden(const QSet<const Zemtar::CZemtarSceneNode*>& nodes);
+    /// Draws this node and what is below it alone; null: everything.
+    void SetIsolated(const Zemtar::CZemtarSceneNode* node);
+
+    void SetEdges(bool on);
+    void SetPerspective(bool on);
+    bool HasEdges() const;
+    bool IsPerspective() const;
+    void SetStandardView(StandardView view);
+    /// Brings all that is drawn into view or, with a node, that node.
+    void Fit(const Zemtar::CZemtarSceneNode* node = nullptr);
+
+    /// Gives the mesh node drawn at a point of the widget, in its own coordinates; null: none.
+    const Zemtar::CZemtarSceneNode* NodeAt(const QPoint& point);
+
+signals:
+    /// The user clicked a mesh node, or empty space (null).
+    void NodePicked(const Zemtar::CZemtarSceneNode* node);
+    /// The user asked for the context menu of what is below the cursor (null: empty space).
+    void MenuRequested(const Zemtar::CZemtarSceneNode* node, const QPoint& globalPosition);
+    /// OpenGL is missing or too old; the view stays empty. The text says so to the user.
+    void Failed(const QString& message);
+};
