@@ -44,17 +44,28 @@ function(zemtar_objects name)
     target_link_libraries(${name} PUBLIC ${ARG_LIBS} PRIVATE zemtar_options)
 endfunction()
 
-# zemtar_add_test(NAME SOURCES ... LIBS ... [LABELS ...]): a GoogleTest program; ctest runs it as one test.
+# zemtar_add_test(NAME SOURCES ... LIBS ... [LABELS ...] [WINDOWED]): a GoogleTest program; ctest runs it as one
+# test. A WINDOWED one opens real windows, on a display of its own where the machine has none.
 function(zemtar_add_test name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS;LABELS" ${ARGN})
+    cmake_parse_arguments(ARG "WINDOWED" "" "SOURCES;LIBS;LABELS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
     target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gmock GTest::gtest GTest::gtest_main zemtar_options)
     target_compile_definitions(${name} PRIVATE
         ZEMTAR_SOURCE_DIR="${PROJECT_SOURCE_DIR}" ZEMTAR_BINARY_DIR="${CMAKE_BINARY_DIR}")
-    add_test(NAME ${name} COMMAND ${name})
+    set(platform "QT_QPA_PLATFORM=offscreen")
+    set(launcher "")
+    if(ARG_WINDOWED)
+        set(launcher "${PROJECT_SOURCE_DIR}/tests/support/with_display.sh")
+        if(APPLE)
+            set(platform "QT_QPA_PLATFORM=cocoa")
+        else()
+            set(platform "QT_QPA_PLATFORM=xcb")
+        endif()
+    endif()
+    add_test(NAME ${name} COMMAND ${launcher} $<TARGET_FILE:${name}>)
     set_tests_properties(${name} PROPERTIES
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp"
+        ENVIRONMENT "${platform};LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp"
         TIMEOUT 600 LABELS "${ARG_LABELS}")
 endfunction()
 
