@@ -1,0 +1,46 @@
+#pragma once
+
+#include "apps/render/Camera.h"
+
+#include <QImage>
+#include <QSize>
+#include <QString>
+
+namespace Zemtar {
+class CZemtarDocument;
+}
+
+/// How a picture without a window is made.
+struct PictureOptions
+{
+    StandardView view = StandardView::Iso;
+    QSize size{800, 600};
+    bool perspective = true;
+    bool edges = true;
+};
+
+/// A picture, or why there is none: then `image` is null and `problem` a message for the user.
+struct Picture
+{
+    QImage image;
+    QString problem;
+};
+
+/// Draws a document into a picture, fitted into view. Needs a QGuiApplication, and OpenGL 3.3; where that is
+/// missing the problem says so. A document without geometry gives the empty background.
+///
+///     UseDisplayIfAny();
+///     const QGuiApplication application(argc, argv);
+///     const Picture picture = RenderPicture(*document, {.view = StandardView::Front});
+///     if (picture.image.isNull()) { std::cerr << picture.problem.toStdString() << "\n"; }
+Picture RenderPicture(const Zemtar::CZemtarDocument& document, const PictureOptions& options);
+
+/// Reads "800x600": two numbers from 1 to 8192. False, with `size` untouched, for other text.
+bool ParsePictureSize(const QString& text, QSize& size);
+
+/// Is called before a QGuiApplication or QApplication is made: without a display that answers, the
+/// application then starts without windows, where Qt would end the process. Leaves a platform that the user
+/// chose as it is.
+void UseDisplayIfAny();
+/// Tells, once the application object is made, whether windows can show.
+bool HasDisplay();
