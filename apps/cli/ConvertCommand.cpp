@@ -1,28 +1,18 @@
 #include "apps/cli/Commands.h"
 #include "apps/cli/ImportOptions.h"
-#include "apps/cli/SceneReport.h"
+#include "apps/shared/Exchange.h"
+#include "apps/shared/LengthUnits.h"
 
-#include "common/encoding/CZemtarConvert.h"
 #include "host/CZemtarDocument.h"
-#include "host/CZemtarUnit.h"
 
-#include <QDateTime>
 #include <QFileInfo>
-
-#include <iostream>
 
 using namespace Zemtar;
 
 namespace {
 
-constexpr int JTSplitNotSet = 100;
-
-struct ExportOptions
+struct ExportOptions : ExportSettings
 {
-    const FormatEntry* format = nullptr;
-    enumLengthUnit unit = eLengthUnitMillimetre;
-    int jtSplit = JTSplitNotSet;
-
     /// Gives an empty text, or what is wrong.
     QString Read(const QCommandLineParser& parser, const QString& file)
     {
@@ -43,35 +33,6 @@ struct ExportOptions
         return {};
     }
 };
-
-/// What identifies one writing of a file: a successful export is seen by the file, never by the library's
-/// result.
-struct FileStamp
-{
-    bool exists;
-    QDateTime modified;
-    qint64 size;
-
-    explicit FileStamp(const QFileInfo& info)
-        : exists(info.isFile()), modified(info.lastModified()), size(info.size())
-    {
-    }
-    bool operator==(const FileStamp&) const = default;
-};
-
-/// Exports the document; true when the file was written.
-bool Export(CZemtarDocument& document, const QString& file, const ExportOptions& options)
-{
-    const StageLine stage(QStringLiteral("Exporting %1 ...").arg(QFileInfo(file).fileName()));
-    const FileStamp before{QFileInfo(file)};
-    CZemtarCADExchangeWriter writer;
-    writer.SetCADWriterType(options.format->writer);
-    writer.SetJTExportMethod(options.jtSplit);
-    writer.Export(&document, CZemtarConvert::QStringToCZemtarString(file), nullptr, nullptr, nullptr, nullptr,
-                  CZemtarUnit(options.unit));
-    const FileStamp after{QFileInfo(file)};
-    return after.exists && !(after == before);
-}
 
 } // namespace
 
@@ -97,5 +58,9 @@ int RunConvert(const QStringList& arguments)
         }
     }
     const std::unique_ptr<CZemtarDocument> document = importOptions.Import(files[0]);
-    return document && Export(*document, files[1], exportOptions) ? ExitDone : ExitFailed;
+    if (!document) {
+        return ExitFailed;
+    }
+    const StageLine stage(QStringLiteral("Exporting %1 ...").arg(QFileInfo(files[1]).fileName()));
+    return ExportDocument(*document, files[1], exportOptions) ? ExitDone : ExitFailed;
 }

@@ -1,9 +1,7 @@
 #include "apps/cli/ImportOptions.h"
 
-#include "common/encoding/CZemtarConvert.h"
 #include "host/CZemtarDocument.h"
 
-#include <QDir>
 #include <QFileInfo>
 
 #include <iostream>
@@ -34,34 +32,20 @@ QString ImportOptions::Read(const QCommandLineParser& parser, const QString& fil
                    : QStringLiteral("there is no format %1").arg(formatName);
     }
     bool isNumber = false;
-    m_tessellation = parser.value("tessellation").toInt(&isNumber);
-    if (!isNumber || m_tessellation < 20 || m_tessellation > 95) {
+    m_settings.tessellation = parser.value("tessellation").toInt(&isNumber);
+    if (!isNumber || m_settings.tessellation < 20 || m_settings.tessellation > 95) {
         return QStringLiteral("--tessellation takes a number from 20 to 95");
     }
-    m_parallel = parser.isSet("parallel");
-    m_polylines = parser.isSet("polylines");
-    m_textures = parser.value("textures");
-    // The library joins folder and file name without a separator of its own.
-    if (!m_textures.isEmpty() && !m_textures.endsWith('/')) {
-        m_textures += '/';
-    }
+    m_settings.parallel = parser.isSet("parallel");
+    m_settings.polylines = parser.isSet("polylines");
+    m_settings.textureFolder = parser.value("textures");
     return {};
 }
 
 std::unique_ptr<CZemtarDocument> ImportOptions::Import(const QString& file) const
 {
-    if (!m_textures.isEmpty() && !QDir().mkpath(m_textures)) {
-        std::cerr << "zemtar-cad: cannot make the folder " << m_textures.toStdString() << "\n";
-        return nullptr;
-    }
     const StageLine stage(QStringLiteral("Importing %1 ...").arg(QFileInfo(file).fileName()));
-    CZemtarCADExchangeReader reader;
-    reader.SetCADReaderType(m_format->reader);
-    reader.setTessellationFactor(m_tessellation);
-    reader.setUseParallelProcessing(m_parallel);
-    reader.setImportPolyLines(m_polylines);
-    reader.setTextureOutputDirectory(CZemtarConvert::QStringToCZemtarString(m_textures));
-    return std::unique_ptr<CZemtarDocument>(reader.Import(CZemtarConvert::QStringToCZemtarString(file)));
+    return ImportDocument(file, *m_format, m_settings);
 }
 
 StageLine::StageLine(const QString& text) : m_shown(isatty(STDERR_FILENO) != 0)

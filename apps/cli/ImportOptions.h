@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/shared/FormatTable.h"
+#include "apps/shared/Exchange.h"
 
 #include <QCommandLineParser>
 
@@ -28,10 +28,7 @@ public:
 
 private:
     const FormatEntry* m_format = nullptr;
-    int m_tessellation = 50;
-    bool m_parallel = false;
-    bool m_polylines = false;
-    QString m_textures;
+    ImportSettings m_settings;
 };
 
 /// Writes a line on standard error while a stage of long work runs, and takes it away when the stage ends.

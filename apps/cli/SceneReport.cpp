@@ -1,5 +1,6 @@
 #include "apps/cli/SceneReport.h"
 
+#include "apps/shared/LengthUnits.h"
 #include "common/encoding/CZemtarConvert.h"
 #include "host/CZemtar3DObject.h"
 #include "host/CZemtarCommonBasicMaterial.h"
@@ -17,19 +18,6 @@
 using namespace Zemtar;
 
 namespace {
-
-struct UnitSymbol
-{
-    enumLengthUnit unit;
-    const char* symbol;
-};
-
-constexpr UnitSymbol UnitSymbols[] = {
-    {eLengthUnitMicrometre, "um"}, {eLengthUnitMillimetre, "mm"}, {eLengthUnitCentimetre, "cm"},
-    {eLengthUnitDecimetre, "dm"},  {eLengthUnitMetre, "m"},       {eLengthUnitKilometre, "km"},
-    {eLengthUnitMil, "mil"},       {eLengthUnitInch, "in"},       {eLengthUnitFoot, "ft"},
-    {eLengthUnitYard, "yd"},       {eLengthUnitMile, "mi"},
-};
 
 QString Text(const CZemtarString& text)
 {
@@ -296,33 +284,4 @@ QJsonObject SceneReport::ToJson() const
         json.insert("bounds", QJsonObject{{"min", JsonOf(m_min)}, {"max", JsonOf(m_max)}});
     }
     return json;
-}
-
-QString LengthUnitSymbol(enumLengthUnit unit)
-{
-    const auto* found = std::find_if(std::begin(UnitSymbols), std::end(UnitSymbols),
-                                     [&](const UnitSymbol& entry) { return entry.unit == unit; });
-    return found == std::end(UnitSymbols) ? QString() : QString::fromLatin1(found->symbol);
-}
-
-bool LengthUnitBySymbol(const QString& symbol, enumLengthUnit& unit)
-{
-    const auto* found =
-        std::find_if(std::begin(UnitSymbols), std::end(UnitSymbols), [&](const UnitSymbol& entry) {
-            return symbol.compare(QLatin1String(entry.symbol), Qt::CaseInsensitive) == 0;
-        });
-    if (found == std::end(UnitSymbols)) {
-        return false;
-    }
-    unit = found->unit;
-    return true;
-}
-
-QString LengthUnitSymbols()
-{
-    QStringList symbols;
-    for (const UnitSymbol& entry : UnitSymbols) {
-        symbols << QString::fromLatin1(entry.symbol);
-    }
-    return symbols.join(' ');
 }

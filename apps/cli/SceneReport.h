@@ -52,10 +52,3 @@ private:
     std::array<double, 3> m_min{};
     std::array<double, 3> m_max{};
 };
-
-/// Gives the usual symbol of a length unit: "mm", "in", ...
-QString LengthUnitSymbol(Zemtar::enumLengthUnit unit);
-/// Finds a unit by its symbol, in any letter case; false when no unit has it.
-bool LengthUnitBySymbol(const QString& symbol, Zemtar::enumLengthUnit& unit);
-/// Gives all symbols, separated by blanks, for the usage text.
-QString LengthUnitSymbols();

@@ -2,16 +2,13 @@
 // and works on texture images.
 
 #include "apps/cli/Commands.h"
-#include "apps/cli/SceneReport.h"
+#include "apps/shared/LengthUnits.h"
+#include "apps/shared/Utf8Locale.h"
 
 #include <QCoreApplication>
 
-#include <clocale>
-#include <cstring>
 #include <exception>
 #include <iostream>
-
-#include <langinfo.h>
 
 namespace {
 
@@ -24,16 +21,6 @@ void PrintUsage(std::ostream& out)
            "zemtar-cad image COMMAND ...    texture images; `image help` lists the commands\n"
            "units: "
         << LengthUnitSymbols().toStdString() << "\n";
-}
-
-/// Names and paths are UTF-8; in a locale without it the Qt core would say so on standard error at every
-/// start.
-void UseUtf8Locale()
-{
-    std::setlocale(LC_ALL, "");
-    if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) {
-        qputenv("LC_ALL", "C.UTF-8");
-    }
 }
 
 int Run(const QString& command, const QStringList& arguments)

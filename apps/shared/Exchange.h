@@ -1,0 +1,40 @@
+#pragma once
+
+#include "apps/shared/FormatTable.h"
+#include "host/enumLengthUnit.h"
+
+#include <memory>
+
+namespace Zemtar {
+class CZemtarDocument;
+}
+
+/// What the user chose for an import, whatever the program.
+struct ImportSettings
+{
+    int tessellation = Zemtar::CZemtarCADExchangeReader::DefaultTessellationFactor; ///< 20 fine .. 95 coarse
+    bool parallel = Zemtar::CZemtarCADExchangeReader::DefaultParallelProcessing;
+    bool polylines = false;
+    QString
+        textureFolder; ///< where the model's textures are written; made when missing; empty: nowhere named
+};
+
+/// Runs the library's import, on the main thread, as it asks. Null on failure; the reason is then on standard
+/// error. Exceptions of the engine pass through.
+std::unique_ptr<Zemtar::CZemtarDocument> ImportDocument(const QString& file, const FormatEntry& format,
+                                                        const ImportSettings& settings);
+
+/// What the user chose for an export, whatever the program.
+struct ExportSettings
+{
+    /// Leaves the splitting of JT files to the engine.
+    static constexpr int JTSplitNotSet = 100;
+
+    const FormatEntry* format = nullptr;
+    Zemtar::enumLengthUnit unit = Zemtar::eLengthUnitMillimetre;
+    int jtSplit = JTSplitNotSet; ///< 0 one file, 1 a file a part
+};
+
+/// Runs the library's export. True when the file was written, which is told by the file, never by the
+/// library's result; the reason of a failure is on standard error. Exceptions of the engine pass through.
+bool ExportDocument(Zemtar::CZemtarDocument& document, const QString& file, const ExportSettings& settings);
