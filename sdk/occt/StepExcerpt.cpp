@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstring>
 #include <iterator>
+#include <string>
 #include <string_view>
 
 namespace cadex {
@@ -38,10 +39,13 @@ enum class Way : unsigned char
 {
     Copy,
     Drop,    // blank
-    Text,    // up to the next apostrophe; a doubled one is two texts side by side, which comes to the same
+    Text,    // up to an apostrophe that is not doubled
     Number,  // perhaps with zeros too many
     Name,    // of a type, or a reference: its digits are no number
     Comment, // perhaps
+    Open,
+    Close,
+    Wrong, // in no argument
 };
 
 constexpr std::array<Way, 256> Ways = [] {
@@ -59,6 +63,9 @@ constexpr std::array<Way, 256> Ways = [] {
     ways['#'] = Way::Name;
     ways['\''] = Way::Text;
     ways['/'] = Way::Comment;
+    ways['('] = Way::Open;
+    ways[')'] = Way::Close;
+    ways['='] = Way::Wrong;
     return ways;
 }();
 
@@ -117,9 +124,47 @@ const char* CopyNumber(const char* p, const char* end, char*& out)
     return p;
 }
 
-// Never longer than what it is made of.
+const char* SkipBlank(const char* p, const char* end)
+{
+    while (p < end && static_cast<unsigned char>(*p) <= ' ') {
+        ++p;
+    }
+    return p;
+}
+
+// Without the apostrophes in it: no shape depends on them. Null when the text has no end, or when what stands
+// behind it is neither a comma nor a parenthesis.
+const char* CopyText(const char* p, const char* end, char*& out)
+{
+    *out++ = *p++;
+    for (;;) {
+        const char* const close = std::find(p, end, '\'');
+        out = Copy(p, close, out);
+        if (close == end) {
+            return nullptr;
+        }
+        p = close + 1;
+        if (p == end || *p != '\'') {
+            break;
+        }
+        ++p;
+    }
+    *out++ = '\'';
+    const char* next = SkipBlank(p, end);
+    while (end - next > 1 && next[0] == '/' && next[1] == '*') {
+        next = SkipBlank(SkipComment(next, end), end);
+    }
+    return next < end && (*next == ',' || *next == ')') ? p : nullptr;
+}
+
+// Never longer than what it is made of. Null when the arguments are not well-formed.
+//
+// NOTE: the kernel ends a text where an apostrophe stands before a comma or a parenthesis, and goes on behind
+// errors. Where it then sees records that are none, with numbers that others have, it follows uninitialised
+// memory, now and then for ever. So it only gets what has one reading.
 char* CopyCompact(const char* p, const char* end, char* out)
 {
+    int depth = 1;
     while (p < end) {
         const char* const start = p;
         switch (Ways[static_cast<unsigned char>(*p)]) {
@@ -129,13 +174,25 @@ char* CopyCompact(const char* p, const char* end, char* out)
         case Way::Copy:
             *out++ = *p++;
             break;
+        case Way::Open:
+            *out++ = *p++;
+            ++depth;
+            break;
+        case Way::Close:
+            *out++ = *p++;
+            if (--depth == 0) {
+                p = SkipBlank(p, end);
+                return p == end || *p == '/' ? out : nullptr;
+            }
+            break;
         case Way::Number:
             p = CopyNumber(p, end, out);
             break;
         case Way::Text:
-            p = std::find(p + 1, end, '\'');
-            p += p < end ? 1 : 0;
-            out = Copy(start, p, out);
+            p = CopyText(p, end, out);
+            if (p == nullptr) {
+                return nullptr;
+            }
             break;
         case Way::Name:
             for (++p; p < end && (IsDigit(*p) || *p == '_' || (*p >= 'A' && *p <= 'Z')); ++p) {
@@ -149,9 +206,18 @@ char* CopyCompact(const char* p, const char* end, char* out)
                 *out++ = *p++;
             }
             break;
+        case Way::Wrong:
+            return nullptr;
         }
     }
-    return out;
+    return nullptr;
+}
+
+// The name of a schema as all write it: "AUTOMOTIVE_DESIGN { 1 0 10303 214 1 1 1 1 }".
+bool IsSchemaCharacter(char c)
+{
+    return IsDigit(c) || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+           std::string_view(" _{}.-").find(c) != std::string_view::npos;
 }
 
 } // namespace
@@ -214,6 +280,18 @@ void StepExcerpt::Append(std::string_view text)
     myUsed += text.size();
 }
 
+void StepExcerpt::AppendHeader()
+{
+    Append("ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\nFILE_NAME('','',(''),(''),'','','');\n");
+    StepCursor schemas = myText.Header("FILE_SCHEMA");
+    if (schemas.EnterList() && schemas.More()) {
+        std::string name(schemas.String());
+        std::erase_if(name, [](char c) { return !IsSchemaCharacter(c); });
+        Append("FILE_SCHEMA(('" + name + "'));\n");
+    }
+    Append("ENDSEC;\nDATA;\n");
+}
+
 void StepExcerpt::AppendRecord(const StepText::Record& record)
 {
     constexpr std::size_t longestNumber = 20;
@@ -227,6 +305,10 @@ void StepExcerpt::AppendRecord(const StepText::Record& record)
     *out++ = '(';
     const char* const start = myText.Bytes().data() + record.offset;
     out = CopyCompact(start, start + record.size, out);
+    if (out == nullptr) {
+        myIsMalformed = true;
+        return;
+    }
     *out++ = ';';
     *out++ = '\n';
     myUsed = static_cast<std::size_t>(out - myPiece.data());
@@ -237,16 +319,15 @@ StepExcerpt::int_type StepExcerpt::underflow()
     myUsed = 0;
     if (!myHasHeader) {
         myHasHeader = true;
-        Append(std::string_view(myText.Bytes()).substr(0, myText.DataOffset()));
-        Append("DATA;\n");
+        AppendHeader();
     }
-    while (myNext < myText.Count() && myUsed < PieceSize) {
+    while (myNext < myText.Count() && myUsed < PieceSize && !myIsMalformed) {
         const std::size_t place = myText.InFileOrder(myNext++);
         if (myNeeded[place]) {
             AppendRecord(myText.Records()[place]);
         }
     }
-    if (myNext == myText.Count() && !myHasEnd) {
+    if ((myNext == myText.Count() || myIsMalformed) && !myHasEnd) {
         myHasEnd = true;
         Append("ENDSEC;\nEND-ISO-10303-21;\n");
     }

@@ -22,6 +22,10 @@ class StepExcerpt : public std::streambuf
 public:
     explicit StepExcerpt(const StepText& text);
 
+    /// True once a record was met that is not well-formed: what was given before it ends there, and whoever
+    /// read it must drop it.
+    bool IsMalformed() const { return myIsMalformed; }
+
 protected:
     int_type underflow() override;
 
@@ -29,6 +33,7 @@ private:
     void SelectNeeded();
     void Reserve(std::size_t size);
     void Append(std::string_view text);
+    void AppendHeader();
     void AppendRecord(const StepText::Record& record);
 
     const StepText& myText;
@@ -36,6 +41,7 @@ private:
     std::size_t myNext = 0;     // in the order of the file
     bool myHasHeader = false;
     bool myHasEnd = false;
+    bool myIsMalformed = false;
     std::vector<char> myPiece;
     std::size_t myUsed = 0;
 };

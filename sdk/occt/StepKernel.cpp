@@ -144,7 +144,7 @@ bool StepKernel::Read(const StepText& text, const StepContent& content)
     }
     StepExcerpt excerpt(isWhole ? text : subset);
     std::istream stream(&excerpt);
-    if (myState->reader.ReadStream("file.stp", stream) != IFSelect_RetDone) {
+    if (myState->reader.ReadStream("file.stp", stream) != IFSelect_RetDone || excerpt.IsMalformed()) {
         return false;
     }
     const Handle(Interface_InterfaceModel) model = myState->reader.WS()->Model();

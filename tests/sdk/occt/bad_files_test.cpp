@@ -84,6 +84,8 @@ TEST(BadFiles, AreRefusedAndTheNextIsRead)
         {"nothing_in_it.stp", Structure(0, {}), false},
         {"dangling_reference.stp", Replaced(step, "VERTEX_POINT('',#", "VERTEX_POINT('',#9"), true},
         {"same_number_twice.stp", Replaced(step, "#11 =", "#12 ="), false},
+        {"text_without_start.stp", Replaced(step, "ADVANCED_FACE('", "ADVANCED_FACE("), false},
+        {"record_in_a_record.stp", Replaced(step, "ADVANCED_FACE('',(", "ADVANCED_FACE('',(#1=X();"), false},
         {"contains_itself.stp", Structure(1, {{1, 1}}), false},
         {"circle.stp", Structure(3, {{1, 2}, {2, 3}, {3, 2}}), false},
         {"circle_without_root.stp", Structure(2, {{1, 2}, {2, 1}}), false},
