@@ -1,6 +1,7 @@
 #include "apps/shared/FormatTable.h"
 
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -16,7 +17,7 @@ const std::vector<FormatEntry>& AllFormats()
 {
     using R = CZemtarCADExchangeReader;
     using W = CZemtarCADExchangeWriter;
-    // NOTE: ".prt" belongs to two formats; it means NX here, and --format creo names the other.
+    // NOTE: ".prt" belongs to two formats; it means NX here, and `FormatsByFileName` knows the other.
     static const std::vector<FormatEntry> formats = {
         {"ACIS", "sat sab asat asab", R::eReaderACIS, W::eWriterACIS},
         {"Creo", "asm xas xpr", R::eReaderCreo, W::eWriterCreo},
@@ -77,4 +78,24 @@ const FormatEntry* FormatByFileName(const QString& fileName)
         return format.Extensions().contains(extension);
     });
     return found == formats.end() ? nullptr : &*found;
+}
+
+QList<const FormatEntry*> FormatsByFileName(const QString& fileName)
+{
+    using R = CZemtarCADExchangeReader;
+    static const QRegularExpression version(QStringLiteral("\\.[0-9]+$"));
+    const QString name = QFileInfo(fileName).fileName();
+    const QString plainName = QString(name).remove(version);
+    QList<const FormatEntry*> formats;
+    if (const FormatEntry* format = FormatByFileName(plainName)) {
+        formats << format;
+    }
+    if (QFileInfo(plainName).suffix().compare(QLatin1String("prt"), Qt::CaseInsensitive) == 0) {
+        const auto& all = AllFormats();
+        const FormatEntry* creo = &*std::find_if(all.begin(), all.end(), [](const FormatEntry& format) {
+            return format.reader == R::eReaderCreo;
+        });
+        formats.insert(plainName == name ? formats.size() : 0, creo);
+    }
+    return formats;
 }

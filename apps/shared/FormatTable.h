@@ -3,6 +3,7 @@
 #include "cadexchange/CZemtarCADExchangeReader.h"
 #include "cadexchange/CZemtarCADExchangeWriter.h"
 
+#include <QList>
 #include <QString>
 #include <QStringList>
 
@@ -30,5 +31,9 @@ const std::vector<FormatEntry>& AllFormats();
 /// Finds a format by its name, in any letter case; null when there is none.
 const FormatEntry* FormatByName(const QString& name);
 
-/// Finds a format by a file name's extension, in any letter case; null when no format has it.
+/// Finds a format by a file name's extension, in any letter case; null when no format has it. A ".prt" file
+/// is taken for NX.
 const FormatEntry* FormatByFileName(const QString& fileName);
+/// Finds all formats that the extension may stand for, the likelier first: two for ".prt". The version number
+/// that Creo puts behind it ("wheel.prt.3") is passed over.
+QList<const FormatEntry*> FormatsByFileName(const QString& fileName);

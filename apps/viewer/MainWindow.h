@@ -1,8 +1,33 @@
 #pragma once
 
-#include <QMainWindow>
+#include "apps/viewer/StandardErrorLog.h"
 
-/// The viewer's window.
+#include <QMainWindow>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+
+class DocumentPage;
+class ExportDialog;
+class ImageWindow;
+class Importer;
+class LogPanel;
+class PropertiesPanel;
+class QDockWidget;
+class QLabel;
+class QStackedWidget;
+class QTabWidget;
+class StartPage;
+struct ExportSettings;
+struct ImportedFile;
+
+/// The viewer's window: documents in tabs, the node tree, properties and the log in docks around them, and
+/// all that is done with them.
+///
+///     MainWindow window;
+///     window.show();
+///     window.Open({"pump.step", "wood.png"});
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -10,4 +35,75 @@ class MainWindow : public QMainWindow
 public:
     MainWindow();
     ~MainWindow() override;
+
+    /// Imports CAD files, each in a tab of its own, and opens pictures in the image window. Returns at once.
+    void Open(const QStringList& files);
+    /// The page in front; null when no document is open.
+    DocumentPage* CurrentPage() const;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    // MainWindow.cpp: documents
+    void MakeCentre();
+    void MakeDocks();
+    void MakeStatusBar();
+    void AddPage(const std::shared_ptr<ImportedFile>& imported);
+    void ClosePage(int index);
+    void ShowCurrentPage();
+    void ShowState();
+    void ShowFailures();
+    void AskForFiles();
+    void AskForExport();
+    void Export(DocumentPage& page, const QString& file, const ExportSettings& settings);
+    void AskForImage();
+    void ShowImages(const QString& file);
+    void ShowAbout();
+    void RestoreLayout();
+    void SaveLayout();
+
+    // MainWindowActions.cpp: menus, tool bar, keys
+    void MakeActions();
+    void MakeFileMenu();
+    void MakeEditMenu();
+    void MakeViewMenu();
+    void MakeStandardViews(QMenu& menu);
+    void MakeAppearanceMenu(QMenu& menu);
+    void MakeToolsAndHelpMenus();
+    void MakeToolBar();
+    void FillRecentFiles();
+    void UpdateActions();
+    void ShowContextMenu(const QPoint& globalPosition);
+    /// An action that needs an open document (or a selected node), and is given its page.
+    QAction* MakePageAction(const char* name, const QString& text, const QKeySequence& key,
+                            std::function<void(DocumentPage&)> run, bool needsSelection = false);
+
+    StandardErrorLog m_log;
+    Importer* m_importer;
+    QStackedWidget* m_centre = nullptr;
+    StartPage* m_startPage = nullptr;
+    QTabWidget* m_tabs = nullptr;
+    QStackedWidget* m_trees = nullptr;
+    PropertiesPanel* m_properties = nullptr;
+    QDockWidget* m_treeDock = nullptr;
+    QDockWidget* m_propertiesDock = nullptr;
+    QDockWidget* m_logDock = nullptr;
+    LogPanel* m_logPanel = nullptr;
+    QLabel* m_totals = nullptr;
+    QLabel* m_times = nullptr;
+    QMenu* m_recentMenu = nullptr;
+    QAction* m_import = nullptr;
+    QAction* m_openImage = nullptr;
+    QAction* m_images = nullptr;
+    QAction* m_edges = nullptr;
+    QAction* m_perspective = nullptr;
+    QList<QAction*> m_pageActions;
+    QList<QAction*> m_selectionActions;
+    QList<QAction*> m_viewActions;
+    QList<QPair<QString, QString>> m_failures; ///< file and reason, of the running batch
+    ImageWindow* m_imageWindow = nullptr;
 };

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "apps/viewer/Importer.h"
+#include "apps/viewer/NodeList.h"
+#include "apps/viewer/NodeTree.h"
+
+#include <QPointer>
+#include <QSet>
+#include <QWidget>
+
+class QStackedLayout;
+class SceneView;
+
+/// One open document: its 3D view, which it shows, and its node tree, which the window puts into its dock.
+/// Keeps selection, hidden nodes and isolation the same in both.
+class DocumentPage : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit DocumentPage(std::shared_ptr<ImportedFile> imported, QWidget* parent = nullptr);
+    ~DocumentPage() override;
+
+    const ImportedFile& Source() const { return *m_imported; }
+    Zemtar::CZemtarDocument& Document() { return *m_imported->document; }
+    const NodeList& Nodes() const { return m_nodes; }
+    SceneView* View() { return m_view; }
+    NodeTree* Tree() { return m_tree; }
+
+    const Zemtar::CZemtarSceneNode* Selected() const { return m_selected; }
+    void Select(const Zemtar::CZemtarSceneNode* node);
+    void ToggleHidden(const Zemtar::CZemtarSceneNode* node);
+    /// Shows this node alone; the isolated one itself, or null, shows everything else again.
+    void Isolate(const Zemtar::CZemtarSceneNode* node);
+    void ShowAll();
+    const Zemtar::CZemtarSceneNode* Isolated() const { return m_isolated; }
+    const QSet<const Zemtar::CZemtarSceneNode*>& Hidden() const { return m_hidden; }
+
+signals:
+    /// Selection, hidden nodes or isolation changed.
+    void Changed();
+    void MenuRequested(const QPoint& globalPosition);
+
+private:
+    void ShowVisibility();
+    void ShowViewProblem(const QString& message);
+    void AddHint(const QString& text);
+
+    std::shared_ptr<ImportedFile> m_imported;
+    const NodeList m_nodes;
+    QStackedLayout* m_layout;
+    SceneView* m_view;
+    QPointer<NodeTree> m_tree;
+    const Zemtar::CZemtarSceneNode* m_selected = nullptr;
+    const Zemtar::CZemtarSceneNode* m_isolated = nullptr;
+    QSet<const Zemtar::CZemtarSceneNode*> m_hidden;
+};

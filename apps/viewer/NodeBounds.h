@@ -1,0 +1,18 @@
+#pragma once
+
+#include <array>
+#include <optional>
+
+class NodeList;
+
+/// An axis-parallel box in the world, metres.
+struct NodeBounds
+{
+    std::array<double, 3> min;
+    std::array<double, 3> max;
+    /// Whether the box is the smallest one; in very large subtrees it may be larger where parts are turned.
+    bool isExact;
+
+    /// The box around all vertices of a node of the list and of what is below it; none without any.
+    static std::optional<NodeBounds> Of(const NodeList& nodes, int position);
+};

@@ -1,0 +1,156 @@
+#include "apps/viewer/NodeList.h"
+
+#include "apps/viewer/Texts.h"
+#include "host/CZemtar3DObject.h"
+#include "host/CZemtarDocument.h"
+
+#include <QCoreApplication>
+
+using namespace Zemtar;
+
+namespace {
+
+template <class Table>
+qint64 CountOf(const Table* table)
+{
+    return table ? static_cast<qint64>(table->Count()) : 0;
+}
+
+} // namespace
+
+NodeKind KindOf(const CZemtarSceneNode& node)
+{
+    if (const auto* object = dynamic_cast<const CZemtar3DObject*>(&node)) {
+        const CZemtarGeometry* geometry = object->Geometry();
+        return geometry && CountOf(geometry->PolyLinesTable()) != 0 ? NodeKind::Polyline : NodeKind::Mesh;
+    }
+    return node.IsAssembly() ? NodeKind::Assembly : node.IsPart() ? NodeKind::Part : NodeKind::Group;
+}
+
+QString KindName(NodeKind kind)
+{
+    switch (kind) {
+    case NodeKind::Assembly:
+        return QCoreApplication::translate("NodeKind", "Assembly");
+    case NodeKind::Part:
+        return QCoreApplication::translate("NodeKind", "Part");
+    case NodeKind::Group:
+        return QCoreApplication::translate("NodeKind", "Group");
+    case NodeKind::Mesh:
+        return QCoreApplication::translate("NodeKind", "Mesh");
+    case NodeKind::Polyline:
+        return QCoreApplication::translate("NodeKind", "Polylines");
+    }
+    return {};
+}
+
+NodeCounts NodeCounts::Of(const CZemtarSceneNode& node)
+{
+    NodeCounts counts;
+    counts.nodes = 1;
+    const NodeKind kind = KindOf(node);
+    counts.assemblies = kind == NodeKind::Assembly;
+    counts.parts = kind == NodeKind::Part;
+    counts.meshes = kind == NodeKind::Mesh;
+    counts.polylines = kind == NodeKind::Polyline;
+    if (const auto* object = dynamic_cast<const CZemtar3DObject*>(&node); object && object->Geometry()) {
+        counts.triangles = CountOf(object->Geometry()->PolygonsTable());
+        counts.vertices = CountOf(object->Geometry()->VerticiesTable());
+        counts.segments = CountOf(object->Geometry()->PolyLinesTable());
+    }
+    return counts;
+}
+
+NodeCounts& NodeCounts::operator+=(const NodeCounts& other)
+{
+    nodes += other.nodes;
+    assemblies += other.assemblies;
+    parts += other.parts;
+    meshes += other.meshes;
+    polylines += other.polylines;
+    triangles += other.triangles;
+    vertices += other.vertices;
+    segments += other.segments;
+    return *this;
+}
+
+NodeCounts NodeCounts::operator-(const NodeCounts& other) const
+{
+    return {nodes - other.nodes,       assemblies - other.assemblies, parts - other.parts,
+            meshes - other.meshes,     polylines - other.polylines,   triangles - other.triangles,
+            vertices - other.vertices, segments - other.segments};
+}
+
+NodeList::NodeList(const CZemtarDocument& document) : m_sums(1)
+{
+    struct Pending
+    {
+        const CZemtarSceneNode* node;
+        int parent;
+    };
+    // Trees may be of any depth, so the walk does not recurse.
+    std::vector<Pending> pending;
+    const auto push = [&](const std::vector<CZemtarSceneNode*>& nodes, int parent) {
+        for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
+            if (!(*node)->IsDeleted()) {
+                pending.push_back({*node, parent});
+            }
+        }
+    };
+    push(document.RootNodes(), -1);
+    while (!pending.empty()) {
+        const Pending next = pending.back();
+        pending.pop_back();
+        const int position = Count();
+        m_entries.push_back({next.node, next.parent, position + 1});
+        m_positions.emplace(next.node, position);
+        m_sums.push_back(m_sums.back());
+        m_sums.back() += NodeCounts::Of(*next.node);
+        push(next.node->ChildNodes(), position);
+    }
+    for (int position = Count() - 1; position > 0; --position) {
+        if (const int parent = Parent(position); parent >= 0) {
+            int& end = m_entries[static_cast<std::size_t>(parent)].end;
+            end = std::max(end, End(position));
+        }
+    }
+}
+
+int NodeList::Position(const CZemtarSceneNode* node) const
+{
+    const auto found = m_positions.find(node);
+    return found == m_positions.end() ? -1 : found->second;
+}
+
+bool NodeList::HasName(int position) const
+{
+    return !Node(position).Name().IsEmpty();
+}
+
+QString NodeList::DisplayName(int position) const
+{
+    const CZemtarSceneNode& node = Node(position);
+    if (!node.Name().IsEmpty()) {
+        return Text(node.Name());
+    }
+    return QCoreApplication::translate("NodeKind", "Unnamed %1").arg(KindName(KindOf(node)).toLower());
+}
+
+std::vector<int> NodeList::Find(const QString& text) const
+{
+    std::vector<int> found;
+    if (text.isEmpty()) {
+        return found;
+    }
+    for (int position = 0; position < Count(); ++position) {
+        if (DisplayName(position).contains(text, Qt::CaseInsensitive)) {
+            found.push_back(position);
+        }
+    }
+    return found;
+}
+
+NodeCounts NodeList::Subtree(int position) const
+{
+    return m_sums[static_cast<std::size_t>(End(position))] - m_sums[static_cast<std::size_t>(position)];
+}

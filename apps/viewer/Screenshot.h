@@ -1,0 +1,7 @@
+#pragma once
+
+#include "apps/render/Picture.h"
+
+/// Imports a file with the settings last stored for its format, without asking, and saves a picture of it.
+/// The program's exit code: 0 done, 1 failed with the reason on standard error.
+int RunScreenshot(const QString& file, const QString& pictureFile, const PictureOptions& options);
