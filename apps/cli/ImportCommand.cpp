@@ -1,6 +1,7 @@
 #include "apps/cli/Commands.h"
 #include "apps/cli/ImportOptions.h"
 #include "apps/cli/SceneReport.h"
+#include "apps/render/Picture.h"
 
 #include "cadexchange/CZemtarCADExchangeReaderHandler.h"
 
@@ -40,6 +41,21 @@ void PrintSummary(std::ostream& out, const SceneReport& report, double seconds)
         << CZemtarCADExchangeReaderHandler::getInstance()->ReadAndMeshSeconds() << " s\n";
 }
 
+/// Draws the document into a picture file; false, with the reason on standard error, when that fails.
+bool WritePreview(const CZemtarDocument& document, const QString& file)
+{
+    const Picture picture = RenderPicture(document, {});
+    if (picture.image.isNull()) {
+        std::cerr << "zemtar-cad: no preview: " << picture.problem.toStdString() << "\n";
+        return false;
+    }
+    if (!picture.image.save(file)) {
+        std::cerr << "zemtar-cad: cannot write " << file.toStdString() << "\n";
+        return false;
+    }
+    return true;
+}
+
 } // namespace
 
 int RunImport(const QStringList& arguments)
@@ -47,6 +63,7 @@ int RunImport(const QStringList& arguments)
     QCommandLineParser parser;
     ImportOptions::Declare(parser);
     parser.addOption({"json", "Print JSON instead of a tree."});
+    parser.addOption({"preview", "Draw the model into this picture file.", "file"});
     if (!parser.parse(QStringList("import") + arguments)) {
         return UsageError(parser.errorText());
     }
@@ -75,5 +92,7 @@ int RunImport(const QStringList& arguments)
         PrintSummary(std::cout, report, seconds);
     }
     std::cout.flush();
-    return std::cout ? ExitDone : ExitFailed;
+    const QString preview = parser.value("preview");
+    const bool previewed = !parser.isSet("preview") || WritePreview(*document, preview);
+    return std::cout && previewed ? ExitDone : ExitFailed;
 }

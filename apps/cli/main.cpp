@@ -2,25 +2,45 @@
 // and works on texture images.
 
 #include "apps/cli/Commands.h"
+#include "apps/render/Picture.h"
 #include "apps/shared/LengthUnits.h"
 #include "apps/shared/Utf8Locale.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 
 #include <exception>
 #include <iostream>
+#include <memory>
+#include <string_view>
 
 namespace {
 
 void PrintUsage(std::ostream& out)
 {
     out << "zemtar-cad import FILE [--format NAME] [--tessellation 20..95] [--parallel] [--polylines]\n"
-           "                       [--textures DIR] [--json]\n"
+           "                       [--textures DIR] [--json] [--preview OUT.png]\n"
            "zemtar-cad convert IN OUT [--unit UNIT] [--jt-split 0|1] [import options]\n"
            "zemtar-cad formats\n"
            "zemtar-cad image COMMAND ...    texture images; `image help` lists the commands\n"
            "units: "
         << LengthUnitSymbols().toStdString() << "\n";
+}
+
+#include "apps/render/Picture.h"
+#include "apps/shared/LengthUnits.h"
+/// Makes the application object that the arguments need: drawing alone needs the windowing system.
+std::unique_ptr<QCoreApplication> MakeApplication(int& argc, char** argv)
+{
+    const std::string_view option = "--preview";
+    if (argc > 1 && std::string_view(argv[1]) == "import") {
+        for (int i = 2; i < argc; ++i) {
+            if (std::string_view(argv[i]).substr(0, option.size()) == option) {
+                UseDisplayIfAny();
+                return std::make_unique<QGuiApplication>(argc, argv);
+            }
+        }
+    }
+    return std::make_unique<QCoreApplication>(argc, argv);
 }
 
 int Run(const QString& command, const QStringList& arguments)
@@ -58,7 +78,7 @@ int main(int argc, char** argv)
 {
     UseUtf8Locale();
     try {
-        const QCoreApplication application(argc, argv);
+        const std::unique_ptr<QCoreApplication> application = MakeApplication(argc, argv);
         const QStringList words = QCoreApplication::arguments();
         return Run(words.value(1), words.mid(2));
     } catch (const std::exception& error) {

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "apps/render/Vector.h"
+
+#include <QString>
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <unordered_map>
+#include <vector>
+
+namespace Zemtar {
+class CZemtar3DObject;
+class CZemtarDocument;
+class CZemtarGeometry;
+class CZemtarMaterial;
+class CZemtarMatrix;
+class CZemtarSceneNode;
+class CZemtarTextureCoordinatesTable;
+} // namespace Zemtar
+
+/// A geometry that is drawn, however many nodes show it. Counts are those of the tables; what is damaged in
+/// them is left out when the geometry is packed.
+struct Shape
+{
+    const Zemtar::CZemtarGeometry* geometry = nullptr;
+    const Zemtar::CZemtarTextureCoordinatesTable* textureCoordinates = nullptr; ///< null: not textured
+    Bounds bounds;                                                              ///< of its finite vertices
+    std::uint32_t vertices = 0;
+    std::uint32_t triangles = 0;
+    std::uint32_t segments = 0;
+};
+
+/// What a material shows: an sRGB colour with its opacity, 0 to 1, and the number of its picture file.
+struct Look
+{
+    static constexpr int NoTexture = -1;
+
+    std::array<float, 4> color{0.8F, 0.8F, 0.8F, 1.0F};
+    int texture = NoTexture;
+    bool lit = true;
+
+    bool IsTransparent() const { return color[3] < 0.999F; }
+};
+
+/// A mesh node: a shape in a place of the world, with a look.
+struct Instance
+{
+    const Zemtar::CZemtar3DObject* node = nullptr;
+    std::uint32_t shape = 0;
+    std::uint32_t look = 0;
+    std::array<double, 12> toWorld{}; ///< rows 0 to 2 of the transform
+    Bounds bounds;                    ///< in the world; contains the shape's box
+};
+
+/// Instances from `first` to before `last`.
+struct InstanceRange
+{
+    std::uint32_t first = 0;
+    std::uint32_t last = 0;
+
+    bool IsEmpty() const { return first >= last; }
+    bool Contains(std::uint32_t instance) const { return instance >= first && instance < last; }
+};
+
+/// A document's tree flattened for drawing: each geometry once, and one instance for each mesh node, in
+/// depth-first order, so that a node with all that is below it is one range of instances. Deleted nodes, and
+/// mesh nodes that have nothing to draw or a transform that is not finite, are left out.
+///
+///     const SceneModel model(*document);
+///     const Bounds part = model.Extent(model.RangeOf(node));
+///
+/// The document must outlive the model and stay as it is.
+class SceneModel
+{
+public:
+    SceneModel() = default; ///< nothing to draw
+    explicit SceneModel(const Zemtar::CZemtarDocument& document);
+
+    const std::vector<Shape>& Shapes() const { return m_shapes; }
+    const std::vector<Instance>& Instances() const { return m_instances; }
+    const std::vector<Look>& Looks() const { return m_looks; }
+    /// Gives the picture files that looks refer to.
+    const std::vector<QString>& Textures() const { return m_textures; }
+
+    const Look& LookOf(const Instance& instance) const { return m_looks[instance.look]; }
+    const Shape& ShapeOf(const Instance& instance) const { return m_shapes[instance.shape]; }
+    InstanceRange All() const { return {0, static_cast<std::uint32_t>(m_instances.size())}; }
+    /// Gives the instances at and below a node; none for a node that is not of the document.
+    InstanceRange RangeOf(const Zemtar::CZemtarSceneNode* node) const;
+    /// Gives the box around all, or some, instances; empty without any.
+    const Bounds& Extent() const { return m_extent; }
+    Bounds Extent(const InstanceRange& range) const;
+
+private:
+    class Builder;
+
+    std::vector<Shape> m_shapes;
+    std::vector<Instance> m_instances;
+    std::vector<Look> m_looks;
+    std::vector<QString> m_textures;
+    std::unordered_map<const Zemtar::CZemtarSceneNode*, InstanceRange> m_ranges;
+    Bounds m_extent;
+};

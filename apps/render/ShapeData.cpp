@@ -1,0 +1,234 @@
+#include "apps/render/ShapeData.h"
+
+#include "apps/render/PolygonCut.h"
+
+#include "host/CZemtarGeometry.h"
+#include "host/CZemtarTextureCoordinatesTable.h"
+
+#include <bit>
+
+using namespace Zemtar;
+
+namespace {
+
+/// Packs a number from -1 to 1 into 10 bits, two's complement.
+std::uint32_t TenBits(double value)
+{
+    return static_cast<std::uint32_t>(std::lround(value * 511.0)) & 0x3FFU;
+}
+
+std::uint32_t PackedNormal(const double* normal)
+{
+    const Vec3 n{normal[0], normal[1], normal[2]};
+    const double length = Length(n);
+    if (!(length > 0.0) || !std::isfinite(length)) {
+        return 0;
+    }
+    return TenBits(n.x / length) | TenBits(n.y / length) << 10U | TenBits(n.z / length) << 20U;
+}
+
+Vec3 PlaceOf(const PackedVertex& vertex)
+{
+    return {vertex.x, vertex.y, vertex.z};
+}
+
+std::uint32_t HashOf(const PackedVertex& vertex)
+{
+    std::uint64_t hash = 0;
+    for (const float value : {vertex.x, vertex.y, vertex.z}) {
+        // The sum turns -0 into 0; the factor is 2^64 divided by the golden ratio, odd.
+        hash = (hash ^ std::bit_cast<std::uint32_t>(value + 0.0F)) * 0x9E3779B97F4A7C15U;
+        hash ^= hash >> 32U;
+    }
+    return static_cast<std::uint32_t>(hash);
+}
+
+/// Gives for each vertex the first one in the same place, through a flat hash table.
+std::vector<std::uint32_t> FirstInPlace(const std::vector<PackedVertex>& vertices)
+{
+    constexpr std::uint32_t none = 0xFFFFFFFFU;
+    const std::size_t size = std::bit_ceil(2 * vertices.size() + 1);
+    std::vector<std::uint32_t> table(size, none);
+    std::vector<std::uint32_t> first(vertices.size());
+    for (std::uint32_t i = 0; i < vertices.size(); ++i) {
+        const PackedVertex& vertex = vertices[i];
+        std::size_t slot = HashOf(vertex) & (size - 1);
+        while (table[slot] != none) {
+            const PackedVertex& other = vertices[table[slot]];
+            if (other.x == vertex.x && other.y == vertex.y && other.z == vertex.z) {
+                break;
+            }
+            slot = (slot + 1) & (size - 1);
+        }
+        if (table[slot] == none) {
+            table[slot] = i;
+        }
+        first[i] = table[slot];
+    }
+    return first;
+}
+
+/// One triangle's side, filed under its lower vertex.
+struct Side
+{
+    std::uint32_t higher;
+    std::uint32_t triangle : 31; ///< its first corner's index
+    std::uint32_t upwards : 1;   ///< the triangle runs from the lower vertex to the higher one
+};
+
+/// Files the sides of all triangles by their lower vertex: `sides[starts[v]]` to before `sides[starts[v+1]]`.
+/// One counting pass and one filling pass; no sorting of millions.
+void FileSides(const std::vector<std::uint32_t>& corners, const std::vector<std::uint32_t>& first,
+               std::vector<std::uint32_t>& starts, std::vector<Side>& sides)
+{
+    const auto forEachSide = [&](auto&& take) {
+        for (std::uint32_t t = 0; t < corners.size(); t += 3) {
+            for (std::uint32_t k = 0; k < 3; ++k) {
+                const std::uint32_t a = first[corners[t + k]];
+                const std::uint32_t b = first[corners[t + (k + 1) % 3]];
+                if (a != b) {
+                    take(std::min(a, b), Side{std::max(a, b), t & 0x7FFFFFFFU, a < b});
+                }
+            }
+        }
+    };
+    starts.assign(first.size() + 2, 0);
+    forEachSide([&](std::uint32_t lower, const Side&) { ++starts[lower + 2]; });
+    for (std::size_t i = 2; i < starts.size(); ++i) {
+        starts[i] += starts[i - 1];
+    }
+    sides.resize(starts.back());
+    forEachSide([&](std::uint32_t lower, const Side& side) { sides[starts[lower + 1]++] = side; });
+}
+
+} // namespace
+
+void ShapeData::Build(const Shape& shape)
+{
+    m_triangles.clear();
+    m_segments.clear();
+    PackVertices(shape);
+    PackTextureCoordinates(shape);
+    if (shape.geometry->PolygonsTable()) {
+        CutPolygons(*shape.geometry);
+    }
+    if (const CZemtarPolyLinesTable* lines = shape.geometry->PolyLinesTable()) {
+        for (unsigned i = 0; i < lines->Count(); ++i) {
+            const auto [a, b] = lines->Item(i);
+            if (IsUsable(a) && IsUsable(b)) {
+                m_segments.insert(m_segments.end(), {a, b});
+            }
+        }
+    }
+}
+
+void ShapeData::PackVertices(const Shape& shape)
+{
+    const CZemtarVerticiesTable& table = *shape.geometry->VerticiesTable();
+    const CZemtarVerticiesNormalsTable* normals = shape.geometry->VerticiesNormalsTable();
+    const std::size_t normalCount = normals ? normals->Count() : 0;
+    const Vec3 center = shape.bounds.IsEmpty() ? Vec3() : shape.bounds.Center();
+    m_vertices.resize(table.Count());
+    m_allFinite = true;
+    const double* place = table.Data();
+    for (std::size_t i = 0; i < m_vertices.size(); ++i, place += 3) {
+        PackedVertex& vertex = m_vertices[i];
+        vertex.x = static_cast<float>(place[0] - center.x);
+        vertex.y = static_cast<float>(place[1] - center.y);
+        vertex.z = static_cast<float>(place[2] - center.z);
+        vertex.normal = i < normalCount ? PackedNormal(normals->Data() + 3 * i) : 0;
+        m_allFinite = m_allFinite && IsFinite(PlaceOf(vertex));
+    }
+}
+
+void ShapeData::PackTextureCoordinates(const Shape& shape)
+{
+    m_textured.clear();
+    if (!shape.textureCoordinates) {
+        return;
+    }
+    const CZemtarTextureCoordinatesTable& table = *shape.textureCoordinates;
+    m_textured.reserve(m_vertices.size());
+    for (std::size_t i = 0; i < m_vertices.size(); ++i) {
+        const double* uv = table.Data() + 2 * i;
+        m_textured.push_back(i < table.Count() ? TexturedVertex{m_vertices[i], static_cast<float>(uv[0]),
+                                                                static_cast<float>(uv[1])}
+                                               : TexturedVertex{m_vertices[i], 0.0F, 0.0F});
+    }
+}
+
+void ShapeData::CutPolygons(const CZemtarGeometry& geometry)
+{
+    const CZemtarPolygonsTable& polygons = *geometry.PolygonsTable();
+    m_triangles.reserve(polygons.IndexCount());
+    if (polygons.IsTriangles()) {
+        const unsigned* corners = polygons.Data();
+        for (std::size_t i = 0; i + 2 < polygons.IndexCount(); i += 3) {
+            if (IsUsable(corners[i]) && IsUsable(corners[i + 1]) && IsUsable(corners[i + 2])) {
+                m_triangles.insert(m_triangles.end(), corners + i, corners + i + 3);
+            }
+        }
+        return;
+    }
+    std::vector<std::uint32_t> corners;
+    std::vector<Vec3> places;
+    for (unsigned p = 0; p < polygons.Count(); ++p) {
+        const CZemtar3DPolygon polygon = polygons.Item(p);
+        corners.clear();
+        places.clear();
+        for (unsigned i = 0; i < polygon.VertexCount(); ++i) {
+            if (IsUsable(polygon.VertexIndex(i))) {
+                corners.push_back(polygon.VertexIndex(i));
+                places.push_back(PlaceOf(m_vertices[corners.back()]));
+            }
+        }
+        if (corners.size() == polygon.VertexCount()) {
+            CutPolygon(places, [&](std::size_t a, std::size_t b, std::size_t c) {
+                m_triangles.insert(m_triangles.end(), {corners[a], corners[b], corners[c]});
+            });
+        }
+    }
+}
+
+bool ShapeData::IsUsable(std::uint32_t vertex) const
+{
+    return vertex < m_vertices.size() && (m_allFinite || IsFinite(PlaceOf(m_vertices[vertex])));
+}
+
+std::vector<std::uint32_t> ShapeData::FeatureEdges() const
+{
+    const std::vector<std::uint32_t> first = FirstInPlace(m_vertices);
+    std::vector<std::uint32_t> starts;
+    std::vector<Side> sides;
+    FileSides(m_triangles, first, starts, sides);
+
+    const auto normalOf = [&](std::uint32_t triangle) {
+        const Vec3 a = PlaceOf(m_vertices[m_triangles[triangle]]);
+        const Vec3 b = PlaceOf(m_vertices[m_triangles[triangle + 1]]);
+        const Vec3 c = PlaceOf(m_vertices[m_triangles[triangle + 2]]);
+        return Cross(b - a, c - a);
+    };
+    const double cosine = std::cos(CreaseAngle * 3.14159265358979323846 / 180.0);
+    const auto isCrease = [&](const Side& s, const Side& t) {
+        const Vec3 n = normalOf(s.triangle);
+        const Vec3 m = normalOf(t.triangle);
+        // Neighbours that run along their side in one direction wind differently: one normal is turned.
+        const double turned = s.upwards == t.upwards ? -1.0 : 1.0;
+        return turned * Dot(n, m) < cosine * Length(n) * Length(m);
+    };
+    std::vector<std::uint32_t> edges;
+    for (std::uint32_t v = 0; v < first.size(); ++v) {
+        const auto begin = sides.begin() + starts[v];
+        const auto end = sides.begin() + starts[v + 1];
+        std::sort(begin, end, [](const Side& s, const Side& t) { return s.higher < t.higher; });
+        for (auto side = begin; side != end;) {
+            const auto next =
+                std::find_if(side, end, [&](const Side& s) { return s.higher != side->higher; });
+            if (next - side != 2 || isCrease(side[0], side[1])) {
+                edges.insert(edges.end(), {v, side->higher});
+            }
+            side = next;
+        }
+    }
+    return edges;
+}
