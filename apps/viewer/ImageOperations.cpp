@@ -1,0 +1,340 @@
+#include "apps/viewer/ImageOperations.h"
+
+#include "common/encoding/CZemtarConvert.h"
+#include "common/image/ZemtarImage.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+#include <QTemporaryDir>
+
+using namespace Zemtar;
+
+namespace {
+
+CZemtarString ToHost(const QString& text)
+{
+    return CZemtarConvert::QStringToCZemtarString(text);
+}
+
+QString Tr(const char* text)
+{
+    return QCoreApplication::translate("ImageOperations", text);
+}
+
+/// The file forms in which a picture travels to and from an operation on files.
+struct FileForm
+{
+    const char* suffix;
+    int quality; ///< Of the file that is handed in: pictures in memory are worth no compression.
+};
+constexpr FileForm kOpaqueForm = {"bmp", -1};
+constexpr FileForm kAlphaForm = {"png", 100};
+
+/// Runs `write(in, out)`, an operation that reads one file and writes another, on a picture in memory.
+template <typename Write>
+ImageOutcome ThroughFiles(const QImage& image, const FileForm& form, Write write)
+{
+    const QTemporaryDir folder;
+    const QString in = folder.filePath(QStringLiteral("in.") + form.suffix);
+    const QString out = folder.filePath(QStringLiteral("out.") + form.suffix);
+    if (!folder.isValid() || !image.save(in, nullptr, form.quality)) {
+        return {{}, Tr("The temporary folder takes no file: %1").arg(folder.errorString())};
+    }
+    write(ToHost(in), ToHost(out));
+    const QImage result(out);
+    return {result, result.isNull() ? Tr("The operation wrote no picture.") : QString()};
+}
+
+template <typename Write>
+ImageOutcome ThroughFiles(const QImage& image, Write write)
+{
+    return ThroughFiles(image, image.hasAlphaChannel() ? kAlphaForm : kOpaqueForm, write);
+}
+
+ImageOutcome NormalMap(const ImageInput& input, const ImageValues& values)
+{
+    // The map is opaque and does not look at alpha.
+    return ThroughFiles(input.image, kOpaqueForm, [&](const CZemtarString& in, const CZemtarString& out) {
+        ZemtarImage::NormalMapFromTexture(in, out, values[0], values[1] != 0);
+    });
+}
+
+ImageOutcome HeightMap(const ImageInput& input, const ImageValues& values)
+{
+    return ThroughFiles(input.image, [&](const CZemtarString& in, const CZemtarString& out) {
+        ZemtarImage::HeightMapFromTexture(in, out, values[0], values[1], values[2] != 0);
+    });
+}
+
+ImageOutcome TileableNormalMap(const ImageInput& input, const ImageValues& /*values*/)
+{
+    return ThroughFiles(input.image, kAlphaForm, [](const CZemtarString& in, const CZemtarString& out) {
+        ZemtarImage::GenerateNormalFromTexture(in, out);
+    });
+}
+
+ImageOutcome ToneMap(const ImageInput& input, const ImageValues& /*values*/)
+{
+    return ThroughFiles(input.image, kAlphaForm, [&](const CZemtarString& in, const CZemtarString& out) {
+        const CZemtarString file =
+            input.highRange.isEmpty() ? ZemtarImage::ConvertToExr(in, out, false) : ToHost(input.highRange);
+        ZemtarImage::ConvertHdrToPng(file, out);
+    });
+}
+
+using InPlace = void (*)(QImage* source, QImage* target, int amount);
+
+/// A filter with one amount or none.
+template <InPlace Filter>
+ImageOutcome Filtered(const ImageInput& input, const ImageValues& values)
+{
+    QImage source = input.image;
+    QImage target = input.image;
+    Filter(&source, &target, values.empty() ? 0 : static_cast<int>(values[0]));
+    return {target};
+}
+
+void Edges(QImage* /*source*/, QImage* target, int /*amount*/)
+{
+    ZemtarImage::edgify(target);
+}
+
+void Grey(QImage* source, QImage* target, int /*amount*/)
+{
+    ZemtarImage::greyScale(source, target);
+}
+
+void Sharpen(QImage* source, QImage* target, int /*amount*/)
+{
+    ZemtarImage::sharpen(source, target);
+}
+
+ImageOutcome Bloom(const ImageInput& input, const ImageValues& values)
+{
+    QImage source = input.image;
+    return {ZemtarImage::bloomed(&source, static_cast<int>(values[0]), static_cast<int>(values[1]),
+                                 static_cast<int>(values[2]), false)};
+}
+
+ImageOutcome Scale(const ImageInput& input, const ImageValues& values)
+{
+    return ThroughFiles(input.image, [&](const CZemtarString& in, const CZemtarString& out) {
+        ZemtarImage::ResizeImage(in, static_cast<int>(values[0]), static_cast<int>(values[1]), values[2] != 0,
+                                 out, 100);
+    });
+}
+
+ImageOutcome LetterBox(const ImageInput& input, const ImageValues& values)
+{
+    QImage image = input.image.convertToFormat(QImage::Format_ARGB32); // the bars are transparent
+    ZemtarImage::ResizeImage(image, static_cast<int>(values[0]), static_cast<int>(values[1]));
+    return {image};
+}
+
+ImageOutcome Crop(const ImageInput& input, const ImageValues& values)
+{
+    return ThroughFiles(input.image, [&](const CZemtarString& in, const CZemtarString& out) {
+        ZemtarImage::CropImage(in, out, static_cast<int>(values[2]), static_cast<int>(values[3]),
+                               static_cast<int>(values[0]), static_cast<int>(values[1]));
+    });
+}
+
+ImageOutcome Flip(const ImageInput& input, const ImageValues& values)
+{
+    return ThroughFiles(input.image, [&](const CZemtarString& in, const CZemtarString& out) {
+        ZemtarImage::Flip(in, out, values[0] != 0);
+    });
+}
+
+ImageOutcome Fade(const ImageInput& input, const ImageValues& values)
+{
+    QImage image = input.image;
+    ZemtarImage::SetImageAlpha(image, values[0]);
+    return {image};
+}
+
+ImageOutcome Border(const ImageInput& input, const ImageValues& values)
+{
+    QImage image = input.image;
+    // The line's colour has channels of 0..255.
+    ZemtarImage::AddBoarderToImage(image, static_cast<int>(values[0]),
+                                   CZemtarColor(values[1], values[2], values[3], 1.0));
+    return {image};
+}
+
+#define TEXT(text) QT_TRANSLATE_NOOP("ImageOperations", text)
+
+constexpr double kMostSide = 16384;
+constexpr const char* kInvertHelp = TEXT("Turns dark to high instead of light");
+
+constexpr ImageParameter kNormalMap[] = {
+    {ImageParameter::Number, TEXT("Strength"), TEXT("Height of the relief"), 0.1, 100, 10},
+    {ImageParameter::Switch, TEXT("Invert"), kInvertHelp, 0, 1, 0},
+};
+constexpr ImageParameter kHeightMap[] = {
+    {ImageParameter::Number, TEXT("Scale"), TEXT("Factor of the brightness; 50 keeps it"), 0, 200, 50},
+    {ImageParameter::Number, TEXT("Contrast"), TEXT("About middle grey; 25 keeps it"), 0, 100, 25},
+    {ImageParameter::Switch, TEXT("Invert"), kInvertHelp, 0, 1, 0},
+};
+constexpr ImageParameter kBloom[] = {
+    {ImageParameter::Whole, TEXT("Radius"), TEXT("Of the blur; 0 leaves the copy sharp"), 0, 18, 5},
+    {ImageParameter::Whole, TEXT("Brightness"), TEXT("Added to the blurred copy"), 0, 255, 40},
+    {ImageParameter::Whole, TEXT("Opacity"), TEXT("Of the blurred copy; 256 is whole"), 0, 256, 128},
+};
+constexpr ImageParameter kAmount[] = {
+    {ImageParameter::Whole, TEXT("Amount"), TEXT("Added to the channels; 0 changes nothing"), -255, 255, 40},
+};
+constexpr ImageParameter kScale[] = {
+    {ImageParameter::Width, TEXT("Width"), TEXT("In pixels"), 1, kMostSide, 0},
+    {ImageParameter::Height, TEXT("Height"), TEXT("In pixels"), 1, kMostSide, 0},
+    {ImageParameter::Switch, TEXT("Keep proportions"), TEXT("Fits into the size, not stretched"), 0, 1, 1},
+};
+constexpr ImageParameter kCrop[] = {
+    {ImageParameter::Width, TEXT("Width"), TEXT("Of the part, in pixels"), 1, kMostSide, 0},
+    {ImageParameter::Height, TEXT("Height"), TEXT("Of the part, in pixels"), 1, kMostSide, 0},
+    {ImageParameter::Whole, TEXT("Left"), TEXT("First column"), -kMostSide, kMostSide, 0},
+    {ImageParameter::Whole, TEXT("Top"), TEXT("First row"), -kMostSide, kMostSide, 0},
+};
+constexpr ImageParameter kFlip[] = {
+    {ImageParameter::Choice, TEXT("Direction"), TEXT("Which sides change places"), 0, 1, 0,
+     TEXT("Left and right|Top and bottom")},
+};
+constexpr ImageParameter kFade[] = {
+    // At 1 the library makes the picture wholly transparent.
+    {ImageParameter::Number, TEXT("Opacity"), TEXT("Factor of the alpha channel"), 0, 0.99, 0.5},
+};
+constexpr ImageParameter kBorder[] = {
+    {ImageParameter::Whole, TEXT("Width"), TEXT("Of the line; half of it falls outside"), 1, 200, 8},
+    {ImageParameter::Whole, TEXT("Red"), TEXT("Of the line"), 0, 255, 255},
+    {ImageParameter::Whole, TEXT("Green"), TEXT("Of the line"), 0, 255, 255},
+    {ImageParameter::Whole, TEXT("Blue"), TEXT("Of the line"), 0, 255, 255},
+};
+
+constexpr const char* kMaps = TEXT("Material maps");
+constexpr const char* kTones = TEXT("Colours and tones");
+constexpr const char* kDetail = TEXT("Detail");
+constexpr const char* kShape = TEXT("Size and frame");
+
+constexpr ImageOperation kOperations[] = {
+    {kMaps, TEXT("Normal map"), TEXT("Directions of the surface, from the texture's brightness"), kNormalMap,
+     true, NormalMap},
+    {kMaps,
+     TEXT("Tileable normal map"),
+     TEXT("A normal map that joins itself at opposite sides"),
+     {},
+     true,
+     TileableNormalMap},
+    {kMaps, TEXT("Height map"), TEXT("Grey heights, from the texture's brightness"), kHeightMap, true,
+     HeightMap},
+    {kTones,
+     TEXT("Tone mapping"),
+     TEXT("Brings an HDR or EXR picture's range to 8 bits, mirrored left to right. An ordinary picture goes "
+          "by way of EXR."),
+     {},
+     false,
+     ToneMap},
+    {kTones, TEXT("Saturation"), TEXT("Stronger or paler colours"), kAmount, true,
+     Filtered<ZemtarImage::saturation>},
+    {kTones, TEXT("Warm"), TEXT("Adds to red and green"), kAmount, true, Filtered<ZemtarImage::warm>},
+    {kTones, TEXT("Cool"), TEXT("Adds to blue"), kAmount, true, Filtered<ZemtarImage::cool>},
+    {kTones, TEXT("Grey"), TEXT("Mean of the channels; keeps transparency"), {}, true, Filtered<Grey>},
+    {kTones,
+     TEXT("Brightness"),
+     TEXT("Brightness of each pixel as opaque grey"),
+     {},
+     true,
+     Filtered<ZemtarImage::brightness>},
+    {kDetail, TEXT("Sharpen"), TEXT("Raises small differences; the rim stays"), {}, true, Filtered<Sharpen>},
+    {kDetail,
+     TEXT("Edges"),
+     TEXT("How steeply the brightness changes; the rim stays"),
+     {},
+     true,
+     Filtered<Edges>},
+    {kDetail, TEXT("Bloom"), TEXT("Lays a blurred, brightened copy over the picture"), kBloom, true, Bloom},
+    {kShape, TEXT("Scale"), TEXT("Another size in pixels"), kScale, false, Scale},
+    {kShape, TEXT("Letter-box"), TEXT("Fits the picture into a size, with transparent bars"),
+     std::span(kScale).first(2), false, LetterBox},
+    {kShape, TEXT("Crop"), TEXT("Cuts out a rectangle; what lies outside the picture is empty"), kCrop, false,
+     Crop},
+    {kShape, TEXT("Flip"), TEXT("The mirror image"), kFlip, true, Flip},
+    {kShape, TEXT("Fade"), TEXT("Makes the picture more transparent"), kFade, true, Fade},
+    {kShape, TEXT("Border line"), TEXT("A line along the edges"), kBorder, false, Border},
+};
+
+#undef TEXT
+
+} // namespace
+
+QString ImageOperation::Name() const
+{
+    return ImageOperationText(name);
+}
+
+QString ImageOperation::Group() const
+{
+    return ImageOperationText(group);
+}
+
+QString ImageOperation::Help() const
+{
+    return ImageOperationText(help);
+}
+
+ImageValues ImageOperation::Defaults(QSize size) const
+{
+    ImageValues values;
+    for (const ImageParameter& parameter : parameters) {
+        values.push_back(parameter.kind == ImageParameter::Width    ? size.width()
+                         : parameter.kind == ImageParameter::Height ? size.height()
+                                                                    : parameter.value);
+    }
+    return values;
+}
+
+ImageOutcome ImageOperation::Run(const ImageInput& input, const ImageValues& values) const
+{
+    qint64 width = 1;
+    qint64 height = 1;
+    for (std::size_t i = 0; i < parameters.size(); ++i) {
+        if (parameters[i].kind == ImageParameter::Width) {
+            width = static_cast<qint64>(values[i]);
+        } else if (parameters[i].kind == ImageParameter::Height) {
+            height = static_cast<qint64>(values[i]);
+        }
+    }
+    if (const QString refusal = RefusalOfSize(width, height); !refusal.isEmpty()) {
+        return {{}, refusal};
+    }
+    ImageOutcome outcome = run(input, values);
+    outcome.image = NormalizedImage(outcome.image);
+    return outcome;
+}
+
+std::span<const ImageOperation> ImageOperations()
+{
+    return kOperations;
+}
+
+QString ImageOperationText(const char* text)
+{
+    return Tr(text);
+}
+
+QImage NormalizedImage(const QImage& image)
+{
+    return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+}
+
+QString RefusalOfSize(qint64 width, qint64 height)
+{
+    if (width < 1 || height < 1) {
+        return Tr("A picture begins at 1 x 1 pixels.");
+    }
+    if (width <= kMostPixels / height) {
+        return {};
+    }
+    const QLocale locale;
+    return Tr("A picture of %1 x %2 pixels is too large: at most %3 megapixels are shown here.")
+        .arg(locale.toString(width), locale.toString(height), locale.toString(kMostPixels / 1000000));
+}

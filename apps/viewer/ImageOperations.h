@@ -1,0 +1,80 @@
+#pragma once
+
+#include <QImage>
+#include <QString>
+
+#include <span>
+#include <vector>
+
+/// A value that an operation takes: its name, range and default. Switches are 0 or 1; a choice is the
+/// position of a word among `choices`, which stand between bars. Texts are keys of the context
+/// "ImageOperations".
+struct ImageParameter
+{
+    enum Kind
+    {
+        Whole,
+        Number,
+        Switch,
+        Choice,
+        Width,  ///< Pixels, beginning at the picture's width.
+        Height, ///< Pixels, beginning at the picture's height.
+    };
+    Kind kind;
+    const char* name;
+    const char* help;
+    double least;
+    double most;
+    double value;
+    const char* choices = "";
+};
+
+/// What an operation works on.
+struct ImageInput
+{
+    QImage image;        ///< Not null, 32 bits a pixel, with alpha or without (NormalizedImage).
+    QString highRange{}; ///< The HDR or EXR file that `image` shows unchanged; empty for other pictures.
+};
+
+/// A picture, or the reason why there is none.
+struct ImageOutcome
+{
+    QImage image;
+    QString failure{};
+};
+
+using ImageValues = std::vector<double>;
+
+/// An operation of the library on a picture, as the image window offers it.
+struct ImageOperation
+{
+    const char* group;
+    const char* name;
+    const char* help;
+    std::span<const ImageParameter> parameters;
+    bool isReducible; ///< Whether a reduced picture shows what becomes of the whole one.
+    ImageOutcome (*run)(const ImageInput& input, const ImageValues& values);
+
+    QString Name() const;
+    QString Group() const;
+    QString Help() const;
+    /// One value for each parameter: those with which the operation begins on a picture of this size.
+    ImageValues Defaults(QSize size) const;
+    /// Runs on one value for each parameter. The picture that is handed back is normalized.
+    ImageOutcome Run(const ImageInput& input, const ImageValues& values) const;
+};
+
+/// All operations, in the order of the list; those of one group stand together.
+std::span<const ImageOperation> ImageOperations();
+
+/// The translated form of a text of the table.
+QString ImageOperationText(const char* text);
+
+/// The picture with 32 bits a pixel: Format_ARGB32 when it has an alpha channel, else Format_RGB32.
+QImage NormalizedImage(const QImage& image);
+
+/// More pixels than this are neither loaded nor made: the image reader takes 256 MB for one picture.
+constexpr qint64 kMostPixels = qint64(1) << 26;
+
+/// Why a picture of this size is not loaded or made; empty when it can be.
+QString RefusalOfSize(qint64 width, qint64 height);

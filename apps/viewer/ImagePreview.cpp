@@ -1,0 +1,96 @@
+#include "apps/viewer/ImagePreview.h"
+
+#include <cmath>
+
+namespace {
+
+constexpr int kSoonMilliseconds = 15;
+constexpr int kRestMilliseconds = 350;
+
+} // namespace
+
+ImagePreview::ImagePreview(QObject* parent) : QObject(parent)
+{
+    m_soon.setSingleShot(true);
+    m_rest.setSingleShot(true);
+    m_soon.setInterval(kSoonMilliseconds);
+    m_rest.setInterval(kRestMilliseconds);
+    connect(&m_soon, &QTimer::timeout, this, &ImagePreview::ShowSoon);
+    connect(&m_rest, &QTimer::timeout, this, &ImagePreview::ShowWhole);
+}
+
+void ImagePreview::SetInput(const ImageInput& input)
+{
+    m_input = input;
+    m_reduced = {};
+    m_shown = {};
+    Ask();
+}
+
+void ImagePreview::SetOperation(const ImageOperation* operation, const ImageValues& values)
+{
+    m_operation = operation;
+    m_values = values;
+    Ask();
+}
+
+const ImageOutcome& ImagePreview::Whole()
+{
+    if (m_isPending || m_isReduced) {
+        ShowWhole();
+    }
+    return m_shown;
+}
+
+void ImagePreview::Ask()
+{
+    m_isPending = true;
+    m_rest.stop();
+    if (!m_soon.isActive()) { // not again and again put off while a slider moves
+        m_soon.start();
+    }
+}
+
+bool ImagePreview::IsLarge() const
+{
+    return qint64(m_input.image.width()) * m_input.image.height() > kWholeAtOnce;
+}
+
+void ImagePreview::ShowSoon()
+{
+    if (m_operation == nullptr || m_input.image.isNull() || !IsLarge()) {
+        ShowWhole();
+        return;
+    }
+    const qint64 pixels = qint64(m_input.image.width()) * m_input.image.height();
+    if (!m_operation->isReducible) {
+        m_rest.start();
+        return;
+    }
+    if (m_reduced.image.isNull()) {
+        const double factor = std::sqrt(double(kReduced) / double(pixels));
+        m_reduced.image = m_input.image.scaled((m_input.image.size() * factor).expandedTo({1, 1}),
+                                               Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    }
+    Show(m_operation->Run(m_reduced, m_values), true);
+    if (pixels <= kWholeAtRest) {
+        m_rest.start();
+    }
+}
+
+void ImagePreview::ShowWhole()
+{
+    m_soon.stop();
+    m_rest.stop();
+    const bool hasWork = m_operation != nullptr && !m_input.image.isNull();
+    Show(hasWork ? m_operation->Run(m_input, m_values) : ImageOutcome{m_input.image}, false);
+}
+
+void ImagePreview::Show(const ImageOutcome& outcome, bool isReduced)
+{
+    m_shown = outcome;
+    m_shown.image = NormalizedImage(outcome.image);
+    m_isReduced = isReduced;
+    m_isPending = false;
+    emit Changed();
+}
