@@ -256,7 +256,7 @@ void ImageComparison::paintEvent(QPaintEvent* /*event*/)
     Draw(painter, m_result, right);
     const int border = m_mode == Split ? SplitX() : width() / 2;
     painter.fillRect(QRect(border - 1, 0, 2, height()),
-                     palette().color(m_mode == Split ? QPalette::Highlight : QPalette::Mid));
+                     palette().color(m_mode == Split ? QPalette::Highlight : QPalette::Window));
     if (m_mode == Split) {
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);

@@ -142,7 +142,7 @@ ImageFile ReadImageFile(const QString& file)
         return {{}, {}, reader.errorString()};
     }
     return {NormalizedImage(image),
-            Tr("%1, %2 bits").arg(QString::fromLatin1(format).toUpper()).arg(image.depth())};
+            Tr("%1, %2 bits").arg(QString::fromLatin1(format).toUpper()).arg(image.bitPlaneCount())};
 }
 
 QString WriteImageFile(const QImage& image, const QString& file, const QString& highRange)

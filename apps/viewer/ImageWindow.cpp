@@ -339,7 +339,7 @@ bool ImageWindow::Take(const QMimeData* mime)
         ShowMessage(refusal);
         return true;
     }
-    Begin({NormalizedImage(image), tr("pasted, %1 bits").arg(image.depth())}, tr("Pasted picture"));
+    Begin({NormalizedImage(image), tr("pasted, %1 bits").arg(image.bitPlaneCount())}, tr("Pasted picture"));
     return true;
 }
 
