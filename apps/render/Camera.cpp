@@ -113,6 +113,14 @@ void Camera::Zoom(double factor, const Vec3& point)
     m_distance *= factor;
 }
 
+void Camera::FocusAt(double depth)
+{
+    if (m_perspective && depth > 0.0) {
+        m_target = Eye() + depth * Forward();
+        m_distance = depth;
+    }
+}
+
 void Camera::Fit(const Bounds& bounds, double aspect)
 {
     if (bounds.IsEmpty()) {

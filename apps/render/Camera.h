@@ -46,6 +46,9 @@ public:
     void Pan(double right, double up);
     /// Comes nearer (factor below 1) or goes away; `point` keeps its place in the picture.
     void Zoom(double factor, const Vec3& point);
+    /// Puts the target at that depth, which moves no pixel: panning then follows what lies there. In
+    /// parallel, and at or below zero, nothing happens.
+    void FocusAt(double depth);
     /// Brings the bounds as large as possible into a picture of that width to height, from where the camera
     /// looks now. Empty bounds change nothing.
     void Fit(const Bounds& bounds, double aspect);

@@ -5,6 +5,8 @@
 #include <QOpenGLWidget>
 #include <QSet>
 
+#include <memory>
+
 namespace Zemtar {
 class CZemtarDocument;
 class CZemtarSceneNode;
@@ -55,4 +57,34 @@ signals:
     void MenuRequested(const Zemtar::CZemtarSceneNode* node, const QPoint& globalPosition);
     /// OpenGL is missing or too old; the view stays empty. The text says so to the user.
     void Failed(const QString& message);
+
+protected:
+    void initializeGL() override;
+    void paintGL() override;
+    void resizeGL(int width, int height) override;
+    bool event(QEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+
+private:
+    class State;
+
+    double Aspect() const;
+    /// Gives the point of the model below a place or, where there is none, in the target's plane.
+    Vec3 PointBelow(const QPointF& place);
+    void ZoomAt(const QPointF& place, double factor);
+    void FitNow();
+    /// Draws anew: at once and perhaps coarsely while the camera moves, else in full.
+    void Redraw(bool moving);
+    void DrawFull();
+    void UpdateShown();
+    void ReleaseGraphics();
+    void Fail(const QString& message);
+
+    std::unique_ptr<State> m_state;
 };
