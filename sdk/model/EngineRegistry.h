@@ -3,8 +3,7 @@
 //
 //     sdk/occt/OcctEngines.h      void RegisterOcctEngines(EngineRegistry&)      STEP and IGES in, IGES out
 //     sdk/part21/Part21Engines.h  void RegisterPart21Engines(EngineRegistry&)    STEP out
-//     sdk/ifc/IfcEngines.h        void RegisterIfcEngines(EngineRegistry&)       IFC in and out, where IFC++
-//     is present
+//     sdk/ifc/IfcEngines.h        void RegisterIfcEngines(EngineRegistry&)       IFC in and out
 //
 // Applications ask CanRead and CanWrite of <cadex/internal/Formats.hxx> instead. A test puts its own engine
 // in and puts the one before back.

@@ -53,7 +53,7 @@ constexpr Room Rooms[] = {
     {"sdk/model/", SdkModel, Std | SdkInterface},
     {"sdk/part21/", SdkPart21, Std | SdkInterface | SdkModel},
     {"sdk/occt/", SdkOcct, Std | SdkInterface | SdkModel | SdkPart21 | Occt},
-    {"sdk/ifc/", SdkIfc, Std | SdkInterface | SdkModel | SdkPart21 | SdkOcct | Occt | Ifcpp},
+    {"sdk/ifc/", SdkIfc, Std | SdkInterface | SdkModel | SdkPart21 | SdkOcct | Occt},
     {"common/encoding/", CommonEncoding, Std | Host | Qt | Uchardet},
     {"common/file/", CommonFile, Std | Host | Qt | CommonEncoding},
     {"common/image/", CommonImage, Std | Host | Qt | FreeImageLib | CommonEncoding | CommonFile},
