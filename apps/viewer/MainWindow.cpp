@@ -23,6 +23,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QOpenGLWidget>
 #include <QStackedWidget>
 #include <QStatusBar>
 #include <QTabWidget>
@@ -104,6 +105,8 @@ MainWindow::~MainWindow()
 void MainWindow::MakeCentre()
 {
     m_centre = new QStackedWidget(this);
+    // A window that gets its first OpenGL child later would be made anew then, and jump on the screen.
+    (new QOpenGLWidget(m_centre))->hide();
     m_startPage = new StartPage({m_import, m_openImage}, m_centre);
     m_tabs = new QTabWidget(m_centre);
     m_tabs->setDocumentMode(true);
@@ -192,6 +195,7 @@ void MainWindow::ClosePage(int index)
 void MainWindow::ShowCurrentPage()
 {
     DocumentPage* page = CurrentPage();
+    ShowDocks(page != nullptr);
     m_centre->setCurrentWidget(page ? static_cast<QWidget*>(m_tabs) : m_startPage);
     const QString title = BrandingText(CZemtarBranding::ApplicationTitle);
     if (page) {
@@ -211,7 +215,6 @@ void MainWindow::ShowCurrentPage()
         m_times->clear();
         setWindowTitle(title);
     }
-    m_treeDock->setEnabled(page != nullptr);
     ShowState();
 }
 
@@ -371,14 +374,32 @@ void MainWindow::RestoreLayout()
     resize(fontMetrics().height() * 75, fontMetrics().height() * 48);
     resizeDocks({m_treeDock, m_propertiesDock}, {width() / 5, width() / 4}, Qt::Horizontal);
     restoreGeometry(settings.value("Window/Geometry").toByteArray());
-    restoreState(settings.value("Window/State").toByteArray());
+    m_dockState = settings.value("Window/State").toByteArray();
+    restoreState(m_dockState);
 }
 
 void MainWindow::SaveLayout()
 {
     ViewerSettings settings;
     settings.setValue("Window/Geometry", saveGeometry());
-    settings.setValue("Window/State", saveState());
+    settings.setValue("Window/State", m_docksShown ? saveState() : m_dockState);
+}
+
+/// The start page stands alone; with the first document the docks are as they were left.
+void MainWindow::ShowDocks(bool on)
+{
+    if (on == m_docksShown) {
+        return;
+    }
+    m_docksShown = on;
+    if (on) {
+        restoreState(m_dockState);
+        return;
+    }
+    m_dockState = saveState();
+    for (QDockWidget* dock : {m_treeDock, m_propertiesDock, m_logDock}) {
+        dock->hide();
+    }
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)

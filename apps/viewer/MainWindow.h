@@ -65,6 +65,7 @@ private:
     void ShowAbout();
     void RestoreLayout();
     void SaveLayout();
+    void ShowDocks(bool on);
 
     // MainWindowActions.cpp: menus, tool bar, keys
     void MakeActions();
@@ -106,4 +107,6 @@ private:
     QList<QAction*> m_viewActions;
     QList<QPair<QString, QString>> m_failures; ///< file and reason, of the running batch
     ImageWindow* m_imageWindow = nullptr;
+    QByteArray m_dockState; ///< of the time when documents were last open
+    bool m_docksShown = true;
 };

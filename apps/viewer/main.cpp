@@ -101,7 +101,6 @@ int main(int argc, char** argv)
     QApplication application(argc, argv);
     QApplication::setOrganizationName(BrandingText(CZemtarBranding::OrganizationName));
     QApplication::setApplicationName(BrandingText(CZemtarBranding::ApplicationName));
-    QApplication::setApplicationDisplayName(BrandingText(CZemtarBranding::ApplicationTitle));
     QApplication::setApplicationVersion(BrandingText(CZemtarBranding::ApplicationVersion));
     QApplication::setWindowIcon(Icons::Application());
     InstallTranslations(application);
