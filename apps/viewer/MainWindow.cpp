@@ -371,11 +371,12 @@ void MainWindow::ShowAbout()
 void MainWindow::RestoreLayout()
 {
     const ViewerSettings settings;
-    resize(fontMetrics().height() * 75, fontMetrics().height() * 48);
-    resizeDocks({m_treeDock, m_propertiesDock}, {width() / 5, width() / 4}, Qt::Horizontal);
+    resize(fontMetrics().height() * 84, fontMetrics().height() * 54);
     restoreGeometry(settings.value("Window/Geometry").toByteArray());
     m_dockState = settings.value("Window/State").toByteArray();
-    restoreState(m_dockState);
+    if (m_dockState.isEmpty() || !restoreState(m_dockState)) {
+        resizeDocks({m_treeDock, m_propertiesDock}, {width() * 22 / 100, width() * 30 / 100}, Qt::Horizontal);
+    }
 }
 
 void MainWindow::SaveLayout()

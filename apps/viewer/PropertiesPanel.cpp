@@ -31,7 +31,7 @@ constexpr double CubicCentimetresPerCubicMetre = 1e6;
 QString Number(double value)
 {
     // No "-0" and no traces of rounding where the value is nothing.
-    return QLocale().toString(std::abs(value) < 1e-12 ? 0.0 : value, 'g', 7);
+    return QLocale().toString(std::abs(value) < 1e-12 ? 0.0 : value, 'g', 6);
 }
 
 QString Number(qint64 value)
@@ -103,7 +103,7 @@ PropertiesPanel::PropertiesPanel(QWidget* parent) : QTreeWidget(parent)
     setRootIsDecorated(true);
     setIndentation(indentation() * 2 / 3);
     setAlternatingRowColors(true);
-    setTextElideMode(Qt::ElideMiddle);
+    setTextElideMode(Qt::ElideRight);
     header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
     connect(this, &QTreeWidget::itemCollapsed, this,
             [this](const QTreeWidgetItem* item) { m_closedSections.insert(item->text(0)); });
@@ -270,7 +270,7 @@ void PropertiesPanel::AddGeometry(const CZemtar3DObject& object)
     }
     QTreeWidgetItem* section = Section(tr("Geometry"));
     Row(section, tr("Definition"), Text(object.GeometyDefinitionID()));
-    Row(section, tr("Used by"), tr("%n mesh node(s)", nullptr, static_cast<int>(geometry->UserCount())));
+    Row(section, tr("Nodes that use it"), Number(static_cast<qint64>(geometry->UserCount())));
     const auto yesOrNo = [](const auto* table) {
         return table && table->Count() != 0 ? tr("yes") : tr("no");
     };

@@ -1,20 +1,51 @@
 #include "apps/viewer/StandardErrorLog.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <iostream>
+#include <streambuf>
+#include <vector>
 
-StandardErrorLog* StandardErrorLog::s_instance = nullptr;
-
-/// A stream buffer that writes through to another one and gathers lines.
-class StandardErrorLog::Tee : public std::streambuf
+/// Stands in the stream and in Qt's message handler as long as any log listens, and tells them all.
+class StandardErrorLog::Source : public std::streambuf
 {
 public:
-    Tee(StandardErrorLog& log, std::ostream& stream)
-        : m_log(log), m_stream(stream), m_target(stream.rdbuf(this))
+    /// Gives the one that is at work, or starts one.
+    static std::shared_ptr<Source> Get()
     {
+        static std::weak_ptr<Source> current;
+        std::shared_ptr<Source> source = current.lock();
+        if (!source) {
+            source = std::make_shared<Source>();
+            current = source;
+        }
+        return source;
     }
-    ~Tee() override { m_stream.rdbuf(m_target); }
-    Tee(const Tee&) = delete;
-    Tee& operator=(const Tee&) = delete;
+
+    Source() : m_target(std::cerr.rdbuf(this))
+    {
+        s_source = this;
+        m_previousHandler = qInstallMessageHandler(&Source::HandleQtMessage);
+    }
+    ~Source() override
+    {
+        qInstallMessageHandler(m_previousHandler);
+        s_source = nullptr;
+        std::cerr.rdbuf(m_target);
+    }
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
+
+    void Add(StandardErrorLog* log)
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_logs.push_back(log);
+    }
+    void Remove(StandardErrorLog* log)
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_logs.erase(std::remove(m_logs.begin(), m_logs.end(), log), m_logs.end());
+    }
 
 protected:
     int_type overflow(int_type character) override
@@ -32,7 +63,7 @@ protected:
         const QMutexLocker lock(&m_mutex);
         m_line.append(text, static_cast<qsizetype>(count));
         for (qsizetype end = m_line.indexOf('\n'); end >= 0; end = m_line.indexOf('\n')) {
-            m_log.Append(QString::fromUtf8(m_line.left(end)));
+            Tell(QString::fromUtf8(m_line.left(end)));
             m_line.remove(0, end + 1);
         }
         return count;
@@ -41,24 +72,44 @@ protected:
     int sync() override { return m_target->pubsync(); }
 
 private:
-    StandardErrorLog& m_log;
-    std::ostream& m_stream;
+    static void HandleQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& message)
+    {
+        if (s_source->m_previousHandler) {
+            s_source->m_previousHandler(type, context, message);
+        } else {
+            std::fprintf(stderr, "%s\n", qUtf8Printable(qFormatLogMessage(type, context, message)));
+        }
+        if (type != QtDebugMsg) {
+            const QMutexLocker lock(&s_source->m_mutex);
+            s_source->Tell(message);
+        }
+    }
+
+    void Tell(const QString& line) const
+    {
+        for (StandardErrorLog* log : m_logs) {
+            log->Append(line);
+        }
+    }
+
     std::streambuf* m_target;
+    QtMessageHandler m_previousHandler;
     QMutex m_mutex;
     QByteArray m_line; ///< begun, not ended
+    std::vector<StandardErrorLog*> m_logs;
+    static Source* s_source;
 };
 
-StandardErrorLog::StandardErrorLog(QObject* parent)
-    : QObject(parent), m_tee(std::make_unique<Tee>(*this, std::cerr))
+StandardErrorLog::Source* StandardErrorLog::Source::s_source = nullptr;
+
+StandardErrorLog::StandardErrorLog(QObject* parent) : QObject(parent), m_source(Source::Get())
 {
-    s_instance = this;
-    m_previousHandler = qInstallMessageHandler(&StandardErrorLog::HandleQtMessage);
+    m_source->Add(this);
 }
 
 StandardErrorLog::~StandardErrorLog()
 {
-    qInstallMessageHandler(m_previousHandler);
-    s_instance = nullptr;
+    m_source->Remove(this);
 }
 
 int StandardErrorLog::Mark() const
@@ -71,23 +122,6 @@ QStringList StandardErrorLog::LinesSince(int mark) const
 {
     const QMutexLocker lock(&m_mutex);
     return m_lines.mid(mark);
-}
-
-void StandardErrorLog::HandleQtMessage(QtMsgType type, const QMessageLogContext& context,
-                                       const QString& message)
-{
-    StandardErrorLog* log = s_instance;
-    if (!log) {
-        return;
-    }
-    if (type != QtDebugMsg) {
-        log->Append(message);
-    }
-    if (log->m_previousHandler) {
-        log->m_previousHandler(type, context, message);
-    } else {
-        std::fprintf(stderr, "%s\n", qUtf8Printable(qFormatLogMessage(type, context, message)));
-    }
 }
 
 void StandardErrorLog::Append(const QString& line)

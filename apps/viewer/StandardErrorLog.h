@@ -5,10 +5,10 @@
 #include <QStringList>
 
 #include <memory>
-#include <streambuf>
 
 /// Listens to the program's standard error stream and to Qt's messages while it lives: each line is passed on
-/// to where it went before, and told to the program. One at a time; what was there before is put back.
+/// to where it went before, and told to the program. There may be several, in any order of their ends; with
+/// the last one what was there before is put back.
 ///
 ///     StandardErrorLog log;
 ///     connect(&log, &StandardErrorLog::LinesArrived, panel, &LogPanel::Append);
@@ -33,16 +33,13 @@ signals:
     void LinesArrived(const QStringList& lines);
 
 private:
-    class Tee;
-
-    static void HandleQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& message);
     void Append(const QString& line);
     void Deliver();
 
     mutable QMutex m_mutex;
     QStringList m_lines;
     int m_delivered = 0;
-    std::unique_ptr<Tee> m_tee;
-    QtMessageHandler m_previousHandler;
-    static StandardErrorLog* s_instance;
+
+    class Source;
+    std::shared_ptr<Source> m_source; ///< one for all logs
 };

@@ -51,6 +51,7 @@ StartPage::StartPage(const QList<QAction*>& actions, QWidget* parent)
     m_recent->setObjectName(QStringLiteral("recentFiles"));
     m_recent->setFrameShape(QFrame::NoFrame);
     m_recent->viewport()->setAutoFillBackground(false);
+    m_recent->setSpacing(fontMetrics().height() / 6);
     connect(m_recent, &QListWidget::itemActivated, this, [this](const QListWidgetItem* item) {
         emit RecentFileChosen(item->data(Qt::UserRole).toString());
     });
