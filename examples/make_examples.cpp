@@ -344,7 +344,9 @@ public:
         std::string list;
         for (const auto& [type, name, value] : items) {
             list += (list.empty() ? "#" : ",#") + std::to_string(myNext);
-            Record(type + "('" + name + "'," + value + ")");
+            std::string record = type;
+            record.append("('").append(name).append("',").append(value).append(")");
+            Record(record);
         }
         Record("REPRESENTATION('user defined attributes',(" + list + "),#" + std::to_string(myContext) + ")");
         Record("PROPERTY_DEFINITION('user defined attribute',$,#" + std::to_string(owner) + ")");

@@ -172,8 +172,9 @@ public:
     }
     ~Settings()
     {
-        for (auto setting = mySaved.rbegin(); setting != mySaved.rend(); ++setting) {
-            Interface_Static::SetCVal(setting->first.c_str(), setting->second.c_str());
+        while (!mySaved.empty()) {
+            Interface_Static::SetCVal(mySaved.back().first.c_str(), mySaved.back().second.c_str());
+            mySaved.pop_back();
         }
         XCAFDoc_ShapeTool::SetAutoNaming(myAutoNaming);
         savedSettings = nullptr;

@@ -400,7 +400,7 @@ private:
         if (made != myElements.end()) {
             return made->second;
         }
-        const ModelData_SceneGraphElement element =
+        ModelData_SceneGraphElement element =
             MakeElement(myDefinitions[definition.get()], NameOf(definition));
         myElements.emplace(definition.get(), element);
         return element;

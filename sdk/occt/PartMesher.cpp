@@ -50,7 +50,7 @@ ModelData_IndexedTriangleSet MakeSet(TriangleTables&& tables, const ModelData_Ap
                                      const Base_UTF16String& name)
 {
     auto* data = new internal::TriangleSetImpl;
-    const auto set = internal::MakeHandle<ModelData_IndexedTriangleSet>(data);
+    auto set = internal::MakeHandle<ModelData_IndexedTriangleSet>(data);
     const std::size_t corners = tables.pointIndices.size();
     data->points = std::move(tables.points);
     data->indices = std::move(tables.pointIndices);

@@ -67,7 +67,7 @@ ModelData_BRepRepresentation MakeBody(const TopoDS_Shape& shape, const ShapeLook
         own = holder;
     }
     auto* body = new OcctBRep(own);
-    const auto representation = internal::MakeHandle<ModelData_BRepRepresentation>(body);
+    auto representation = internal::MakeHandle<ModelData_BRepRepresentation>(body);
     looks.Apply(*body, whole);
     appearance = body->appearance;
     return representation;
@@ -164,13 +164,12 @@ bool StepKernel::Transfer(STEP_ReaderParameters::BRepRepresentationType preferre
 {
     const int mode = ShapeRepresentationMode(preferred);
     SetEngineSetting("read.step.shape.repr", mode);
-    bool done = myState->TransferShapes();
-    if (!done && mode != 1) {
+    if (!myState->TransferShapes() && mode != 1) {
         // Preferred is not demanded: a file without such a representation is read as it is.
         SetEngineSetting("read.step.shape.repr", 1);
         myState->reader.ClearShapes();
         myState->reader.WS()->InitTransferReader(4);
-        done = myState->TransferShapes();
+        myState->TransferShapes();
     }
     if (myState->process.IsNull()) {
         return false;

@@ -39,7 +39,7 @@ struct Program
 template <class Visit>
 void ForEachNode(const QJsonArray& nodes, const Visit& visit)
 {
-    for (const QJsonValue& node : nodes) {
+    for (const QJsonValue node : nodes) {
         visit(node.toObject());
         ForEachNode(node["children"].toArray(), visit);
     }
