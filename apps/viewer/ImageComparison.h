@@ -24,6 +24,9 @@ public:
     /// The picture after. `wholeSize` is the size that it stands for: that of `image` unless it is reduced.
     void SetResult(const QImage& image, QSize wholeSize, const QString& title);
 
+    /// The size for which the result stands.
+    QSize ResultSize() const { return m_result.wholeSize; }
+
     void SetMode(Mode mode);
     Mode CurrentMode() const { return m_mode; }
 

@@ -169,12 +169,17 @@ QString WriteImageFile(const QImage& image, const QString& file, const QString& 
     return target.commit() ? QString() : target.errorString();
 }
 
-QString MarkAsPanorama(const QString& file, QSize size)
+QString WritePanorama(const QImage& image, const QString& file)
 {
-    return ZemtarImage::SaveQImageWithXMPMetaData(ToHost(file), size.width(), size.height(),
-                                                  ToHost(SuffixOf(file)))
-               ? QString()
-               : Tr("Only PNG and JPEG files can be marked as panoramas.");
+    const QString suffix = SuffixOf(file);
+    if (suffix != "png" && suffix != "jpg" && suffix != "jpeg") {
+        return Tr("Only PNG and JPEG files can be marked as panoramas.");
+    }
+    const QString failure = WriteImageFile(image, file);
+    if (failure.isEmpty()) {
+        ZemtarImage::SaveQImageWithXMPMetaData(ToHost(file), image.width(), image.height(), ToHost(suffix));
+    }
+    return failure;
 }
 
 bool KeepsAlpha(const QString& file)

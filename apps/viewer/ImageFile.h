@@ -20,8 +20,8 @@ ImageFile ReadImageFile(const QString& file);
 /// all went well.
 QString WriteImageFile(const QImage& image, const QString& file, const QString& highRange = {});
 
-/// Adds to a written PNG or JPEG file the mark of a 360 degree panorama. Result: as above.
-QString MarkAsPanorama(const QString& file, QSize size);
+/// Writes a PNG or JPEG file that is marked as a 360 degree panorama. Result: as above.
+QString WritePanorama(const QImage& image, const QString& file);
 
 /// Whether files of this name's suffix keep transparency.
 bool KeepsAlpha(const QString& file);

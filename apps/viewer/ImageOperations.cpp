@@ -118,9 +118,13 @@ ImageOutcome Bloom(const ImageInput& input, const ImageValues& values)
 
 ImageOutcome Scale(const ImageInput& input, const ImageValues& values)
 {
+    const QSize size(static_cast<int>(values[0]), static_cast<int>(values[1]));
+    const bool keepAspect = values[2] != 0;
+    if (keepAspect && input.image.size().scaled(size, Qt::KeepAspectRatio).isEmpty()) {
+        return {{}, Tr("In these proportions one side would be less than a pixel.")};
+    }
     return ThroughFiles(input.image, [&](const CZemtarString& in, const CZemtarString& out) {
-        ZemtarImage::ResizeImage(in, static_cast<int>(values[0]), static_cast<int>(values[1]), values[2] != 0,
-                                 out, 100);
+        ZemtarImage::ResizeImage(in, size.width(), size.height(), keepAspect, out, 100);
     });
 }
 

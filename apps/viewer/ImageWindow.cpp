@@ -232,6 +232,7 @@ bool ImageWindow::Load(const QString& file)
         ShowMessage(tr("%1 could not be opened: %2").arg(name, picture.failure));
         return false;
     }
+    m_folder = QFileInfo(file).absolutePath();
     Begin(picture, name);
     return true;
 }
@@ -261,12 +262,11 @@ bool ImageWindow::Save(const QString& file, bool isPanorama)
         return false;
     }
     const Busy busy;
-    const bool isAsLoaded = result.cacheKey() == m_picture.image.cacheKey();
-    QString failure = WriteImageFile(result, file, isAsLoaded ? m_picture.highRange : QString());
-    if (failure.isEmpty() && isPanorama) {
-        failure = MarkAsPanorama(file, result.size());
-    }
     const QString name = QFileInfo(file).fileName();
+    const bool isAsLoaded = result.cacheKey() == m_picture.image.cacheKey();
+    const QString failure = isPanorama
+                                ? WritePanorama(result, file)
+                                : WriteImageFile(result, file, isAsLoaded ? m_picture.highRange : QString());
     if (!failure.isEmpty()) {
         ShowMessage(tr("%1 could not be saved: %2").arg(name, failure));
         return false;
@@ -279,7 +279,7 @@ bool ImageWindow::Save(const QString& file, bool isPanorama)
 
 void ImageWindow::Open()
 {
-    const QString file = QFileDialog::getOpenFileName(this, tr("Open a picture"), {}, ReadableImages());
+    const QString file = QFileDialog::getOpenFileName(this, tr("Open a picture"), m_folder, ReadableImages());
     if (!file.isEmpty()) {
         Load(file);
     }
@@ -299,7 +299,7 @@ void ImageWindow::AskWhereToSave(bool isPanorama)
 {
     const QString title = isPanorama ? tr("Save as 360\u00b0 panorama") : tr("Save the result");
     const QString filters = isPanorama ? tr("PNG or JPEG (*.png *.jpg *.jpeg)") : WritableImages();
-    QFileDialog dialog(this, title, {}, filters);
+    QFileDialog dialog(this, title, m_folder, filters);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     const auto setSuffix = [&dialog](const QString& filter) {
         dialog.setDefaultSuffix(filter.section(QStringLiteral("(*."), 1)

@@ -79,6 +79,7 @@ private:
     ImageHistory m_history;
     ImageFile m_picture; ///< As it was loaded.
     QString m_name;
+    QString m_folder; ///< Where the dialogs begin.
     bool m_isOperationMessage = false;
 
     QToolBar* m_tools = nullptr;
