@@ -53,6 +53,7 @@ struct BoxMesh
                std::size_t lastTriangle = 12) const
     {
         std::vector<ModelData_Point> points;
+        points.reserve(8);
         for (int i = 0; i < 8; ++i) {
             points.emplace_back((i & 1) != 0 ? high.X() : low.X(), (i & 2) != 0 ? high.Y() : low.Y(),
                                 (i & 4) != 0 ? high.Z() : low.Z());

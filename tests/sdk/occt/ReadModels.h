@@ -136,7 +136,7 @@ public:
         std::ostringstream text;
         text << " rgba";
         for (std::size_t i = 0; i < 4; ++i) {
-            text << ' ' << static_cast<int>(colour[i] * 255.0F + 0.5F);
+            text << ' ' << std::lround(colour[i] * 255.0F);
         }
         return text.str();
     }
