@@ -93,7 +93,7 @@ void DocumentPage::ShowVisibility()
 {
     m_view->SetHidden(m_hidden);
     m_view->SetIsolated(m_isolated);
-    m_tree->Model().SetVisibility(m_hidden, m_isolated);
+    m_tree->SetVisibility(m_hidden, m_isolated);
     emit Changed();
 }
 

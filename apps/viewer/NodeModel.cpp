@@ -94,13 +94,12 @@ void NodeModel::SetVisibility(const QSet<const CZemtarSceneNode*>& hidden, const
 {
     m_hidden = hidden;
     m_isolated = m_nodes.Position(isolated);
-    // The views ask again for what is on the screen only.
-    emit dataChanged(index(0, NameColumn), index(rowCount() - 1, EyeColumn));
 }
 
 bool NodeModel::IsShown(int position) const
 {
-    if (m_isolated >= 0 && !m_nodes.IsWithin(position, m_isolated)) {
+    if (m_isolated >= 0 && !m_nodes.IsWithin(position, m_isolated) &&
+        !m_nodes.IsWithin(m_isolated, position)) {
         return false;
     }
     for (; position >= 0 && !m_hidden.isEmpty(); position = m_nodes.Parent(position)) {

@@ -36,7 +36,8 @@ public:
     void SetFilter(const std::vector<int>* positions);
     bool IsFiltered() const { return m_filtered; }
 
-    /// What the eyes tell: these nodes are hidden with all below them; with `isolated` all else is too.
+    /// What the eyes tell: these nodes are hidden with all below them; with `isolated` all beside it is too.
+    /// No row is told of, since any may have changed: the view paints itself anew.
     void SetVisibility(const QSet<const Zemtar::CZemtarSceneNode*>& hidden,
                        const Zemtar::CZemtarSceneNode* isolated);
     /// Tells whether the node is drawn, as far as hiding and isolating go.

@@ -144,6 +144,12 @@ void NodeTree::Select(const CZemtarSceneNode* node)
     ShowMatchCount();
 }
 
+void NodeTree::SetVisibility(const QSet<const CZemtarSceneNode*>& hidden, const CZemtarSceneNode* isolated)
+{
+    m_model->SetVisibility(hidden, isolated);
+    m_view->viewport()->update();
+}
+
 void NodeTree::ExpandBelow(const CZemtarSceneNode* node)
 {
     m_view->expandRecursively(m_model->IndexOf(m_nodes.Position(node)));

@@ -24,6 +24,9 @@ public:
     /// Selects a node and scrolls to it, without telling; null: selects nothing. A filter that leaves it out
     /// is taken away.
     void Select(const Zemtar::CZemtarSceneNode* node);
+    /// As the model's function of that name, and shows it.
+    void SetVisibility(const QSet<const Zemtar::CZemtarSceneNode*>& hidden,
+                       const Zemtar::CZemtarSceneNode* isolated);
     /// Opens the node and all below it, or closes it.
     void ExpandBelow(const Zemtar::CZemtarSceneNode* node);
     void CollapseBelow(const Zemtar::CZemtarSceneNode* node);

@@ -213,7 +213,8 @@ TEST_F(Viewer, AClickInTheViewSelectsAndHidingTakesAway)
     EXPECT_EQ(view->NodeAt(middle), node);
     Trigger("isolate");
     EXPECT_EQ(page->Isolated(), node);
-    EXPECT_FALSE(page->Tree()->Model().IsShown(0));
+    EXPECT_TRUE(page->Tree()->Model().IsShown(0));
+    EXPECT_FALSE(page->Tree()->Model().IsShown(page->Nodes().Count() - 1));
 }
 
 TEST_F(Viewer, AnExportComesBackTheSame)
