@@ -34,7 +34,7 @@ Bounds BoundsOf(const CZemtarVerticiesTable& vertices)
     const double* values = vertices.Data();
     for (std::size_t i = 0; i < vertices.Count(); ++i) {
         const Vec3 point{values[3 * i], values[3 * i + 1], values[3 * i + 2]};
-        if (IsFinite(point)) {
+        if (IsPlace(point)) {
             bounds.Add(point);
         }
     }
@@ -55,7 +55,7 @@ Bounds Transformed(const Bounds& box, const CZemtarMatrix& matrix)
         const Vec3 corner = box.Corner(i);
         const CZemtar3DVertex p = matrix.TransformPoint({corner.x, corner.y, corner.z});
         const Vec3 point{p.X(), p.Y(), p.Z()};
-        if (!IsFinite(point)) {
+        if (!IsPlace(point)) {
             return {};
         }
         result.Add(point);

@@ -20,13 +20,21 @@ class CZemtarSceneNode;
 class CZemtarTextureCoordinatesTable;
 } // namespace Zemtar
 
+/// Tells whether a model can stand there: a number, and no farther from zero than single precision bears.
+/// Vertices elsewhere count as damaged.
+inline bool IsPlace(const Vec3& point)
+{
+    constexpr double farthest = 1e15;
+    return std::abs(point.x) < farthest && std::abs(point.y) < farthest && std::abs(point.z) < farthest;
+}
+
 /// A geometry that is drawn, however many nodes show it. Counts are those of the tables; what is damaged in
 /// them is left out when the geometry is packed.
 struct Shape
 {
     const Zemtar::CZemtarGeometry* geometry = nullptr;
     const Zemtar::CZemtarTextureCoordinatesTable* textureCoordinates = nullptr; ///< null: not textured
-    Bounds bounds;                                                              ///< of its finite vertices
+    Bounds bounds;                                                              ///< of its usable vertices
     std::uint32_t vertices = 0;
     std::uint32_t triangles = 0;
     std::uint32_t segments = 0;

@@ -129,7 +129,7 @@ void ShapeData::PackVertices(const Shape& shape)
     const std::size_t normalCount = normals ? normals->Count() : 0;
     const Vec3 center = shape.bounds.IsEmpty() ? Vec3() : shape.bounds.Center();
     m_vertices.resize(table.Count());
-    m_allFinite = true;
+    m_allUsable = true;
     const double* place = table.Data();
     for (std::size_t i = 0; i < m_vertices.size(); ++i, place += 3) {
         PackedVertex& vertex = m_vertices[i];
@@ -137,7 +137,7 @@ void ShapeData::PackVertices(const Shape& shape)
         vertex.y = static_cast<float>(place[1] - center.y);
         vertex.z = static_cast<float>(place[2] - center.z);
         vertex.normal = i < normalCount ? PackedNormal(normals->Data() + 3 * i) : 0;
-        m_allFinite = m_allFinite && IsFinite(PlaceOf(vertex));
+        m_allUsable = m_allUsable && IsPlace(PlaceOf(vertex));
     }
 }
 
@@ -192,7 +192,7 @@ void ShapeData::CutPolygons(const CZemtarGeometry& geometry)
 
 bool ShapeData::IsUsable(std::uint32_t vertex) const
 {
-    return vertex < m_vertices.size() && (m_allFinite || IsFinite(PlaceOf(m_vertices[vertex])));
+    return vertex < m_vertices.size() && (m_allUsable || IsPlace(PlaceOf(m_vertices[vertex])));
 }
 
 std::vector<std::uint32_t> ShapeData::FeatureEdges() const

@@ -25,8 +25,8 @@ struct TexturedVertex
 static_assert(sizeof(TexturedVertex) == 24);
 
 /// A shape's tables turned into what is drawn: packed vertices, triangles of vertex indices (polygons are
-/// cut into triangles) and line segments. Corners out of range or not finite take their triangle or segment
-/// with them; the rest is kept.
+/// cut into triangles) and line segments. Corners out of range or that are no place (`IsPlace`) take their
+/// triangle or segment with them; the rest is kept.
 ///
 ///     ShapeData data;                       // its memory serves one shape after the other
 ///     data.Build(model.Shapes()[0]);
@@ -58,5 +58,5 @@ private:
     std::vector<TexturedVertex> m_textured;
     std::vector<std::uint32_t> m_triangles;
     std::vector<std::uint32_t> m_segments;
-    bool m_allFinite = true;
+    bool m_allUsable = true;
 };
