@@ -83,6 +83,12 @@ Picture RenderPicture(const Zemtar::CZemtarDocument& document, const PictureOpti
     return picture;
 }
 
+QString MissingOpenGL()
+{
+    static const QString problem = OffscreenContext().Make();
+    return problem;
+}
+
 bool ParsePictureSize(const QString& text, QSize& size)
 {
     const QStringList parts = text.toLower().split('x');

@@ -35,6 +35,10 @@ struct Picture
 ///     if (picture.image.isNull()) { std::cerr << picture.problem.toStdString() << "\n"; }
 Picture RenderPicture(const Zemtar::CZemtarDocument& document, const PictureOptions& options);
 
+/// Gives an empty text where OpenGL 3.3 is there, otherwise why it is not, for the user. Ask before a window
+/// gets an OpenGL widget: Qt ends the process where it cannot make a context for one. Tried once a process.
+QString MissingOpenGL();
+
 /// Reads "800x600": two numbers from 1 to 8192. False, with `size` untouched, for other text.
 bool ParsePictureSize(const QString& text, QSize& size);
 

@@ -1,5 +1,6 @@
 #include "apps/viewer/DocumentPage.h"
 
+#include "apps/render/Picture.h"
 #include "apps/viewer/SceneView.h"
 #include "apps/viewer/ViewerSettings.h"
 #include "host/CZemtarDocument.h"
@@ -15,9 +16,26 @@ DocumentPage::DocumentPage(std::shared_ptr<ImportedFile> imported, QWidget* pare
       m_imported(std::move(imported)),
       m_nodes(*m_imported->document),
       m_layout(new QStackedLayout(this)),
-      m_view(new SceneView(this)),
       m_tree(new NodeTree(m_nodes))
 {
+    MakeTree();
+    if (const QString problem = MissingOpenGL(); !problem.isEmpty()) {
+        ShowViewProblem(problem);
+        return;
+    }
+    MakeView();
+    const NodeCounts& totals = m_nodes.Totals();
+    if (totals.triangles == 0 && totals.segments == 0) {
+        AddHint(ViewerSettings().PolyLines()
+                    ? tr("The document holds no geometry.")
+                    : tr("The document holds no geometry. Curves come in when polylines are switched on in\n"
+                         "File > Import Options."));
+    }
+}
+
+void DocumentPage::MakeView()
+{
+    m_view = new SceneView(this);
     m_layout->addWidget(m_view);
     const ViewerSettings settings;
     m_view->SetEdges(settings.Edges());
@@ -29,21 +47,25 @@ DocumentPage::DocumentPage(std::shared_ptr<ImportedFile> imported, QWidget* pare
                 emit MenuRequested(position);
             });
     connect(m_view, &SceneView::Failed, this, &DocumentPage::ShowViewProblem);
+    m_view->SetDocument(m_imported->document.get());
+}
+
+void DocumentPage::MakeTree()
+{
     connect(m_tree, &NodeTree::Selected, this, [this](const CZemtarSceneNode* node) {
         m_selected = node;
-        m_view->SetSelection(node);
+        if (m_view) {
+            m_view->SetSelection(node);
+        }
         emit Changed();
     });
     connect(m_tree, &NodeTree::EyeClicked, this, &DocumentPage::ToggleHidden);
-    connect(m_tree, &NodeTree::Activated, this, [this](const CZemtarSceneNode* node) { m_view->Fit(node); });
+    connect(m_tree, &NodeTree::Activated, this, [this](const CZemtarSceneNode* node) {
+        if (m_view) {
+            m_view->Fit(node);
+        }
+    });
     connect(m_tree, &NodeTree::MenuRequested, this, &DocumentPage::MenuRequested);
-    m_view->SetDocument(m_imported->document.get());
-    if (m_nodes.Totals().triangles == 0 && m_nodes.Totals().segments == 0) {
-        AddHint(settings.PolyLines()
-                    ? tr("The document holds no geometry.")
-                    : tr("The document holds no geometry. Curves come in when polylines are switched on in\n"
-                         "File > Import Options."));
-    }
 }
 
 DocumentPage::~DocumentPage()
@@ -60,7 +82,9 @@ void DocumentPage::Select(const CZemtarSceneNode* node)
     }
     m_selected = node;
     m_tree->Select(node);
-    m_view->SetSelection(node);
+    if (m_view) {
+        m_view->SetSelection(node);
+    }
     emit Changed();
 }
 
@@ -79,7 +103,9 @@ void DocumentPage::Isolate(const CZemtarSceneNode* node)
 {
     m_isolated = node == m_isolated ? nullptr : node;
     ShowVisibility();
-    m_view->Fit();
+    if (m_view) {
+        m_view->Fit();
+    }
 }
 
 void DocumentPage::ShowAll()
@@ -91,8 +117,10 @@ void DocumentPage::ShowAll()
 
 void DocumentPage::ShowVisibility()
 {
-    m_view->SetHidden(m_hidden);
-    m_view->SetIsolated(m_isolated);
+    if (m_view) {
+        m_view->SetHidden(m_hidden);
+        m_view->SetIsolated(m_isolated);
+    }
     m_tree->SetVisibility(m_hidden, m_isolated);
     emit Changed();
 }

@@ -24,6 +24,7 @@ public:
     const ImportedFile& Source() const { return *m_imported; }
     Zemtar::CZemtarDocument& Document() { return *m_imported->document; }
     const NodeList& Nodes() const { return m_nodes; }
+    /// Null where OpenGL is missing; a message then stands in its place.
     SceneView* View() { return m_view; }
     NodeTree* Tree() { return m_tree; }
 
@@ -42,6 +43,8 @@ signals:
     void MenuRequested(const QPoint& globalPosition);
 
 private:
+    void MakeView();
+    void MakeTree();
     void ShowVisibility();
     void ShowViewProblem(const QString& message);
     void AddHint(const QString& text);
@@ -49,7 +52,7 @@ private:
     std::shared_ptr<ImportedFile> m_imported;
     const NodeList m_nodes;
     QStackedLayout* m_layout;
-    SceneView* m_view;
+    SceneView* m_view = nullptr;
     QPointer<NodeTree> m_tree;
     const Zemtar::CZemtarSceneNode* m_selected = nullptr;
     const Zemtar::CZemtarSceneNode* m_isolated = nullptr;

@@ -1,5 +1,6 @@
 #include "apps/viewer/MainWindow.h"
 
+#include "apps/render/Picture.h"
 #include "apps/viewer/Appearance.h"
 #include "apps/viewer/BusyWindow.h"
 #include "apps/viewer/DocumentPage.h"
@@ -105,8 +106,10 @@ MainWindow::~MainWindow()
 void MainWindow::MakeCentre()
 {
     m_centre = new QStackedWidget(this);
-    // A window that gets its first OpenGL child later would be made anew then, and jump on the screen.
-    (new QOpenGLWidget(m_centre))->hide();
+    if (MissingOpenGL().isEmpty()) {
+        // A window that gets its first OpenGL child later would be made anew then, and jump on the screen.
+        (new QOpenGLWidget(m_centre))->hide();
+    }
     m_startPage = new StartPage({m_import, m_openImage}, m_centre);
     m_tabs = new QTabWidget(m_centre);
     m_tabs->setDocumentMode(true);

@@ -79,9 +79,16 @@ private:
     void FillRecentFiles();
     void UpdateActions();
     void ShowContextMenu(const QPoint& globalPosition);
-    /// An action that needs an open document (or a selected node), and is given its page.
+    /// What must be there for an action to be enabled.
+    enum class Needs
+    {
+        Document,
+        Selection,
+        View
+    };
+    /// An action that is given the page in front.
     QAction* MakePageAction(const char* name, const QString& text, const QKeySequence& key,
-                            std::function<void(DocumentPage&)> run, bool needsSelection = false);
+                            std::function<void(DocumentPage&)> run, Needs needs = Needs::Document);
 
     StandardErrorLog m_log;
     Importer* m_importer;
@@ -102,9 +109,8 @@ private:
     QAction* m_images = nullptr;
     QAction* m_edges = nullptr;
     QAction* m_perspective = nullptr;
-    QList<QAction*> m_pageActions;
-    QList<QAction*> m_selectionActions;
-    QList<QAction*> m_viewActions;
+    QList<QPair<QAction*, Needs>> m_pageActions;
+    QList<QAction*> m_standardViews;
     QList<QPair<QString, QString>> m_failures; ///< file and reason, of the running batch
     ImageWindow* m_imageWindow = nullptr;
     QByteArray m_dockState; ///< of the time when documents were last open

@@ -53,7 +53,7 @@ void NameKeyInToolTip(QAction& action)
 } // namespace
 
 QAction* MainWindow::MakePageAction(const char* name, const QString& text, const QKeySequence& key,
-                                    std::function<void(DocumentPage&)> run, bool needsSelection)
+                                    std::function<void(DocumentPage&)> run, Needs needs)
 {
     auto* action = new QAction(text, this);
     action->setObjectName(QString::fromLatin1(name));
@@ -63,7 +63,7 @@ QAction* MainWindow::MakePageAction(const char* name, const QString& text, const
             run(*page);
         }
     });
-    (needsSelection ? m_selectionActions : m_pageActions) << action;
+    m_pageActions.append({action, needs});
     return action;
 }
 
@@ -118,24 +118,24 @@ void MainWindow::MakeEditMenu()
     find->setIcon(Icons::Of(Glyph::Search));
     QAction* hide = MakePageAction(
         "hide", tr("&Hide or show node"), QKeySequence(Qt::Key_H),
-        [](DocumentPage& page) { page.ToggleHidden(page.Selected()); }, true);
+        [](DocumentPage& page) { page.ToggleHidden(page.Selected()); }, Needs::Selection);
     hide->setIcon(Icons::Of(Glyph::EyeOff));
     QAction* isolate = MakePageAction(
         "isolate", tr("&Isolate node"), QKeySequence(Qt::Key_I),
-        [](DocumentPage& page) { page.Isolate(page.Selected()); }, true);
+        [](DocumentPage& page) { page.Isolate(page.Selected()); }, Needs::Selection);
     isolate->setIcon(Icons::Of(Glyph::Isolate));
     QAction* showAll = MakePageAction("showAll", tr("Show &all nodes"), QKeySequence(Qt::SHIFT | Qt::Key_H),
                                       [](DocumentPage& page) { page.ShowAll(); });
     showAll->setIcon(Icons::Of(Glyph::ShowAll));
     QAction* expand = MakePageAction(
         "expand", tr("E&xpand all below"), QKeySequence(Qt::CTRL | Qt::Key_Right),
-        [](DocumentPage& page) { page.Tree()->ExpandBelow(page.Selected()); }, true);
+        [](DocumentPage& page) { page.Tree()->ExpandBelow(page.Selected()); }, Needs::Selection);
     QAction* collapse = MakePageAction(
         "collapse", tr("&Collapse"), QKeySequence(Qt::CTRL | Qt::Key_Left),
-        [](DocumentPage& page) { page.Tree()->CollapseBelow(page.Selected()); }, true);
+        [](DocumentPage& page) { page.Tree()->CollapseBelow(page.Selected()); }, Needs::Selection);
     QAction* deselect = MakePageAction(
         "deselect", tr("&Deselect"), QKeySequence(Qt::Key_Escape),
-        [](DocumentPage& page) { page.Select(nullptr); }, true);
+        [](DocumentPage& page) { page.Select(nullptr); }, Needs::Selection);
     menu->addActions({find});
     menu->addSeparator();
     menu->addActions({hide, isolate, showAll});
@@ -146,25 +146,32 @@ void MainWindow::MakeEditMenu()
 void MainWindow::MakeViewMenu()
 {
     QMenu* menu = menuBar()->addMenu(tr("&View"));
-    QAction* fitAll = MakePageAction("fitAll", tr("Fit &all"), QKeySequence(Qt::SHIFT | Qt::Key_F),
-                                     [](DocumentPage& page) { page.View()->Fit(); });
-    QAction* fit = MakePageAction("fit", tr("Fi&t selection"), QKeySequence(Qt::Key_F),
-                                  [](DocumentPage& page) { page.View()->Fit(page.Selected()); });
+    QAction* fitAll = MakePageAction(
+        "fitAll", tr("Fit &all"), QKeySequence(Qt::SHIFT | Qt::Key_F),
+        [](DocumentPage& page) { page.View()->Fit(); }, Needs::View);
+    QAction* fit = MakePageAction(
+        "fit", tr("Fi&t selection"), QKeySequence(Qt::Key_F),
+        [](DocumentPage& page) { page.View()->Fit(page.Selected()); }, Needs::View);
     fit->setIcon(Icons::Of(Glyph::Fit));
     menu->addActions({fit, fitAll});
     menu->addSeparator();
     MakeStandardViews(*menu);
     menu->addSeparator();
-    m_edges = MakePageAction("edges", tr("&Edges"), QKeySequence(Qt::Key_E), [this](DocumentPage& page) {
-        page.View()->SetEdges(m_edges->isChecked());
-        ViewerSettings().SetEdges(m_edges->isChecked());
-    });
+    m_edges = MakePageAction(
+        "edges", tr("&Edges"), QKeySequence(Qt::Key_E),
+        [this](DocumentPage& page) {
+            page.View()->SetEdges(m_edges->isChecked());
+            ViewerSettings().SetEdges(m_edges->isChecked());
+        },
+        Needs::View);
     m_edges->setIcon(Icons::Of(Glyph::Edges));
-    m_perspective = MakePageAction("perspective", tr("&Perspective"), QKeySequence(Qt::Key_P),
-                                   [this](DocumentPage& page) {
-                                       page.View()->SetPerspective(m_perspective->isChecked());
-                                       ViewerSettings().SetPerspective(m_perspective->isChecked());
-                                   });
+    m_perspective = MakePageAction(
+        "perspective", tr("&Perspective"), QKeySequence(Qt::Key_P),
+        [this](DocumentPage& page) {
+            page.View()->SetPerspective(m_perspective->isChecked());
+            ViewerSettings().SetPerspective(m_perspective->isChecked());
+        },
+        Needs::View);
     m_perspective->setIcon(Icons::Of(Glyph::Perspective));
     for (QAction* toggle : {m_edges, m_perspective}) {
         toggle->setCheckable(true);
@@ -183,13 +190,13 @@ void MainWindow::MakeStandardViews(QMenu& menu)
 {
     int key = Qt::Key_1;
     for (const ViewAction& view : ViewActions) {
-        QAction* action =
-            MakePageAction("standardView", tr(view.name), QKeySequence(key++),
-                           [view](DocumentPage& page) { page.View()->SetStandardView(view.view); });
+        QAction* action = MakePageAction(
+            "standardView", tr(view.name), QKeySequence(key++),
+            [view](DocumentPage& page) { page.View()->SetStandardView(view.view); }, Needs::View);
         action->setIcon(Icons::Of(view.glyph));
-        m_viewActions << action;
+        m_standardViews << action;
     }
-    menu.addActions(m_viewActions);
+    menu.addActions(m_standardViews);
 }
 
 void MainWindow::MakeAppearanceMenu(QMenu& menu)
@@ -235,7 +242,7 @@ void MainWindow::MakeToolBar()
         add(QString::fromLatin1(name));
     }
     bar->addSeparator();
-    bar->addActions(m_viewActions);
+    bar->addActions(m_standardViews);
     bar->addSeparator();
     bar->addActions({m_edges, m_perspective});
     bar->addSeparator();
@@ -262,14 +269,13 @@ void MainWindow::FillRecentFiles()
 void MainWindow::UpdateActions()
 {
     DocumentPage* page = CurrentPage();
-    for (QAction* action : std::as_const(m_pageActions)) {
-        action->setEnabled(page != nullptr);
+    const SceneView* view = page ? page->View() : nullptr;
+    for (const auto& [action, needs] : std::as_const(m_pageActions)) {
+        action->setEnabled(needs == Needs::View ? view != nullptr
+                                                : page && (needs == Needs::Document || page->Selected()));
     }
-    for (QAction* action : std::as_const(m_selectionActions)) {
-        action->setEnabled(page && page->Selected());
-    }
-    m_edges->setChecked(page && page->View()->HasEdges());
-    m_perspective->setChecked(page && page->View()->IsPerspective());
+    m_edges->setChecked(view && view->HasEdges());
+    m_perspective->setChecked(view && view->IsPerspective());
 }
 
 void MainWindow::ShowContextMenu(const QPoint& globalPosition)

@@ -354,3 +354,16 @@ void PropertiesPanel::keyPressEvent(QKeyEvent* event)
     }
     QTreeWidget::keyPressEvent(event);
 }
+
+void PropertiesPanel::paintEvent(QPaintEvent* event)
+{
+    QTreeWidget::paintEvent(event);
+    if (topLevelItemCount() == 0) {
+        QPainter painter(viewport());
+        painter.setPen(palette().color(QPalette::PlaceholderText));
+        const int margin = fontMetrics().height();
+        painter.drawText(viewport()->rect().adjusted(margin, margin, -margin, -margin),
+                         Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap,
+                         tr("Select a node in the tree or in the view."));
+    }
+}

@@ -196,7 +196,8 @@ TEST_F(Viewer, AClickInTheViewSelectsAndHidingTakesAway)
 {
     DocumentPage* page = Import(Pump);
     SceneView* view = page->View();
-    if (page->findChild<QWidget*>("viewProblem")) {
+    if (!view) {
+        EXPECT_FALSE(Find<QLabel>("viewProblem")->text().isEmpty());
         GTEST_SKIP() << "no OpenGL here";
     }
     view->Fit();
@@ -265,7 +266,7 @@ TEST_F(Viewer, ADocumentWithoutGeometryShowsAHint)
     ASSERT_TRUE(ExportDocument(*document, file, {.format = FormatByName("STEP")}));
     DocumentPage* page = Import(file);
     EXPECT_GT(page->Nodes().Count(), 0);
-    EXPECT_TRUE(Find<QLabel>("hint"));
+    EXPECT_EQ(Find<QLabel>("hint") != nullptr, page->View() != nullptr);
     page->Select(&page->Nodes().Node(0));
     EXPECT_EQ(Property("Name"), "hollow");
     EXPECT_TRUE(Property("Size (mm)").isEmpty());
