@@ -1,5 +1,6 @@
 // The viewer's windows as a user works with them, on a real display.
 
+#include "apps/render/Picture.h"
 #include "apps/viewer/DocumentPage.h"
 #include "apps/viewer/ExportDialog.h"
 #include "apps/viewer/LogPanel.h"
@@ -313,8 +314,9 @@ TEST(ViewerProgram, ScreenshotRunsWithoutAUser)
         return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     };
     const QString picture = folder.filePath("pump.png");
-    EXPECT_EQ(run({"--screenshot", picture, "--size", "320x200", "--view", "front", Pump}), 0);
-    EXPECT_EQ(QImage(picture).size(), QSize(320, 200));
+    const bool canDraw = MissingOpenGL().isEmpty();
+    EXPECT_EQ(run({"--screenshot", picture, "--size", "320x200", "--view", "front", Pump}), canDraw ? 0 : 1);
+    EXPECT_EQ(QImage(picture).size(), canDraw ? QSize(320, 200) : QSize(0, 0));
     EXPECT_EQ(run({"--screenshot", folder.filePath("no/such.png"), Pump}), 1);
     EXPECT_EQ(run({"--screenshot", picture, folder.filePath("missing.step")}), 1);
     EXPECT_EQ(run({"--screenshot", picture, "--view", "inside", Pump}), 2);
