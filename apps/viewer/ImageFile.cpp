@@ -175,7 +175,7 @@ QString WritePanorama(const QImage& image, const QString& file)
     if (suffix != "png" && suffix != "jpg" && suffix != "jpeg") {
         return Tr("Only PNG and JPEG files can be marked as panoramas.");
     }
-    const QString failure = WriteImageFile(image, file);
+    QString failure = WriteImageFile(image, file);
     if (failure.isEmpty()) {
         ZemtarImage::SaveQImageWithXMPMetaData(ToHost(file), image.width(), image.height(), ToHost(suffix));
     }

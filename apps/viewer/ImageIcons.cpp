@@ -34,13 +34,10 @@ constexpr Drawing kDrawings[] = {
      "2.5 10",
      "M 5.5 5.5 L 10.5 5.5 L 10.5 10.5 L 5.5 10.5 L 5.5 5.5"},
     {"M 2.5 5.5 L 4 4 L 4 12 M 10.5 5.5 L 12 4 L 12 12 M 8 6.5 L 8 7.1 M 8 9.9 L 8 10.5"},
-    {"M 1.5 3.5 L 7 3.5 L 7 12.5 L 1.5 12.5 L 1.5 3.5 M 9 3.5 L 14.5 3.5 L 14.5 12.5 L 9 12.5 L 9 3.5",
-     "M 9 3.5 L 14.5 3.5 L 14.5 12.5 L 9 12.5 L 9 3.5"},
     {"M 2 3.5 L 14 3.5 L 14 12.5 L 2 12.5 L 2 3.5 M 8 1.5 L 8 14.5",
      "M 8 3.5 L 14 3.5 L 14 12.5 L 8 12.5 L 8 3.5"},
-    {"M 8 2 L 14.5 13.5 L 1.5 13.5 L 8 2 M 8 6.5 L 8 9.5 M 8 11.3 L 8 11.6"},
 };
-static_assert(std::size(kDrawings) == std::size_t(ImageIcon::Warning) + 1);
+static_assert(std::size(kDrawings) == std::size_t(ImageIcon::Split) + 1);
 
 QPainterPath PathOf(const char* text)
 {

@@ -17,9 +17,7 @@ enum class ImageIcon
     ZoomOut,
     Fit,
     ActualSize,
-    SideBySide,
     Split,
-    Warning,
 };
 
 QIcon MakeImageIcon(ImageIcon kind);

@@ -78,6 +78,7 @@ ImageWindow::ImageWindow(QWidget* parent) : QWidget(parent, Qt::Window), m_previ
     connect(m_preview, &ImagePreview::Changed, this, &ImageWindow::ShowResult);
     connect(m_parameters, &ImageParameterPanel::Changed, this,
             [this] { m_preview->SetOperation(Operation(), m_parameters->Values()); });
+    ShowOperation();
     ShowCurrent();
 }
 
