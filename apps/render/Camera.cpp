@@ -121,22 +121,38 @@ void Camera::FocusAt(double depth)
     }
 }
 
-void Camera::Fit(const Bounds& bounds, double aspect)
+void Camera::Fit(std::span<const Bounds> boxes, double aspect)
 {
-    if (bounds.IsEmpty()) {
+    Bounds all;
+    for (const Bounds& box : boxes) {
+        all.Add(box);
+    }
+    if (all.IsEmpty()) {
         return;
     }
-    m_target = bounds.Center();
-    const double radius = std::max(bounds.Radius(), 1e-6);
-    const double tangent = TangentOfHalfView() / FitMargin;
-    double distance = 0.0;
-    for (unsigned i = 0; i < 8; ++i) {
-        const Vec3 arm = bounds.Corner(i) - m_target;
-        const double half = std::max(std::abs(Dot(arm, Up())), std::abs(Dot(arm, Right())) / aspect);
-        const double towards = m_perspective ? -Dot(arm, Forward()) : 0.0;
-        distance = std::max(distance, half / tangent + towards);
+    // The picture's four sides, as planes through the eye (parallel: along the view), are pushed out to the
+    // farthest corner each: opposite ones then say where the eye stands across, and how far back it must be.
+    const Vec3 center = all.Center();
+    const Vec3 axes[] = {Right(), Up()};
+    const double tangents[] = {TangentOfHalfView() * aspect / FitMargin, TangentOfHalfView() / FitMargin};
+    Vec3 across;
+    double back = 0.0;
+    for (int i = 0; i < 2; ++i) {
+        const double slope = m_perspective ? tangents[i] : 0.0;
+        double sides[] = {-Bounds::Far, -Bounds::Far};
+        for (const Bounds& box : boxes) {
+            for (unsigned corner = 0; corner < 8 && !box.IsEmpty(); ++corner) {
+                const Vec3 arm = box.Corner(corner) - center;
+                const double depth = Dot(arm, Forward());
+                sides[0] = std::max(sides[0], Dot(arm, axes[i]) - slope * depth);
+                sides[1] = std::max(sides[1], -Dot(arm, axes[i]) - slope * depth);
+            }
+        }
+        across = across + (0.5 * (sides[0] - sides[1])) * axes[i];
+        back = std::max(back, 0.5 * (sides[0] + sides[1]) / tangents[i]);
     }
-    m_distance = std::max(distance, 0.05 * radius);
+    m_target = center + across;
+    m_distance = std::max({back, 0.05 * all.Radius(), 1e-6});
 }
 
 QMatrix4x4 Camera::View(const Vec3& origin) const

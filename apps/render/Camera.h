@@ -5,6 +5,8 @@
 #include <QMatrix4x4>
 #include <QString>
 
+#include <span>
+
 /// The directions from which a model is usually looked at. Z points up, the front is seen along +Y.
 enum class StandardView
 {
@@ -49,9 +51,10 @@ public:
     /// Puts the target at that depth, which moves no pixel: panning then follows what lies there. In
     /// parallel, and at or below zero, nothing happens.
     void FocusAt(double depth);
-    /// Brings the bounds as large as possible into a picture of that width to height, from where the camera
-    /// looks now. Empty bounds change nothing.
-    void Fit(const Bounds& bounds, double aspect);
+    /// Brings all boxes as large as possible into a picture of that width to height, from the direction in
+    /// which the camera looks now. Without a box that is not empty nothing changes.
+    void Fit(std::span<const Bounds> boxes, double aspect);
+    void Fit(const Bounds& box, double aspect) { Fit(std::span(&box, 1), aspect); }
 
     /// The transform from the world, less `origin`, to the eye: x right, y up, looking along -z. Subtracting
     /// an origin near the model keeps single precision exact far away from zero.

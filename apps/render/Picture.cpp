@@ -69,7 +69,7 @@ Picture RenderPicture(const Zemtar::CZemtarDocument& document, const PictureOpti
     frame.edges = options.edges;
     frame.camera.SetPerspective(options.perspective);
     frame.camera.SetStandardView(options.view);
-    frame.camera.Fit(renderer.ShownExtent(), static_cast<double>(frame.size.width()) / frame.size.height());
+    frame.camera.Fit(renderer.ShownBoxes(), static_cast<double>(frame.size.width()) / frame.size.height());
     renderer.StartFull(frame);
     while (!renderer.Continue(Renderer::QuickLimit)) {
     }

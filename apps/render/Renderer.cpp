@@ -1,5 +1,6 @@
 #include "apps/render/Renderer.h"
 
+#include "apps/render/AxesPainter.h"
 #include "apps/render/GpuScene.h"
 #include "apps/render/ModelPainter.h"
 #include "apps/render/RenderTarget.h"
@@ -39,6 +40,7 @@ public:
         : gl(functions),
           scene(gl),
           painter(gl),
+          axes(gl),
           samples(gl, GL_RGBA8, true),
           quick(gl, GL_RGBA8, true),
           picture(gl, GL_RGBA8, false),
@@ -58,6 +60,9 @@ public:
     GpuScene::Gl& gl;
     GpuScene scene;
     ModelPainter painter;
+    AxesPainter axes;
+    bool wantsAxes = false; ///< the growing picture
+    QMatrix4x4 growingView;
     RenderTarget samples; ///< where a full picture grows
     RenderTarget quick;
     RenderTarget picture; ///< the last complete one
@@ -107,7 +112,10 @@ QString Renderer::Initialize()
     if (QByteArray(name).contains("llvmpipe") || QByteArray(name).contains("softpipe")) {
         m_implementation->trianglesPerMillisecond = 2e3;
     }
-    const QString problem = m_implementation->painter.Initialize();
+    QString problem = m_implementation->painter.Initialize();
+    if (problem.isEmpty()) {
+        problem = m_implementation->axes.Initialize();
+    }
     if (!problem.isEmpty()) {
         m_implementation.reset();
         return QCoreApplication::translate("Renderer", "The graphics driver refuses the 3D view: %1")
@@ -142,9 +150,18 @@ void Renderer::SetShown(std::vector<bool> shown)
     m_implementation->extent = m_implementation->list.ShownExtent();
 }
 
-Bounds Renderer::ShownExtent() const
+std::vector<Bounds> Renderer::ShownBoxes() const
 {
-    return m_implementation->extent;
+    std::vector<Bounds> boxes;
+    if (m_implementation->model) {
+        const auto& instances = m_implementation->model->Instances();
+        for (std::uint32_t i = 0; i < instances.size(); ++i) {
+            if (m_implementation->list.IsShown(i)) {
+                boxes.push_back(instances[i].bounds);
+            }
+        }
+    }
+    return boxes;
 }
 
 void Renderer::Implementation::BuildList(DrawList& target, const Frame& frame, const QMatrix4x4& projection,
@@ -177,6 +194,8 @@ void Renderer::StartFull(const Frame& frame)
     self.samples.Bind(frame.size, Samples);
     self.painter.DrawBackground(frame);
     self.painter.Start(self.list, frame, self.origin, projection);
+    self.wantsAxes = frame.axes;
+    self.growingView = frame.camera.View(self.origin);
     self.growing = MillisecondsOf(timer);
 }
 
@@ -191,6 +210,9 @@ bool Renderer::Continue(double milliseconds)
     self.samples.Bind(self.samples.Size(), Samples);
     const double budget = std::max(self.trianglesPerMillisecond * milliseconds, 1.0);
     const bool complete = self.painter.Draw(self.list, self.scene, static_cast<std::uint64_t>(budget));
+    if (complete && self.wantsAxes) {
+        self.axes.Draw(self.growingView, self.samples.Size());
+    }
     self.gl.glFinish();
     const double spent = MillisecondsOf(timer);
     self.growing += spent;
@@ -229,6 +251,9 @@ void Renderer::DrawQuick(const Frame& frame)
     self.painter.DrawBackground(frame);
     self.painter.Start(self.list, frame, self.origin, projection);
     self.painter.Draw(self.list, self.scene, std::numeric_limits<std::uint32_t>::max());
+    if (frame.axes) {
+        self.axes.Draw(frame.camera.View(self.origin), size);
+    }
     self.gl.glFinish();
     self.FinishPicture(self.quick);
     self.reduced = true;

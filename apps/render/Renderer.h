@@ -57,8 +57,8 @@ public:
     QString SetModel(const SceneModel* model);
     /// Takes one flag for each instance; see `DrawList::SetShown`.
     void SetShown(std::vector<bool> shown);
-    /// Gives the box around all that is shown.
-    Bounds ShownExtent() const;
+    /// Gives the boxes of all instances that are shown, for `Camera::Fit`.
+    std::vector<Bounds> ShownBoxes() const;
 
     void StartFull(const Frame& frame);
     /// Goes on with the full picture for about that time; true when it is complete.

@@ -228,3 +228,12 @@ Bounds SceneModel::Extent(const InstanceRange& range) const
     }
     return bounds;
 }
+
+std::vector<Bounds> SceneModel::Boxes(const InstanceRange& range) const
+{
+    std::vector<Bounds> boxes;
+    for (std::uint32_t i = range.first; i < range.last; ++i) {
+        boxes.push_back(m_instances[i].bounds);
+    }
+    return boxes;
+}

@@ -100,6 +100,8 @@ public:
     /// Gives the box around all, or some, instances; empty without any.
     const Bounds& Extent() const { return m_extent; }
     Bounds Extent(const InstanceRange& range) const;
+    /// Gives the boxes of some instances, for `Camera::Fit`.
+    std::vector<Bounds> Boxes(const InstanceRange& range) const;
 
 private:
     class Builder;

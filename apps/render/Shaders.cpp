@@ -169,7 +169,7 @@ uniform mat4 matrix;
 out vec3 color;
 void main()
 {
-    vec3 turned = mat3(matrix) * normal;
+    vec3 turned = normalize(mat3(matrix) * normal);
     color = tint * (0.55 + 0.45 * max(-turned.z, 0.0));
     gl_Position = matrix * vec4(position, 1.0);
 }

@@ -11,6 +11,8 @@ using namespace Zemtar;
 
 namespace {
 
+constexpr double Radian = 3.14159265358979323846 / 180.0;
+
 /// Packs a number from -1 to 1 into 10 bits, two's complement.
 std::uint32_t TenBits(double value)
 {
@@ -25,6 +27,17 @@ std::uint32_t PackedNormal(const double* normal)
         return 0;
     }
     return TenBits(n.x / length) | TenBits(n.y / length) << 10U | TenBits(n.z / length) << 20U;
+}
+
+double FromTenBits(std::uint32_t bits)
+{
+    const int value = static_cast<int>(bits & 0x3FFU);
+    return (value < 512 ? value : value - 1024) / 511.0;
+}
+
+Vec3 UnpackedNormal(std::uint32_t bits)
+{
+    return {FromTenBits(bits), FromTenBits(bits >> 10U), FromTenBits(bits >> 20U)};
 }
 
 Vec3 PlaceOf(const PackedVertex& vertex)
@@ -100,6 +113,66 @@ void FileSides(const std::vector<std::uint32_t>& corners, const std::vector<std:
     sides.resize(starts.back());
     forEachSide([&](std::uint32_t lower, const Side& side) { sides[starts[lower + 1]++] = side; });
 }
+
+/// Tells where the surface has a fold between two triangles.
+class Folds
+{
+public:
+    Folds(const std::vector<PackedVertex>& vertices, const std::vector<std::uint32_t>& corners,
+          const std::vector<std::uint32_t>& first)
+        : m_vertices(vertices), m_corners(corners), m_first(first)
+    {
+    }
+
+    /// Where both triangles have normals at the ends of their common side, those decide: they are the true
+    /// surface's, while facets of a coarse mesh meet at angles even where the surface is smooth.
+    bool IsCrease(std::uint32_t lower, const Side& s, const Side& t) const
+    {
+        // Neighbours that run along their side in one direction wind differently: one normal is turned.
+        const double turned = s.upwards == t.upwards ? -1.0 : 1.0;
+        for (const std::uint32_t place : {lower, s.higher}) {
+            const Vec3 n = VertexNormal(s, place);
+            const Vec3 m = VertexNormal(t, place);
+            if (!(Dot(n, n) > 0.0 && Dot(m, m) > 0.0)) {
+                return Differ(FacetNormal(s), turned * FacetNormal(t), FacetCosine);
+            }
+            // Normals follow the surface, not the winding: either turn may be right.
+            if (Differ(n, m, NormalCosine) && Differ(n, -1.0 * m, NormalCosine)) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+private:
+    static bool Differ(const Vec3& n, const Vec3& m, double cosine)
+    {
+        return Dot(n, m) < cosine * Length(n) * Length(m);
+    }
+    Vec3 VertexNormal(const Side& side, std::uint32_t place) const
+    {
+        for (std::uint32_t k = 0; k < 3; ++k) {
+            const std::uint32_t corner = m_corners[side.triangle + k];
+            if (m_first[corner] == place) {
+                return UnpackedNormal(m_vertices[corner].normal);
+            }
+        }
+        return {};
+    }
+    Vec3 FacetNormal(const Side& side) const
+    {
+        const Vec3 a = PlaceOf(m_vertices[m_corners[side.triangle]]);
+        const Vec3 b = PlaceOf(m_vertices[m_corners[side.triangle + 1]]);
+        const Vec3 c = PlaceOf(m_vertices[m_corners[side.triangle + 2]]);
+        return Cross(b - a, c - a);
+    }
+
+    const double FacetCosine = std::cos(ShapeData::CreaseAngle * Radian);
+    const double NormalCosine = std::cos(ShapeData::SeamAngle * Radian);
+    const std::vector<PackedVertex>& m_vertices;
+    const std::vector<std::uint32_t>& m_corners;
+    const std::vector<std::uint32_t>& m_first;
+};
 
 } // namespace
 
@@ -202,20 +275,7 @@ std::vector<std::uint32_t> ShapeData::FeatureEdges() const
     std::vector<Side> sides;
     FileSides(m_triangles, first, starts, sides);
 
-    const auto normalOf = [&](std::uint32_t triangle) {
-        const Vec3 a = PlaceOf(m_vertices[m_triangles[triangle]]);
-        const Vec3 b = PlaceOf(m_vertices[m_triangles[triangle + 1]]);
-        const Vec3 c = PlaceOf(m_vertices[m_triangles[triangle + 2]]);
-        return Cross(b - a, c - a);
-    };
-    const double cosine = std::cos(CreaseAngle * 3.14159265358979323846 / 180.0);
-    const auto isCrease = [&](const Side& s, const Side& t) {
-        const Vec3 n = normalOf(s.triangle);
-        const Vec3 m = normalOf(t.triangle);
-        // Neighbours that run along their side in one direction wind differently: one normal is turned.
-        const double turned = s.upwards == t.upwards ? -1.0 : 1.0;
-        return turned * Dot(n, m) < cosine * Length(n) * Length(m);
-    };
+    const Folds folds(m_vertices, m_triangles, first);
     std::vector<std::uint32_t> edges;
     for (std::uint32_t v = 0; v < first.size(); ++v) {
         const auto begin = sides.begin() + starts[v];
@@ -224,7 +284,7 @@ std::vector<std::uint32_t> ShapeData::FeatureEdges() const
         for (auto side = begin; side != end;) {
             const auto next =
                 std::find_if(side, end, [&](const Side& s) { return s.higher != side->higher; });
-            if (next - side != 2 || isCrease(side[0], side[1])) {
+            if (next - side != 2 || folds.IsCrease(v, side[0], side[1])) {
                 edges.insert(edges.end(), {v, side->higher});
             }
             side = next;

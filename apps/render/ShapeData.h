@@ -42,11 +42,13 @@ public:
     const std::vector<std::uint32_t>& Triangles() const { return m_triangles; } ///< three each
     const std::vector<std::uint32_t>& Segments() const { return m_segments; }   ///< two each
 
-    /// Finds the edges that draw the shape's form: where a surface ends, and where triangles meet at more
-    /// than `CreaseAngle` degrees. Vertices in one place count as one. Two vertex indices each, each edge
-    /// once.
+    /// Finds the edges that draw the shape's form: where a surface ends, where the normals on both sides of a
+    /// triangle's side differ by more than `SeamAngle` degrees, and, without normals, where the triangles
+    /// meet at more than `CreaseAngle` degrees. Vertices in one place count as one. Two vertex indices each,
+    /// each edge once.
     std::vector<std::uint32_t> FeatureEdges() const;
     static constexpr double CreaseAngle = 28.0;
+    static constexpr double SeamAngle = 12.0;
 
 private:
     void PackVertices(const Shape& shape);

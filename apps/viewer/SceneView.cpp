@@ -187,9 +187,9 @@ void SceneView::FitNow()
 {
     State& state = *m_state;
     state.fitDue = false;
-    const Bounds bounds = state.fitNode ? state.model.Extent(state.model.RangeOf(state.fitNode))
-                                        : state.renderer->ShownExtent();
-    state.frame.camera.Fit(bounds, Aspect());
+    const auto boxes =
+        state.fitNode ? state.model.Boxes(state.model.RangeOf(state.fitNode)) : state.renderer->ShownBoxes();
+    state.frame.camera.Fit(boxes, Aspect());
     state.zoomPlace = QPointF(-1.0, -1.0);
 }
 

@@ -108,7 +108,7 @@ TEST(CameraTest, FitsModelsOfAnySizeAndPlace)
     }
     Camera camera;
     const Vec3 before = camera.Eye();
-    camera.Fit({}, 1.0);
+    camera.Fit(Bounds(), 1.0);
     ExpectNear(camera.Eye(), before, 0.0);
     Bounds point;
     point.Add(Vec3{1, 2, 3});
