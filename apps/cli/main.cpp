@@ -26,8 +26,6 @@ void PrintUsage(std::ostream& out)
         << LengthUnitSymbols().toStdString() << "\n";
 }
 
-#include "apps/render/Picture.h"
-#include "apps/shared/LengthUnits.h"
 /// Makes the application object that the arguments need: drawing alone needs the windowing system.
 std::unique_ptr<QCoreApplication> MakeApplication(int& argc, char** argv)
 {

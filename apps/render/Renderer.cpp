@@ -135,7 +135,7 @@ QString Renderer::SetModel(const SceneModel* model)
     self.quickBudget = 0;
     self.fullMilliseconds = 0.0;
     self.scene.Release();
-    const QString problem = model ? self.scene.Upload(*model, self.origin) : QString();
+    QString problem = model ? self.scene.Upload(*model, self.origin) : QString();
     if (!problem.isEmpty()) {
         self.model = nullptr;
         self.list = self.pickList = DrawList();

@@ -104,11 +104,14 @@ private:
             }
             pending.push_back({step.node, {}, true});
             const auto& children = step.node->ChildNodes();
-            for (auto child = children.rbegin(); child != children.rend(); ++child) {
-                if (!(*child)->IsDeleted()) {
-                    pending.push_back({*child, toWorld, false});
+            const auto first = static_cast<std::ptrdiff_t>(pending.size());
+            for (const CZemtarSceneNode* child : children) {
+                if (!child->IsDeleted()) {
+                    pending.push_back({child, toWorld, false});
                 }
             }
+            // The first child is the next to be taken from the end.
+            std::reverse(pending.begin() + first, pending.end());
         }
     }
 
