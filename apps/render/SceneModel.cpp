@@ -6,6 +6,8 @@
 #include "host/CZemtarDocument.h"
 #include "host/CZemtarMaterial.h"
 
+#include <algorithm>
+
 using namespace Zemtar;
 
 namespace {
