@@ -62,6 +62,7 @@ void NodeTree::MakeView()
     m_view->setContextMenuPolicy(Qt::CustomContextMenu);
     m_view->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_view->setExpandsOnDoubleClick(false);
+    m_view->setIndentation(m_view->indentation() * 2 / 3); // CAD trees are deep
     m_view->header()->setStretchLastSection(false);
     m_view->header()->setMinimumSectionSize(0);
     m_view->header()->setSectionResizeMode(NodeModel::NameColumn, QHeaderView::Stretch);

@@ -54,7 +54,7 @@ void InstallTranslations(QApplication& application)
 
 int RunWindow(const QStringList& files)
 {
-    if (!HasDisplay() && !qEnvironmentVariableIsSet("ZEMTAR_VIEWER_OFFSCREEN")) {
+    if (!HasDisplay()) {
         std::cerr << "zemtar-viewer: there is no display to open a window on\n";
         return ExitFailed;
     }
