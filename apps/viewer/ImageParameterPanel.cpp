@@ -32,7 +32,7 @@ void ImageParameterPanel::SetOperation(const ImageOperation* operation, QSize si
     auto* form = new QFormLayout(m_form);
     form->setContentsMargins(0, 0, 0, 0);
     form->setRowWrapPolicy(QFormLayout::WrapLongRows);
-    for (std::size_t i = 0; i < m_values.size(); ++i) {
+    for (std::size_t i = 0; operation != nullptr && i < m_values.size(); ++i) {
         const ImageParameter& parameter = operation->parameters[i];
         QWidget* editor = MakeEditor(i, parameter);
         const QString name = ImageOperationText(parameter.name);

@@ -356,7 +356,7 @@ void ImageWindow::Apply()
 {
     const ImageOperation* operation = Operation();
     const QImage result = operation != nullptr ? Result() : QImage();
-    if (result.isNull()) {
+    if (operation == nullptr || result.isNull()) {
         return;
     }
     m_history.Push(result, operation->Name());

@@ -6,6 +6,8 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
+
 using namespace Zemtar;
 
 namespace {
@@ -91,11 +93,14 @@ NodeList::NodeList(const CZemtarDocument& document) : m_sums(1)
     // Trees may be of any depth, so the walk does not recurse.
     std::vector<Pending> pending;
     const auto push = [&](const std::vector<CZemtarSceneNode*>& nodes, int parent) {
-        for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
-            if (!(*node)->IsDeleted()) {
-                pending.push_back({*node, parent});
+        const auto first = static_cast<std::ptrdiff_t>(pending.size());
+        for (const CZemtarSceneNode* node : nodes) {
+            if (!node->IsDeleted()) {
+                pending.push_back({node, parent});
             }
         }
+        // The first is the next to be taken from the end.
+        std::reverse(pending.begin() + first, pending.end());
     };
     push(document.RootNodes(), -1);
     while (!pending.empty()) {
