@@ -84,6 +84,10 @@ SceneView::SceneView(QWidget* parent) : QOpenGLWidget(parent), m_state(std::make
 SceneView::~SceneView()
 {
     ReleaseGraphics();
+    if (QOpenGLContext* const last = context()) {
+        // The base class destroys the context, and would call a part of the object that is no more.
+        disconnect(last, &QOpenGLContext::aboutToBeDestroyed, this, &SceneView::ReleaseGraphics);
+    }
 }
 
 void SceneView::ReleaseGraphics()
