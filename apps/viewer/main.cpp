@@ -1,6 +1,7 @@
 // zemtar-viewer: a small desktop host that shows what the library does.
 
 #include "apps/render/Picture.h"
+#include "apps/render/Renderer.h"
 #include "apps/shared/Utf8Locale.h"
 #include "apps/viewer/Appearance.h"
 #include "apps/viewer/Icons.h"
@@ -11,6 +12,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QLibraryInfo>
+#include <QSurfaceFormat>
 #include <QTranslator>
 
 #include <iostream>
@@ -98,6 +100,7 @@ int main(int argc, char** argv)
 {
     UseUtf8Locale();
     UseDisplayIfAny();
+    QSurfaceFormat::setDefaultFormat(RendererFormat()); // macOS wants it before the application is there
     QApplication application(argc, argv);
     QApplication::setOrganizationName(BrandingText(CZemtarBranding::OrganizationName));
     QApplication::setApplicationName(BrandingText(CZemtarBranding::ApplicationName));
