@@ -92,7 +92,7 @@ protected:
     QString TakeMessage()
     {
         auto* box = Await<QMessageBox>();
-        const QString text = box->text() + '\n' + box->informativeText();
+        QString text = box->text() + '\n' + box->informativeText();
         box->accept();
         QTest::qWait(0);
         return text;
