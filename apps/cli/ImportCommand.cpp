@@ -44,16 +44,11 @@ void PrintSummary(std::ostream& out, const SceneReport& report, double seconds)
 /// Draws the document into a picture file; false, with the reason on standard error, when that fails.
 bool WritePreview(const CZemtarDocument& document, const QString& file)
 {
-    const Picture picture = RenderPicture(document, {});
-    if (picture.image.isNull()) {
-        std::cerr << "zemtar-cad: no preview: " << picture.problem.toStdString() << "\n";
-        return false;
+    const QString problem = WritePicture(document, {}, file);
+    if (!problem.isEmpty()) {
+        std::cerr << "zemtar-cad: no preview: " << problem.toStdString() << "\n";
     }
-    if (!picture.image.save(file)) {
-        std::cerr << "zemtar-cad: cannot write " << file.toStdString() << "\n";
-        return false;
-    }
-    return true;
+    return problem.isEmpty();
 }
 
 } // namespace

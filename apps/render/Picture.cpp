@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QGuiApplication>
+#include <QImageWriter>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLFramebufferObject>
@@ -81,6 +82,19 @@ Picture RenderPicture(const Zemtar::CZemtarDocument& document, const PictureOpti
             QCoreApplication::translate("Renderer", "The graphics driver cannot draw a picture.");
     }
     return picture;
+}
+
+QString WritePicture(const Zemtar::CZemtarDocument& document, const PictureOptions& options,
+                     const QString& file)
+{
+    const Picture picture = RenderPicture(document, options);
+    if (picture.image.isNull()) {
+        return picture.problem;
+    }
+    QImageWriter writer(file);
+    return writer.write(picture.image) ? QString()
+                                       : QCoreApplication::translate("Renderer", "cannot write %1: %2")
+                                             .arg(file, writer.errorString());
 }
 
 QString MissingOpenGL()

@@ -35,6 +35,11 @@ struct Picture
 ///     if (picture.image.isNull()) { std::cerr << picture.problem.toStdString() << "\n"; }
 Picture RenderPicture(const Zemtar::CZemtarDocument& document, const PictureOptions& options);
 
+/// Draws a document as `RenderPicture` does into a file, whose extension names the format. Gives an empty
+/// text, or what went wrong, for the user.
+QString WritePicture(const Zemtar::CZemtarDocument& document, const PictureOptions& options,
+                     const QString& file);
+
 /// Gives an empty text where OpenGL 3.3 is there, otherwise why it is not, for the user. Ask before a window
 /// gets an OpenGL widget: Qt ends the process where it cannot make a context for one. Tried once a process.
 QString MissingOpenGL();

@@ -1,9 +1,9 @@
 #include "apps/viewer/Icons.h"
 
+#include "apps/viewer/PaintedIconEngine.h"
 #include "apps/viewer/Texts.h"
 
 #include <QGuiApplication>
-#include <QIconEngine>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPalette>
@@ -225,8 +225,7 @@ void Draw(const Canvas& canvas, Glyph glyph)
     }
 }
 
-/// Paints a glyph anew whenever it is shown, so that a changed palette shows at once.
-class GlyphEngine : public QIconEngine
+class GlyphEngine : public PaintedIconEngine
 {
 public:
     explicit GlyphEngine(Glyph glyph) : m_glyph(glyph) {}
@@ -248,15 +247,6 @@ public:
         painter->setPen(QPen(line, 1.1, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
         Draw({*painter, line, accent}, m_glyph);
         painter->restore();
-    }
-
-    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override
-    {
-        QPixmap pixmap(size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        paint(&painter, QRect(QPoint(), size), mode, state);
-        return pixmap;
     }
 
 private:

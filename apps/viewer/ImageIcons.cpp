@@ -1,7 +1,8 @@
 #include "apps/viewer/ImageIcons.h"
 
+#include "apps/viewer/PaintedIconEngine.h"
+
 #include <QGuiApplication>
-#include <QIconEngine>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPalette>
@@ -58,22 +59,12 @@ QPainterPath PathOf(const char* text)
     return path;
 }
 
-/// Draws anew each time, so that a change of the palette or of the screen shows.
-class LineIconEngine : public QIconEngine
+class LineIconEngine : public PaintedIconEngine
 {
 public:
     explicit LineIconEngine(const Drawing& drawing) : m_drawing(drawing) {}
 
     QIconEngine* clone() const override { return new LineIconEngine(m_drawing); }
-
-    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override
-    {
-        QPixmap pixmap(size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        paint(&painter, QRect(QPoint(), size), mode, state);
-        return pixmap;
-    }
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State /*state*/) override
     {

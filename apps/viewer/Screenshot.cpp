@@ -4,8 +4,6 @@
 #include "apps/viewer/StandardErrorLog.h"
 #include "host/CZemtarDocument.h"
 
-#include <QImageWriter>
-
 #include <iostream>
 
 namespace {
@@ -33,13 +31,6 @@ int RunScreenshot(const QString& file, const QString& pictureFile, const Picture
             return 1; // the reason has been written already
         }
     }
-    const Picture picture = RenderPicture(*imported.document, options);
-    if (picture.image.isNull()) {
-        return Fail(picture.problem);
-    }
-    QImageWriter writer(pictureFile);
-    if (!writer.write(picture.image)) {
-        return Fail(QStringLiteral("cannot write %1: %2").arg(pictureFile, writer.errorString()));
-    }
-    return 0;
+    const QString problem = WritePicture(*imported.document, options, pictureFile);
+    return problem.isEmpty() ? 0 : Fail(problem);
 }
