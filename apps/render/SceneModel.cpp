@@ -49,7 +49,8 @@ std::uint32_t TriangleCount(const CZemtarPolygonsTable& polygons)
     return static_cast<std::uint32_t>(polygons.IndexCount() - std::size_t{2} * polygons.Count());
 }
 
-/// Gives the box around a transformed box.
+} // namespace
+
 Bounds Transformed(const Bounds& box, const CZemtarMatrix& matrix)
 {
     Bounds result;
@@ -64,8 +65,6 @@ Bounds Transformed(const Bounds& box, const CZemtarMatrix& matrix)
     }
     return result;
 }
-
-} // namespace
 
 class SceneModel::Builder
 {

@@ -28,6 +28,9 @@ inline bool IsPlace(const Vec3& point)
     return std::abs(point.x) < farthest && std::abs(point.y) < farthest && std::abs(point.z) < farthest;
 }
 
+/// Gives the box around a transformed box; an empty one when a corner is no place.
+Bounds Transformed(const Bounds& box, const Zemtar::CZemtarMatrix& matrix);
+
 /// A geometry that is drawn, however many nodes show it. Counts are those of the tables; what is damaged in
 /// them is left out when the geometry is packed.
 struct Shape

@@ -1,9 +1,9 @@
 #include "apps/viewer/NodeBounds.h"
 
+#include "apps/render/SceneModel.h"
 #include "apps/viewer/NodeList.h"
 #include "host/CZemtar3DObject.h"
 
-#include <algorithm>
 #include <unordered_map>
 
 using namespace Zemtar;
@@ -14,28 +14,15 @@ namespace {
 /// each geometry's own box are.
 constexpr qint64 MaximumVerticesPlaced = 3'000'000;
 
-struct Box
-{
-    std::array<double, 3> min{1, 1, 1};
-    std::array<double, 3> max{0, 0, 0};
-
-    bool IsEmpty() const { return min[0] > max[0]; }
-    void Add(const CZemtar3DVertex& point)
-    {
-        const std::array<double, 3> p{point.X(), point.Y(), point.Z()};
-        const bool first = IsEmpty();
-        for (std::size_t axis = 0; axis < 3; ++axis) {
-            min[axis] = first ? p[axis] : std::min(min[axis], p[axis]);
-            max[axis] = first ? p[axis] : std::max(max[axis], p[axis]);
-        }
-    }
-};
-
+/// Damaged vertices are left out, as they are when the node is drawn.
 template <class Place>
-void AddVertices(Box& box, const CZemtarVerticiesTable& table, const Place& place)
+void AddVertices(Bounds& box, const CZemtarVerticiesTable& table, const Place& place)
 {
     for (unsigned i = 0; i < table.Count(); ++i) {
-        box.Add(place(table.Item(i)));
+        const CZemtar3DVertex p = place(table.Item(i));
+        if (const Vec3 point{p.X(), p.Y(), p.Z()}; IsPlace(point)) {
+            box.Add(point);
+        }
     }
 }
 
@@ -44,8 +31,8 @@ void AddVertices(Box& box, const CZemtarVerticiesTable& table, const Place& plac
 std::optional<NodeBounds> NodeBounds::Of(const NodeList& nodes, int position)
 {
     const bool exact = nodes.Subtree(position).vertices <= MaximumVerticesPlaced;
-    std::unordered_map<const CZemtarVerticiesTable*, Box> ownBoxes;
-    Box box;
+    std::unordered_map<const CZemtarVerticiesTable*, Bounds> ownBoxes;
+    Bounds box;
     for (int at = position; at < nodes.End(position); ++at) {
         const auto* object = dynamic_cast<const CZemtar3DObject*>(&nodes.Node(at));
         const CZemtarVerticiesTable* table =
@@ -58,18 +45,14 @@ std::optional<NodeBounds> NodeBounds::Of(const NodeList& nodes, int position)
             AddVertices(box, *table, [&](const CZemtar3DVertex& p) { return toWorld.TransformPoint(p); });
             continue;
         }
-        Box& own = ownBoxes[table];
-        if (own.IsEmpty()) {
-            AddVertices(own, *table, [](const CZemtar3DVertex& p) { return p; });
+        const auto [own, isNew] = ownBoxes.try_emplace(table);
+        if (isNew) {
+            AddVertices(own->second, *table, [](const CZemtar3DVertex& p) { return p; });
         }
-        for (unsigned corner = 0; corner < 8; ++corner) {
-            box.Add(toWorld.TransformPoint({corner & 1 ? own.max[0] : own.min[0],
-                                            corner & 2 ? own.max[1] : own.min[1],
-                                            corner & 4 ? own.max[2] : own.min[2]}));
-        }
+        box.Add(Transformed(own->second, toWorld));
     }
     if (box.IsEmpty()) {
         return std::nullopt;
     }
-    return NodeBounds{box.min, box.max, exact};
+    return NodeBounds{box, exact};
 }

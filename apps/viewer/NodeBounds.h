@@ -1,6 +1,7 @@
 #pragma once
 
-#include <array>
+#include "apps/render/Vector.h"
+
 #include <optional>
 
 class NodeList;
@@ -8,8 +9,7 @@ class NodeList;
 /// An axis-parallel box in the world, metres.
 struct NodeBounds
 {
-    std::array<double, 3> min;
-    std::array<double, 3> max;
+    Bounds box;
     /// Whether the box is the smallest one; in very large subtrees it may be larger where parts are turned.
     bool isExact;
 

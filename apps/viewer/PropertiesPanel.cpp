@@ -44,9 +44,9 @@ QString Triple(double x, double y, double z, double scale)
     return QStringLiteral("%1,  %2,  %3").arg(Number(x * scale), Number(y * scale), Number(z * scale));
 }
 
-QString Triple(const std::array<double, 3>& point, double scale)
+QString Triple(const Vec3& point, double scale)
 {
-    return Triple(point[0], point[1], point[2], scale);
+    return Triple(point.x, point.y, point.z, scale);
 }
 
 QColor ColorOf(const CZemtarColor& color)
@@ -224,7 +224,8 @@ void PropertiesPanel::AddPlacement(const CZemtarSceneNode& node)
     const double turn = matrix.M(0, 0) * (matrix.M(1, 1) * matrix.M(2, 2) - matrix.M(1, 2) * matrix.M(2, 1)) -
                         matrix.M(0, 1) * (matrix.M(1, 0) * matrix.M(2, 2) - matrix.M(1, 2) * matrix.M(2, 0)) +
                         matrix.M(0, 2) * (matrix.M(1, 0) * matrix.M(2, 1) - matrix.M(1, 1) * matrix.M(2, 0));
-    Row(section, tr("Scale"), Triple(scale, 1.0) + (turn < 0 ? tr("  (mirrored)") : QString()));
+    Row(section, tr("Scale"),
+        Triple(scale[0], scale[1], scale[2], 1.0) + (turn < 0 ? tr("  (mirrored)") : QString()));
     AddMatrix(section, tr("Matrix (m)"), matrix, 4);
 }
 
@@ -236,11 +237,9 @@ void PropertiesPanel::AddBounds(const NodeList& nodes, int position)
     }
     QTreeWidgetItem* section =
         Section(bounds->isExact ? tr("Bounds in the world") : tr("Bounds in the world (at most)"));
-    Row(section, tr("Size (mm)"),
-        Triple(bounds->max[0] - bounds->min[0], bounds->max[1] - bounds->min[1],
-               bounds->max[2] - bounds->min[2], MillimetresPerMetre));
-    Row(section, tr("Minimum (mm)"), Triple(bounds->min, MillimetresPerMetre));
-    Row(section, tr("Maximum (mm)"), Triple(bounds->max, MillimetresPerMetre));
+    Row(section, tr("Size (mm)"), Triple(bounds->box.Size(), MillimetresPerMetre));
+    Row(section, tr("Minimum (mm)"), Triple(bounds->box.min, MillimetresPerMetre));
+    Row(section, tr("Maximum (mm)"), Triple(bounds->box.max, MillimetresPerMetre));
 }
 
 void PropertiesPanel::AddSolid(const CZemtarSceneNode& node)
