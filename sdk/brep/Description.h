@@ -31,7 +31,7 @@ inline constexpr int None = -1;
 
 struct Vertex
 {
-    gp_Pnt point;
+    gp_Pnt point = {};
     double tolerance = 1e-7; ///< curves that end here come this near, as far as the file tells
 };
 
@@ -39,7 +39,7 @@ struct Vertex
 /// where the curve's parameter begins; an edge that the file gives without a vertex gets one.
 struct Edge
 {
-    Handle(Geom_Curve) curve; ///< null: the straight line from start to end
+    Handle(Geom_Curve) curve = {}; ///< null: the straight line from start to end
     /// Parameters of the ends on the curve. Equal (as by default): not known, the builder finds them from the
     /// vertices. Last may lie a period beyond.
     double first = 0;
@@ -63,8 +63,8 @@ struct EdgeUse
 /// A closed chain of edges, or a single vertex (the apex of a cone, the pole of a sphere).
 struct Loop
 {
-    std::vector<EdgeUse> uses; ///< in order; the material is to the left about the face's own normal
-    int vertex = None;         ///< of a loop without edges
+    std::vector<EdgeUse> uses = {}; ///< in order; the material is to the left about the face's own normal
+    int vertex = None;              ///< of a loop without edges
 };
 
 struct Face
@@ -73,9 +73,9 @@ struct Face
     bool sameSense = true; ///< the face's normal is that of the surface
     /// In any order: which one is the outer follows from the geometry. Without a loop the face is the whole
     /// surface within its bounds (a sphere, a torus, an untrimmed patch).
-    std::vector<Loop> loops;
-    ModelData_Appearance appearance; ///< null: that of the body
-    std::uint64_t record = 0;        ///< what the file calls it, for reports
+    std::vector<Loop> loops = {};
+    ModelData_Appearance appearance = {}; ///< null: that of the body
+    std::uint64_t record = 0;             ///< what the file calls it, for reports
 };
 
 struct FaceUse
@@ -86,29 +86,29 @@ struct FaceUse
 
 struct Shell
 {
-    std::vector<FaceUse> faces;
+    std::vector<FaceUse> faces = {};
     bool closed = false; ///< as the file says
 };
 
 /// Normals of the faces point out of the material, also on the shells of cavities.
 struct Solid
 {
-    int outer = None;       ///< a shell
-    std::vector<int> voids; ///< shells
+    int outer = None;            ///< a shell
+    std::vector<int> voids = {}; ///< shells
 };
 
 /// A loose curve: an edge that bounds no face.
 struct LooseCurve
 {
     int edge = None;
-    ModelData_Appearance appearance;
+    ModelData_Appearance appearance = {};
 };
 
 /// What could not be described, and is given as the kernel made it (results of booleans, swept solids).
 struct KernelShape
 {
-    TopoDS_Shape shape;
-    ModelData_Appearance appearance; ///< null: that of the body
+    TopoDS_Shape shape = {};
+    ModelData_Appearance appearance = {}; ///< null: that of the body
 };
 
 struct Description
