@@ -90,15 +90,27 @@ void Body::Move(const Affine& placement)
 void BodyReader::Read(const Entity& item, std::vector<Body>& bodies)
 {
     const std::size_t before = bodies.size();
+    const AtWork atWork(myContext, item.Id());
     // The guard keeps a fault of the kernel to this one item.
+    bool told = false;
     const bool done = occt::RunGuarded(occt::EngineUse::Geometry, [&] {
-        ReadItem(item, bodies);
-        return true;
+        try {
+            ReadItem(item, bodies);
+            return true;
+        } catch (const Unbuildable& reason) {
+            myContext.Report(Report::Kind::LeftOut, reason.what());
+            told = true;
+            return false;
+        }
     });
     if (!done) {
         bodies.resize(std::min(before, bodies.size()));
+        if (!told) {
+            myContext.Report(Report::Kind::LeftOut, "an item that the kernel cannot build");
+        }
     }
     for (std::size_t i = before; i < bodies.size(); ++i) {
+        bodies[i].item = bodies[i].item != 0 ? bodies[i].item : item.Id();
         if (bodies[i].appearance.IsNull()) {
             bodies[i].appearance = myStyles.OfItem(item.Id());
         }

@@ -22,6 +22,7 @@ struct Body
         Curves
     };
     Kind kind = Kind::Shape;
+    Id item = 0; ///< that it was read from
     TopoDS_Shape shape;
     Polyhedron facets;
     std::vector<Path> curves;

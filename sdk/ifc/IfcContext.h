@@ -14,6 +14,7 @@
 #include <gp_XYZ.hxx>
 
 #include <cadex/ModelData_Transformation.hxx>
+#include <cadex/internal/Reports.hxx>
 
 #include "sdk/ifc/IfcFile.h"
 
@@ -65,11 +66,15 @@ public:
     double toMillimetres = 1000; ///< of the project's length unit; metres when there is none
     double toRadians = 1;        ///< of the project's unit of plane angles
     double precision = 1e-3;     ///< millimetres below which the ends of curves coincide
+    Id atWork = 0;               ///< the item that reports name
 
     /// Bounds the work of references that fan out: throws Unbuildable once the file has caused more steps
     /// than any honest file of its size.
     void Step() { Steps(1); }
     void Steps(std::size_t count);
+
+    /// Tells the host's programs what became of the item at work.
+    void Report(internal::Report::Kind kind, const char* text) const { Reports::Add(kind, text, atWork); }
 
     double Length(const Entity& entity, std::size_t index, double fallback = 0) const
     {
@@ -97,6 +102,23 @@ private:
     std::map<Id, Affine> myWorld;
     std::size_t mySteps = 0;
     std::size_t myMostSteps = 0;
+};
+
+/// Names an item as the one at work while it lives.
+class AtWork
+{
+public:
+    AtWork(Context& context, Id item) : myContext(context), myOuter(context.atWork)
+    {
+        myContext.atWork = item;
+    }
+    ~AtWork() { myContext.atWork = myOuter; }
+    AtWork(const AtWork&) = delete;
+    AtWork& operator=(const AtWork&) = delete;
+
+private:
+    Context& myContext;
+    const Id myOuter;
 };
 
 /// Nesting deeper than this is no drawing but an attack on the stack.

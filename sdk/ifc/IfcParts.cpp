@@ -106,6 +106,7 @@ ModelData_Part MakeFacetPart(Context& context, const Base_UTF16String& name, con
         if (fresh) {
             brep->groups.emplace_back().appearance = body->appearance;
         }
+        const AtWork atWork(context, body->item);
         AddFacets(context, body->facets, brep->groups[entry->second]);
     }
     ModelData_Part part(name);
@@ -160,6 +161,7 @@ ModelData_Part MakePolyPart(Context& context, const Base_UTF16String& name, cons
 {
     ModelData_PolyRepresentation poly{initialized()};
     for (Body* body : meshes) {
+        const AtWork atWork(context, body->item);
         ModelData_IndexedTriangleSet mesh = MakeMesh(context, std::move(body->facets));
         if (!body->appearance.IsNull()) {
             mesh.SetAppearance(body->appearance);

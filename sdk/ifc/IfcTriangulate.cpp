@@ -2,6 +2,7 @@
 // outline by bridges (D. Eberly, "Triangulation by Ear Clipping").
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 #include "sdk/ifc/IfcFacets.h"
 
@@ -26,12 +27,19 @@ bool Same(const Point2& a, const Point2& b)
     return a.x == b.x && a.y == b.y;
 }
 
-/// The closed triangle, its corners excepted.
-bool Contains(const Point2& a, const Point2& b, const Point2& c, const Point2& p)
+double Distance(const Point2& a, const Point2& b)
 {
-    return Cross(a, b, p) >= 0 && Cross(b, c, p) >= 0 && Cross(c, a, p) >= 0 && !Same(a, p) && !Same(b, p) &&
-           !Same(c, p);
+    return std::hypot(b.x - a.x, b.y - a.y);
 }
+
+/// How strictly a corner is taken for an ear, from the first time around the outline on.
+enum class Pass
+{
+    Clear,   ///< a triangle with area, no other corner on its edges, rounding noise taken into account
+    Strict,  ///< the same to the last digit
+    Corner,  ///< any corner to the left: the outline crosses itself somewhere
+    Anything ///< so that the rest can go on
+};
 
 class EarClipper
 {
@@ -61,16 +69,21 @@ public:
             std::reverse(ring.begin(), ring.end()); // holes are sometimes wound like outlines
         }
         if (loop.outer) {
+            const Point2 first = At(ring.front());
+            for (const U32 index : ring) {
+                mySlack = std::max(mySlack, 1e-10 * Distance(first, At(index)));
+            }
             myRing = std::move(ring);
         } else {
             myHoles.push_back(std::move(ring));
         }
     }
 
-    void Run(std::vector<U32>& triangles)
+    /// False when the outline crosses itself, so that what comes out fills the face only about.
+    bool Run(std::vector<U32>& triangles)
     {
-        JoinHoles();
-        Clip(triangles);
+        const bool joined = JoinHoles();
+        return Clip(triangles) && joined;
     }
 
 private:
@@ -84,54 +97,95 @@ private:
 
     static std::size_t Rightmost(const std::vector<Point2>& points)
     {
-        const auto byX = [](const Point2& a, const Point2& b) { return a.x < b.x; };
-        return static_cast<std::size_t>(std::max_element(points.begin(), points.end(), byX) - points.begin());
-    }
-
-    /// The corner of the ring that sees the point, which lies inside: on the edge hit first towards +x, or
-    /// the corner nearest to that direction that stands in between.
-    std::size_t VisibleFrom(const Point2& p) const
-    {
-        double nearest = INFINITY;
-        std::size_t best = 0;
-        const std::size_t count = myRing.size();
-        for (std::size_t i = 0; i < count; ++i) {
-            const Point2 a = At(myRing[i]);
-            const Point2 b = At(myRing[(i + 1) % count]);
-            if (a.y > p.y || b.y < p.y || a.y == b.y) {
-                continue; // only edges that rise past the point bound the inside on its right
-            }
-            const double x = a.x + (p.y - a.y) * (b.x - a.x) / (b.y - a.y);
-            if (x >= p.x && x < nearest) {
-                nearest = x;
-                best = a.x > b.x ? i : (i + 1) % count;
-            }
-        }
-        const Point2 hit{nearest, p.y};
-        const Point2 candidate = At(myRing[best]);
-        double steepest = INFINITY;
-        for (std::size_t i = 0; i < count && std::isfinite(nearest); ++i) {
-            const Point2 q = At(myRing[i]);
-            const bool inside =
-                candidate.y < p.y ? Contains(p, candidate, hit, q) : Contains(p, hit, candidate, q);
-            const bool reflex =
-                Cross(At(myRing[(i + count - 1) % count]), q, At(myRing[(i + 1) % count])) <= 0;
-            const double slope = q.x > p.x ? std::abs(q.y - p.y) / (q.x - p.x) : INFINITY;
-            if (inside && reflex && slope < steepest) {
-                steepest = slope;
-                best = i;
-            }
-        }
-        return best;
-    }
-
-    void JoinHoles()
-    {
-        struct Hole
-        {
-            std::vector<U32> ring;
-            double right;
+        const auto further = [](const Point2& a, const Point2& b) {
+            return a.x < b.x || (a.x == b.x && a.y < b.y);
         };
+        return static_cast<std::size_t>(std::max_element(points.begin(), points.end(), further) -
+                                        points.begin());
+    }
+
+    /// The way from the ring's corner to p starts into the face. Bridges pass a point several times; each
+    /// passage sees another sector of it.
+    bool LooksTo(std::size_t corner, const Point2& p) const
+    {
+        const std::size_t count = myRing.size();
+        const Point2 before = At(myRing[(corner + count - 1) % count]);
+        const Point2 q = At(myRing[corner]);
+        const Point2 after = At(myRing[(corner + 1) % count]);
+        const bool leftOfIn = Cross(before, q, p) > 0;
+        const bool leftOfOut = Cross(q, after, p) > 0;
+        return Cross(before, q, after) > 0 ? leftOfIn && leftOfOut : leftOfIn || leftOfOut;
+    }
+
+    /// Nothing of the loop stands in the way from p to q, whose ends may touch it.
+    bool IsFree(const Point2& p, const Point2& q, const std::vector<U32>& loop) const
+    {
+        Point2 a = At(loop.back());
+        for (const U32 index : loop) {
+            const Point2 b = At(index);
+            const double sideA = Cross(p, q, a);
+            const double sideB = Cross(p, q, b);
+            const bool crosses = ((sideA > 0 && sideB < 0) || (sideA < 0 && sideB > 0)) &&
+                                 (Cross(a, b, p) > 0) != (Cross(a, b, q) > 0) && !Same(a, q) && !Same(b, q) &&
+                                 Cross(a, b, p) != 0 && Cross(a, b, q) != 0;
+            const double along = (b.x - p.x) * (q.x - p.x) + (b.y - p.y) * (q.y - p.y);
+            const double whole = (q.x - p.x) * (q.x - p.x) + (q.y - p.y) * (q.y - p.y);
+            if (crosses || (sideB == 0 && along > 0 && along < whole && !Same(b, p) && !Same(b, q))) {
+                return false;
+            }
+            a = b;
+        }
+        return true;
+    }
+
+    struct Hole
+    {
+        std::vector<U32> ring; ///< from its rightmost corner on
+        Point2 right;
+    };
+
+    /// The nearest corner of the ring that the hole's rightmost corner sees; the ring's size when there is
+    /// none. Only corners on its right are asked: one of them can always be seen, and the holes that are
+    /// still to come lie on its left.
+    std::size_t VisibleFrom(const std::vector<Hole>& holes, std::size_t hole)
+    {
+        const Point2& p = holes[hole].right;
+        std::vector<std::pair<double, std::size_t>> candidates; // by squared distance, nearest on top
+        for (std::size_t i = 0; i < myRing.size(); ++i) {
+            const Point2 q = At(myRing[i]);
+            if (q.x >= p.x) {
+                candidates.emplace_back((q.x - p.x) * (q.x - p.x) + (q.y - p.y) * (q.y - p.y), i);
+            }
+        }
+        const std::greater<> nearestFirst;
+        std::make_heap(candidates.begin(), candidates.end(), nearestFirst);
+        while (!candidates.empty()) {
+            const auto [distance, corner] = candidates.front();
+            const Point2 q = At(myRing[corner]);
+            // a hole that touches the ring is joined at that point, in the sector that the hole lies in
+            const Point2 towards = distance > 0 ? p : At(holes[hole].ring[1]);
+            bool free = LooksTo(corner, towards);
+            if (free && distance > 0) {
+                myContext.Steps(myRing.size());
+                free = IsFree(p, q, myRing);
+                // of the holes to come, only those that end at the same x can stand in a vertical way
+                for (std::size_t i = hole; free && i < holes.size() && holes[i].right.x >= p.x; ++i) {
+                    free = IsFree(p, q, holes[i].ring);
+                }
+            }
+            if (free) {
+                return corner;
+            }
+            std::pop_heap(candidates.begin(), candidates.end(), nearestFirst);
+            candidates.pop_back();
+        }
+        return myRing.size();
+    }
+
+    /// False when a hole cannot be reached, because it lies outside or crosses the outline; the face is
+    /// filled there.
+    bool JoinHoles()
+    {
         std::vector<Hole> holes;
         for (std::vector<U32>& ring : myHoles) {
             std::vector<Point2> points;
@@ -141,37 +195,61 @@ private:
             }
             const std::size_t right = Rightmost(points);
             std::rotate(ring.begin(), ring.begin() + static_cast<std::ptrdiff_t>(right), ring.end());
-            holes.push_back({std::move(ring), points[right].x});
+            holes.push_back({std::move(ring), points[right]});
         }
-        std::sort(holes.begin(), holes.end(), [](const Hole& a, const Hole& b) { return a.right > b.right; });
-        for (const Hole& hole : holes) {
+        std::sort(holes.begin(), holes.end(), [](const Hole& a, const Hole& b) {
+            return a.right.x > b.right.x || (a.right.x == b.right.x && a.right.y > b.right.y);
+        });
+        bool joined = true;
+        for (std::size_t hole = 0; hole < holes.size(); ++hole) {
             myContext.Steps(myRing.size());
-            const std::size_t at = VisibleFrom(At(hole.ring.front()));
-            std::vector<U32> bridge(hole.ring);
-            bridge.push_back(hole.ring.front());
+            const std::size_t at = VisibleFrom(holes, hole);
+            if (at == myRing.size()) {
+                joined = false;
+                continue;
+            }
+            std::vector<U32> bridge(holes[hole].ring);
+            bridge.push_back(bridge.front());
             bridge.push_back(myRing[at]);
             myRing.insert(myRing.begin() + static_cast<std::ptrdiff_t>(at) + 1, bridge.begin(), bridge.end());
         }
+        return joined;
     }
 
-    bool IsEar(std::size_t previous, std::size_t corner, std::size_t next)
+    /// The outline passes b once more, at `other`, and comes from and goes into the angle at b: what seems an
+    /// ear is not the face then, or all of it is filled already.
+    bool PassesWithin(std::size_t other, const Point2& a, const Point2& b, const Point2& c) const
     {
-        const Point2 a = myPoints[previous];
-        const Point2 b = myPoints[corner];
-        const Point2 c = myPoints[next];
-        if (Cross(a, b, c) <= 0) {
-            return false;
+        const auto within = [&](const Point2& p) { return Cross(a, b, p) >= 0 && Cross(b, c, p) >= 0; };
+        return within(myPoints[myPrevious[other]]) && within(myPoints[myNext[other]]);
+    }
+
+    bool IsEar(std::size_t previous, std::size_t corner, std::size_t next, Pass pass)
+    {
+        const Point2& a = myPoints[previous];
+        const Point2& b = myPoints[corner];
+        const Point2& c = myPoints[next];
+        const double ab = Distance(a, b);
+        const double bc = Distance(b, c);
+        const double slack = pass == Pass::Clear ? mySlack : 0;
+        if (!(Cross(a, b, c) > slack * std::max(ab, bc))) {
+            return pass == Pass::Anything;
         }
+        if (pass >= Pass::Corner) {
+            return true;
+        }
+        const double ca = Distance(c, a);
         std::size_t steps = 0;
-        for (std::size_t i = myNext[next]; i != previous; i = myNext[i]) {
+        bool free = true;
+        for (std::size_t i = myNext[next]; free && i != previous; i = myNext[i]) {
+            const Point2& p = myPoints[i];
+            free = Cross(a, b, p) < -slack * ab || Cross(b, c, p) < -slack * bc ||
+                   Cross(c, a, p) < -slack * ca || Same(a, p) || Same(c, p) ||
+                   (Same(b, p) && !PassesWithin(i, a, b, c));
             ++steps;
-            if (Contains(a, b, c, myPoints[i])) {
-                myContext.Steps(steps);
-                return false;
-            }
         }
         myContext.Steps(steps);
-        return true;
+        return free;
     }
 
     void Link()
@@ -187,41 +265,54 @@ private:
         }
     }
 
-    void Clip(std::vector<U32>& triangles)
+    /// The outline comes back the way it went: a bridge whose surroundings are filled, or no length at all.
+    bool IsSpike(std::size_t previous, std::size_t corner, std::size_t next) const
+    {
+        const Point2& a = myPoints[previous];
+        const Point2& b = myPoints[corner];
+        const Point2& c = myPoints[next];
+        return Cross(a, b, c) == 0 && (a.x - b.x) * (c.x - b.x) + (a.y - b.y) * (c.y - b.y) >= 0;
+    }
+
+    // A corner in line with its neighbours stays until a triangle takes it in: the face beyond the edge has
+    // it too, and one that leaves it out would leave a gap.
+    bool Clip(std::vector<U32>& triangles)
     {
         Link();
         std::size_t left = myRing.size();
         std::size_t corner = 0;
         std::size_t missed = 0;
+        bool sound = true;
         while (left > 2) {
             const std::size_t previous = myPrevious[corner];
             const std::size_t next = myNext[corner];
-            const double turn = Cross(myPoints[previous], myPoints[corner], myPoints[next]);
-            // Once around without an ear: the outline crosses itself somewhere. Any corner is cut off then,
-            // so that the rest can go on.
-            const bool stuck = missed > left;
-            const bool ear = turn != 0 && (stuck || IsEar(previous, corner, next));
+            const bool spike = IsSpike(previous, corner, next);
+            const auto pass = static_cast<Pass>(std::min<std::size_t>(missed / (left + 1), 3));
+            sound = sound && pass < Pass::Corner;
+            const bool ear = !spike && IsEar(previous, corner, next, pass);
             if (ear) {
                 triangles.insert(triangles.end(), {myRing[previous], myRing[corner], myRing[next]});
             }
-            if (ear || turn == 0) {
+            if (ear || spike) {
                 myNext[previous] = next;
                 myPrevious[next] = previous;
                 --left;
                 missed = 0;
                 // going on behind the neighbour keeps triangles from becoming a fan of slivers
-                corner = myNext[next];
+                corner = spike ? previous : myNext[next];
                 continue;
             }
             ++missed;
             corner = next;
         }
+        return sound;
     }
 
     Context& myContext;
     const Polyhedron& myBody;
     int myDrop = 3;
     bool myFlip = false;
+    double mySlack = 0; ///< distance that is rounding noise, in millimetres
     std::vector<U32> myRing;
     std::vector<std::vector<U32>> myHoles;
     std::vector<Point2> myPoints;
@@ -266,7 +357,10 @@ void TriangulateFace(Context& context, const Polyhedron& body, std::size_t first
     for (std::size_t loop = firstLoop; loop < endLoop; ++loop) {
         clipper.AddLoop(body.loops[loop]);
     }
-    clipper.Run(triangles);
+    if (!clipper.Run(triangles)) {
+        context.Report(Report::Kind::Repaired,
+                       "a face whose outline crosses itself or its holes is filled about");
+    }
 }
 
 } // namespace ifc

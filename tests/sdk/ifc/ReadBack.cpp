@@ -1,6 +1,7 @@
 #include "tests/sdk/ifc/ReadBack.h"
 
 #include <algorithm>
+#include <cmath>
 #include <sstream>
 
 #include <cadex/IFC_Reader.hxx>
@@ -16,6 +17,7 @@
 #include <cadex/ModelData_PolyLineSet.hxx>
 #include <cadex/ModelData_PolyRepresentation.hxx>
 #include <cadex/ModelData_PropertyTable.hxx>
+#include <cadex/internal/Reports.hxx>
 
 namespace ifctest {
 namespace {
@@ -49,6 +51,7 @@ std::array<float, 4> ColourOf(const ModelData_Appearance& appearance)
     return {c.R(), c.G(), c.B(), c.A()};
 }
 
+using Corner = std::array<long long, 3>; ///< in hundredths of a micrometre
 using Placement = std::array<std::array<double, 4>, 3>;
 
 class Collector : public ModelData_Model::ElementVisitor
@@ -97,6 +100,7 @@ public:
         if (node.exact && ModelAlgo_ValidationProperty::ComputeValidationProperties(part, data)) {
             node.solid = data.Volume();
         }
+        std::map<std::pair<Corner, Corner>, int> edges;
         const ModelData_PolyRepresentation poly = part.PolyRepresentation(ModelData_RM_Poly);
         for (std::size_t i = 0; i < poly.Get().Size(); ++i) {
             const ModelData_PolyVertexSet& set = poly.Get()[i];
@@ -110,8 +114,11 @@ public:
             if (set.IsOfType<ModelData_PolyLineSet>()) {
                 node.polylines += static_cast<const ModelData_PolyLineSet&>(set).NumberOfPolyLines();
             } else {
-                AddTriangles(static_cast<const ModelData_IndexedTriangleSet&>(set), node);
+                AddTriangles(static_cast<const ModelData_IndexedTriangleSet&>(set), node, edges);
             }
+        }
+        for (const auto& [edge, balance] : edges) {
+            node.openEdges += std::abs(balance);
         }
     }
 
@@ -153,7 +160,22 @@ private:
                0;
     }
 
-    void AddTriangles(const ModelData_IndexedTriangleSet& set, Node& node) const
+    /// Counts the edge up in one direction and down in the other; two that cover each other leave zero.
+    static void Count(const std::array<double, 3>& from, const std::array<double, 3>& to,
+                      std::map<std::pair<Corner, Corner>, int>& edges)
+    {
+        const auto rounded = [](const std::array<double, 3>& p) {
+            return Corner{std::llround(p[0] * 1e5), std::llround(p[1] * 1e5), std::llround(p[2] * 1e5)};
+        };
+        const Corner a = rounded(from);
+        const Corner b = rounded(to);
+        if (a != b) {
+            edges[std::minmax(a, b)] += a < b ? 1 : -1;
+        }
+    }
+
+    void AddTriangles(const ModelData_IndexedTriangleSet& set, Node& node,
+                      std::map<std::pair<Corner, Corner>, int>& edges) const
     {
         node.triangles += set.NumberOfFaces();
         node.setColours.push_back(ColourOf(set.Appearance()));
@@ -167,6 +189,14 @@ private:
             node.enclosed += (a[0] * (b[1] * c[2] - b[2] * c[1]) - a[1] * (b[0] * c[2] - b[2] * c[0]) +
                               a[2] * (b[0] * c[1] - b[1] * c[0])) /
                              6;
+            const double u[] = {b[0] - a[0], b[1] - a[1], b[2] - a[2]};
+            const double v[] = {c[0] - a[0], c[1] - a[1], c[2] - a[2]};
+            node.area +=
+                std::hypot(u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]) /
+                2;
+            Count(a, b, edges);
+            Count(b, c, edges);
+            Count(c, a, edges);
         }
     }
 
@@ -179,6 +209,7 @@ private:
 
 ReadBack::ReadBack(const std::string& text)
 {
+    internal::Reports::Clear();
     IFC_Reader reader;
     std::istringstream stream(text);
     ModelData_Model model;
@@ -189,6 +220,9 @@ ReadBack::ReadBack(const std::string& text)
             .Compute(model, true);
         Collector collector(nodes);
         model.Accept(collector);
+    }
+    for (const internal::Report& report : internal::Reports::Take()) {
+        reports.push_back(report.text);
     }
 }
 

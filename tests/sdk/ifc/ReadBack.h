@@ -23,6 +23,8 @@ struct Node
     bool exact = false;  ///< has a B-rep
     double solid = 0;    ///< volume of the B-rep as the SDK tells it; 0 when it has none
     double enclosed = 0; ///< volume of the mesh, signed
+    double area = 0;     ///< of the mesh
+    int openEdges = 0;   ///< edges of the mesh, by position, that do not run once each way
     int normals = 0;     ///< corners whose normal points to the side that the triangle faces
     std::array<double, 3> low{1e300, 1e300, 1e300};
     std::array<double, 3> high{-1e300, -1e300, -1e300};
@@ -36,6 +38,7 @@ struct ReadBack
     bool read = false;
     bool transferred = false;
     std::vector<Node> nodes;
+    std::vector<std::string> reports; ///< texts of what the engine left out or repaired
 
     std::vector<const Node*> Parts() const;
     const Node* Named(const std::string& name, char kind) const; ///< null when there is none
