@@ -34,6 +34,7 @@ enum Kind : unsigned
     CommonImage = 1u << 15,
     CadExchange = 1u << 16,
     Apps = 1u << 17,
+    SdkBrep = 1u << 18,
     Unknown = 1u << 31
 };
 
@@ -53,6 +54,7 @@ constexpr Room Rooms[] = {
     {"sdk/model/", SdkModel, Std | SdkInterface},
     {"sdk/part21/", SdkPart21, Std | SdkInterface | SdkModel},
     {"sdk/occt/", SdkOcct, Std | SdkInterface | SdkModel | SdkPart21 | Occt},
+    {"sdk/brep/", SdkBrep, Std | SdkInterface | SdkModel | SdkPart21 | SdkOcct | Occt},
     {"sdk/ifc/", SdkIfc, Std | SdkInterface | SdkModel | SdkPart21 | SdkOcct | Occt},
     {"common/encoding/", CommonEncoding, Std | Host | Qt | Uchardet},
     {"common/file/", CommonFile, Std | Host | Qt | CommonEncoding},
