@@ -11,36 +11,33 @@ QT_END_NAMESPACE
 
 namespace Zemtar {
 
-/**
- * Asks the user for the fineness of the mesh and for parallel processing, and remembers both per importer.
- *
- *     CZemtarCADExchangeImportDlg dialog("STEP", mainWindow);
- *     if (dialog.exec() == QDialog::Accepted) {
- *         importer.setTessellationFactor(dialog.GetTesselationValue());
- *         importer.setUseParallelProcessing(dialog.GetIsParallelProcessing());
- *     }
- *
- * The values lie in the host's settings store under "Importers/NAME/TesselationValue" (int) and
- * "Importers/NAME/ParallelProcessing" (bool). They are written whenever the dialog is destroyed, also when
- * the user closed it without accepting.
- */
+/// Asks the user for the fineness of the mesh and for parallel processing, and remembers both per importer.
+///
+///     CZemtarCADExchangeImportDlg dialog("STEP", mainWindow);
+///     if (dialog.exec() == QDialog::Accepted) {
+///         importer.setTessellationFactor(dialog.GetTesselationValue());
+///         importer.setUseParallelProcessing(dialog.GetIsParallelProcessing());
+///     }
+///
+/// The values lie in the host's settings store under "Importers/NAME/TesselationValue" (int) and
+/// "Importers/NAME/ParallelProcessing" (bool). They are written whenever the dialog is destroyed, also when
+/// the user closed it without accepting.
 class CZemtarCADExchangeImportDlg : public QDialog
 {
     Q_OBJECT
 
 public:
-    /** Builds the dialog, with the values last stored for the importer; `parent` may be null. */
+    /// Builds the dialog, with the values last stored for the importer; `parent` may be null.
     CZemtarCADExchangeImportDlg(QString importerName, QWidget* parent);
     ~CZemtarCADExchangeImportDlg() override;
 
-    /** Shows the stored values; the defaults (50, off) where there are none. Out of range means the nearest.
-     */
+    /// Shows the stored values; the defaults (50, off) where there are none. Out of range means the nearest.
     void FillDialogData();
 
-    /** Stores the values shown. */
+    /// Stores the values shown.
     void SaveDialogData();
 
-    /** Fineness of the mesh: 20 (finest) to 95 (coarsest). */
+    /// Fineness of the mesh: 20 (finest) to 95 (coarsest).
     int GetTesselationValue();
 
     bool GetIsParallelProcessing();

@@ -15,14 +15,18 @@
 #include <cadex/ModelData_RepresentationMask.hxx>
 #include <cadex/ModelData_Transformation.hxx>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
+#include <fstream>
 #include <iostream>
 #include <iterator>
 #include <limits>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace Zemtar {
@@ -44,6 +48,31 @@ bool ReadFile(cadex::Base_Reader& reader, const CZemtarString& fileName)
     return reader.ReadFile(cadex::Base_UTF16String(fileName.toStdString().c_str()));
 }
 
+/// Whether the file's beginning shows that it holds no text of any encoding but UTF-16 and UTF-32: zeros, and
+/// more control characters than any text has. Looking for an encoding in it would take longer than reading it
+/// does, and a copy in UTF-8 would be no file of any format.
+bool IsPlainlyBinary(const CZemtarString& fileName)
+{
+    std::array<char, 4096> block;
+    std::ifstream file(fileName.toStdString(), std::ios::binary);
+    file.read(block.data(), block.size());
+    const std::string_view bytes(block.data(), static_cast<std::size_t>(file.gcount()));
+    for (const std::string_view mark :
+         {std::string_view("\xFF\xFE"), std::string_view("\xFE\xFF"), std::string_view("\0\0\xFE\xFF", 4)}) {
+        if (bytes.substr(0, mark.size()) == mark) {
+            return false;
+        }
+    }
+    // White space, and what switches between character sets in seven bits, may stand in a text.
+    constexpr std::string_view inTexts = "\t\n\v\f\r\x0E\x0F\x1A\x1B";
+    const auto controls = std::count_if(bytes.begin(), bytes.end(), [&](char byte) {
+        return static_cast<unsigned char>(byte) < 0x20 && inTexts.find(byte) == std::string_view::npos;
+    });
+    constexpr std::size_t bytesPerControl = 32;
+    return bytes.find('\0') != std::string_view::npos &&
+           static_cast<std::size_t>(controls) > bytes.size() / bytesPerControl;
+}
+
 /// Reads the file from its UTF-8 copy where it needs one, and from the source when the copy cannot be read.
 bool ReadRepaired(cadex::Base_Reader& reader, const CZemtarString& source)
 {
@@ -52,7 +81,8 @@ bool ReadRepaired(cadex::Base_Reader& reader, const CZemtarString& source)
     extension.ToLower();
     const bool isIges = extension == "igs" || extension == "iges";
 
-    const std::unique_ptr<const char, FreeText> charset(CZemtarEncoding::DetectFileEncoding(source));
+    const std::unique_ptr<const char, FreeText> charset(
+        IsPlainlyBinary(source) ? nullptr : CZemtarEncoding::DetectFileEncoding(source));
     const bool converted = charset && *charset != '\0';
     if (converted) {
         fileName = CZemtarEncoding::EncodeFileToUtf8(source, charset.get(), false, isIges);

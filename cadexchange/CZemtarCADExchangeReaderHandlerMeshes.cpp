@@ -9,29 +9,16 @@
 #include "host/CZemtarVerticiesNormalsTable.h"
 #include "host/CZemtarVerticiesTable.h"
 
-#include <algorithm>
-#include <cstddef>
-
 namespace Zemtar {
 
 namespace {
 
 using TriangleSet = cadex::ModelData_IndexedTriangleSet;
 
-template <class Triple>
-void StoreTriple(const Triple& triple, double* entry)
-{
-    entry[0] = triple.X();
-    entry[1] = triple.Y();
-    entry[2] = triple.Z();
-}
-
-/// Sets of up to this many faces are merged once, at their end.
-constexpr std::size_t FacesMergedAtOnce = 32768;
-
 /// The tables of one mesh while they are filled from a triangle set. Every corner first gets a vertex of its
-/// own, so that the tables stay aligned by index; the host's merge then joins the identical ones. Large sets
-/// are merged in a few steps, which gives the same as merging once and never holds all the corners.
+/// own, so that the tables stay aligned by index; the host's merge then joins the identical ones. Nothing but
+/// appending is asked of the tables, and of the host one merge a set: a host whose merge has a tolerance sees
+/// all corners at once.
 class MeshTables
 {
 public:
@@ -45,75 +32,34 @@ public:
 
     void Fill(const TriangleSet& set)
     {
-        const auto faces = static_cast<std::size_t>(set.NumberOfFaces());
-        polygons->Reserve(faces);
-        std::size_t done = 0;
-        std::size_t step = faces <= FacesMergedAtOnce ? faces : std::max(FacesMergedAtOnce / 2, faces / 8);
-        do {
-            step = std::min(step, faces - done);
-            Append(set, done, step);
-            CZemtarMesh::CombineIdenticalVerticesInPlace(vertices, normals, polygons, textureCoordinates,
-                                                         false, nullptr);
-            done += step;
-            step = NextStep(done, faces);
-        } while (done < faces);
+        const bool hasUVs = set.HasUVCoordinates();
+        const bool hasNormals = set.HasNormals();
+        const int faces = set.NumberOfFaces();
+        unsigned int vertex = 0;
+        for (int face = 0; face < faces; ++face) {
+            for (int corner = 0; corner < 3; ++corner) {
+                const cadex::ModelData_Point& point = set.Coordinate(face, corner);
+                vertices->Append(point.X(), point.Y(), point.Z());
+                if (hasUVs) {
+                    const cadex::ModelData_Point2d& uv = set.UVCoordinate(face, corner);
+                    textureCoordinates->Append(uv.X(), uv.Y());
+                }
+                if (hasNormals) {
+                    const auto& normal = set.VertexNormal(face, corner);
+                    normals->Append(normal.X(), normal.Y(), normal.Z());
+                }
+            }
+            polygons->Append(vertex, vertex + 1, vertex + 2);
+            vertex += 3;
+        }
+        CZemtarMesh::CombineIdenticalVerticesInPlace(vertices, normals, polygons, textureCoordinates, false,
+                                                     nullptr);
     }
 
     CZemtarVerticiesNormalsTable* const normals;
     CZemtarVerticiesTable* const vertices;
     CZemtarPolygonsTable* const polygons;
     CZemtarTextureCoordinatesTable* const textureCoordinates;
-
-private:
-    /// As many faces as fill the tables to twice the size that they will probably end with. Where corners are
-    /// hardly shared that is all that remain: then there is nothing to save.
-    std::size_t NextStep(std::size_t done, std::size_t faces) const
-    {
-        const auto held = static_cast<double>(vertices->Count());
-        const double expected =
-            held * static_cast<double>(faces) / static_cast<double>(std::max(done, std::size_t{1}));
-        return std::max(faces / 8, static_cast<std::size_t>((2.0 * expected - held) / 3.0));
-    }
-
-    void Append(const TriangleSet& set, std::size_t first, std::size_t count)
-    {
-        const unsigned int held = vertices->Count();
-        AppendCorners(*vertices, first, count, [&](int face, int corner, double* entry) {
-            StoreTriple(set.Coordinate(face, corner), entry);
-        });
-        if (set.HasUVCoordinates()) {
-            AppendCorners(*textureCoordinates, first, count, [&](int face, int corner, double* entry) {
-                const cadex::ModelData_Point2d& uv = set.UVCoordinate(face, corner);
-                entry[0] = uv.X();
-                entry[1] = uv.Y();
-            });
-        }
-        if (set.HasNormals()) {
-            AppendCorners(*normals, first, count, [&](int face, int corner, double* entry) {
-                StoreTriple(set.VertexNormal(face, corner), entry);
-            });
-        }
-        for (unsigned int corner = held; corner < vertices->Count(); corner += 3) {
-            polygons->Append(corner, corner + 1, corner + 2);
-        }
-    }
-
-    /// Appends one entry for each corner of each face; `write` stores a corner's numbers.
-    template <class Table, class Write>
-    static void AppendCorners(Table& table, std::size_t firstFace, std::size_t faceCount, Write write)
-    {
-        const std::size_t held = table.Count();
-        table.Reserve(held + 3 * faceCount); // just that: growing by itself would double it
-        table.Resize(held + 3 * faceCount);
-        double* entry = table.Data() + held * Table::Width;
-        const auto end = static_cast<int>(firstFace + faceCount);
-        for (auto face = static_cast<int>(firstFace); face < end; ++face) {
-            for (int corner = 0; corner < 3; ++corner) {
-                write(face, corner, entry);
-                entry += Table::Width;
-            }
-        }
-    }
 };
 
 } // namespace

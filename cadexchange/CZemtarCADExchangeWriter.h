@@ -21,7 +21,7 @@ class CZemtarCADExchangeWriter : public CZemtarWriter
 public:
     /// The numbering is that of the importer. Creo, NX and SolidWorks keep their numbers although nothing
     /// writes them.
-    enum eWriterType
+    enum eWriterType : int
     {
         eWriterNone = 0,
         eWriterACIS = 1,
@@ -54,8 +54,9 @@ public:
     /// without a writer. Throws std::bad_alloc.
     cadex::Base_Writer* GetCADWriter(enumLengthUnit unit);
 
-    /// Writes `document`, placed by `transform` (null: as it stands), to `fileName` in the length unit of
-    /// `unit`. Cameras, scene states and section plane are not part of a CAD file and are ignored.
+    /// Writes `document` to `fileName` in the length unit of `unit`. `transform` (null: the identity) is
+    /// handed to the traversal and does not show in the file. Cameras, scene states and section plane are not
+    /// part of a CAD file and are ignored.
     ///
     /// The result is always false, also after the file was written: callers look for the file, and failures
     /// are on standard error. A null document or `eWriterNone` does nothing and says nothing. Exceptions:

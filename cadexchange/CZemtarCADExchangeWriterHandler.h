@@ -41,10 +41,10 @@ public:
     /// Begins an export: a new root assembly and empty caches.
     void reset();
 
-    /// Writes the document, its root placed by `matrix`, to `fileName`. Failures are one line each on
-    /// standard error. The result is false on every path, also when the file was written; the exporter's
-    /// callers rely on it. All SDK objects are released before it returns. Exceptions: std::bad_alloc, and
-    /// what the host or SDK throw.
+    /// Writes the document to `fileName`. `matrix` is where the traversal begins; placements are the nodes'
+    /// own, so that it does not show in the file. Failures are one line each on standard error. The result is
+    /// false on every path, also when the file was written; the exporter's callers rely on it. All SDK
+    /// objects are released before it returns. Exceptions: std::bad_alloc, and what the host or SDK throw.
     bool Export(CZemtarDocument* document, CZemtarString fileName, CZemtarMatrix matrix,
                 cadex::Base_Writer* writer);
 

@@ -9,32 +9,30 @@
 
 namespace Zemtar {
 
-/**
- * Collects a property table as text by name. The import lets the table of every element accept it.
- *
- *     visitor.Clear();
- *     element.Properties().Accept(visitor);
- *     for (const CZemtarString& key : visitor.GetKeys())
- *         use(key, visitor.GetValue(key));
- *
- * A name that occurs twice keeps the value visited last. Numbers become 32-bit integers: of 64 bits the low
- * 32 are kept, floating-point values are truncated toward zero, and NaN and values that do not fit give
- * "-2147483648". Times become ISO 8601 in UTC, empty outside the years 1 to 9999. Points and boxes are
- * ignored.
- */
+/// Collects a property table as text by name. The import lets the table of every element accept it.
+///
+///     visitor.Clear();
+///     element.Properties().Accept(visitor);
+///     for (const CZemtarString& key : visitor.GetKeys())
+///         use(key, visitor.GetValue(key));
+///
+/// A name that occurs twice keeps the value visited last. Numbers become 32-bit integers: of 64 bits the low
+/// 32 are kept, floating-point values are truncated toward zero, and NaN and values that do not fit give
+/// "-2147483648". Times become ISO 8601 in UTC, empty outside the years 1 to 9999. Points and boxes are
+/// ignored.
 class CZemtarMetaDataVisitor : public cadex::ModelData_PropertyTable::Visitor
 {
 public:
-    /** Empties the map. */
+    /// Empties the map.
     void Clear();
 
-    /** All names, ascending in the host string's order. */
+    /// All names, ascending in the host string's order.
     std::vector<CZemtarString> GetKeys() const;
 
-    /** The value under a name. An unknown name is inserted with an empty value. */
+    /// The value under a name. An unknown name is inserted with an empty value.
     CZemtarString GetValue(CZemtarString key);
 
-    /** The map itself; valid until the next change. */
+    /// The map itself; valid until the next change.
     const std::map<CZemtarString, CZemtarString>& Values() const { return m_values; }
 
     void operator()(const cadex::Base_UTF16String& name, cadex::I32 value) override;

@@ -8,6 +8,7 @@
 #include <cadex/ModelData_PixMap.hxx>
 #include <cadex/ModelData_PixMapTexture.hxx>
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -42,13 +43,16 @@ std::optional<PixelLayout> LayoutOf(cadex::ModelData_PixelFormat format)
 }
 
 /// As FileCopy with overwriting, except that what is there already stays when nothing can take its place: a
-/// source that is the target itself, perhaps through a link, and one that is no readable file.
+/// source that is the target itself, perhaps by way of a link, and one that is no readable file. A target
+/// that is itself a link to the source gives way to a copy, so that the folder has a file of its own.
 bool CopyTexture(const CZemtarString& source, const CZemtarString& target)
 {
     const QFileInfo from(CZemtarConvert::CZemtarStringToQString(source));
     if (from.exists()) {
         const QFileInfo to(CZemtarConvert::CZemtarStringToQString(target));
-        if (from.canonicalFilePath() == to.canonicalFilePath()) {
+        const bool isSameEntry = from.fileName() == to.fileName() &&
+                                 from.absoluteDir().canonicalPath() == to.absoluteDir().canonicalPath();
+        if (isSameEntry || (from.canonicalFilePath() == to.canonicalFilePath() && !to.isSymLink())) {
             return true;
         }
         if (!from.isFile() || !from.isReadable()) {

@@ -4,12 +4,10 @@
 
 namespace Zemtar {
 
-/**
- * Truncates toward zero to a 32-bit integer. NaN and values that do not fit give the smallest integer.
- *
- * NOTE: that is the result of the conversion instruction of 64-bit x86 (CVTTSD2SI), on which the stored texts
- * rest; the language leaves it undefined.
- */
+/// Truncates toward zero to a 32-bit integer. NaN and values that do not fit give the smallest integer.
+///
+/// NOTE: that is the result of the conversion instruction of 64-bit x86 (CVTTSD2SI), on which the stored
+/// texts rest; the language leaves it undefined.
 inline int TruncateToInt(double value)
 {
     constexpr double below = -2147483649.0;

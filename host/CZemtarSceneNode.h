@@ -15,8 +15,7 @@ class CZemtarTransform;
 class CZemtarTreeCopy;
 
 /// A node of the scene tree: a name, a local transform, children, metadata and a kind. Concrete nodes are
-/// groups
-/// (`CZemtarTransformNode`) and meshes (`CZemtar3DObject`).
+/// groups (`CZemtarTransformNode`) and meshes (`CZemtar3DObject`).
 ///
 ///     CZemtarSceneNode* part = CZemtarTransformNode::Create(document);
 ///     part->SetNodeType(CZemtarSceneNode::eNodeTypePart);

@@ -9,10 +9,9 @@
 #include <cadex/ModelData_BaseObject.hxx>
 #include <cadex/ModelData_Color.hxx>
 #include <cadex/ModelData_Material.hxx>
+#include <cadex/ModelData_TextureSet.hxx>
 
 namespace cadex {
-
-class ModelData_TextureSet;
 
 class ModelData_Appearance : public ModelData_BaseObject
 {

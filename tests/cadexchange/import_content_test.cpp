@@ -162,6 +162,18 @@ TEST_F(Textures, FilesAreCopiedRightBehindTheFolder)
     EXPECT_TRUE(fs::exists(folder / "outwood.jpg"));
     EXPECT_EQ(ExtractFile("in/wood.jpg", "link/"), "link/wood.jpg");
     EXPECT_EQ(fs::file_size(folder / "in/wood.jpg"), 4u) << "sources are never touched";
+    fs::remove(folder / "out/wood.jpg");
+    fs::create_symlink(folder / "in/wood.jpg", folder / "out/wood.jpg");
+    fs::create_directory(folder / "aliases");
+    fs::create_symlink(folder / "out/wood.jpg", folder / "aliases/wood.jpg");
+    EXPECT_EQ(ExtractFile("aliases/wood.jpg", "out/"), "out/wood.jpg");
+    EXPECT_FALSE(fs::is_symlink(folder / "out/wood.jpg")) << "the folder has a file of its own";
+    EXPECT_EQ(fs::file_size(folder / "out/wood.jpg"), 4u);
+    EXPECT_EQ(ExtractFile("aliases/wood.jpg", "out/"), "out/wood.jpg") << "now a link to the target";
+    EXPECT_EQ(fs::file_size(folder / "aliases/wood.jpg"), 4u);
+    fs::create_directory_symlink(folder / "aliases", folder / "aliases too");
+    EXPECT_EQ(ExtractFile("aliases/wood.jpg", "aliases too/"), "aliases too/wood.jpg");
+    EXPECT_TRUE(fs::is_symlink(folder / "aliases/wood.jpg")) << "a source that is a link stays one";
     EXPECT_EQ(ExtractFile("in/wood.jpg", "in/wood.jpg/"), "") << "the folder is a file";
     for (const char* name : {"in/missing.png", "in/folder.png", "in/"}) {
         EXPECT_EQ(ExtractFile(name, "out/"), "") << name;

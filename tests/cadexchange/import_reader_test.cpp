@@ -138,6 +138,34 @@ TEST(ImportReader, ReadsTheRepairedCopyThenTheSource)
     fs::remove_all(source.parent_path());
 }
 
+TEST(ImportReader, PlainlyBinaryFilesAreReadAsTheyAre)
+{
+    const fs::path source = fs::temp_directory_path() / "zemtar-import-test" / "part.jt";
+    fs::create_directories(source.parent_path());
+    RecordingEngines engines;
+    std::vector<fs::path> files;
+    engines.read = [&](const fs::path& file) {
+        files.push_back(file);
+        return false;
+    };
+    const std::string legacy = "Stra\xDF"
+                               "en in M\xFCnchen, Gef\xE4\xDF"
+                               "e und Gr\xF6\xDF"
+                               "en\n";
+    // The second is a text with a stray zero, the third one in UTF-16.
+    for (const auto& [bytes, reads] : {std::pair(std::string("\1\0\2\0", 4) + legacy, 1u),
+                                       {legacy + std::string(1, '\0'), 2u},
+                                       {std::string("\xFF\xFE\xE4\0\xB0\x65", 6), 2u}}) {
+        std::ofstream(source, std::ios::binary) << bytes;
+        files.clear();
+        EXPECT_FALSE(Import(5, source.string()));
+        EXPECT_EQ(files.size(), reads) << bytes.size();
+        EXPECT_EQ(files.back(), source);
+    }
+    fs::remove(fs::temp_directory_path() / source.filename());
+    fs::remove_all(source.parent_path());
+}
+
 // Wherever memory runs out in the walk, the exception comes through, the switch is on again and the next
 // import works.
 TEST(ImportReader, AnExceptionInTheWalkLeavesNothingBehind)

@@ -95,7 +95,6 @@ TEST(ImportWalk, TheCurrentMaterialRunsOn)
 
 TEST(ImportWalk, MeshesKeepEveryCornerAndShareTheRest)
 {
-    // The last two are merged in steps.
     for (const auto& [cells, kind] :
          {std::pair(0, Normals::Smooth), std::pair(1, Normals::None), std::pair(5, Normals::Smooth),
           std::pair(4, Normals::Flat), std::pair(150, Normals::Smooth), std::pair(151, Normals::Flat)}) {
