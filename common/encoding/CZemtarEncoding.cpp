@@ -2,6 +2,7 @@
 
 #include "common/encoding/CZemtarConvert.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -23,6 +24,8 @@ namespace {
 
 constexpr std::size_t kDetectionBlock = 0x10000;
 constexpr qint64 kConversionBlock = 0x10000;
+constexpr qsizetype kLargestConversionBlock = 0x40000000; ///< what one call of a codec can take, and more
+constexpr int kUtf8Mib = 106;                             ///< NOTE: IANA's number of the character set
 
 struct FileCloser
 {
@@ -110,6 +113,24 @@ struct Conversion
     InvalidBytes invalidBytes;
 };
 
+/// Reads the next block to convert; empty at the end. The UTF-8 codec loses the character that follows a
+/// broken sequence at a block's beginning, so its blocks end behind an ASCII character.
+QByteArray readBlock(QFile& source, const QTextCodec& codec)
+{
+    QByteArray block = source.read(kConversionBlock);
+    if (codec.mibEnum() == kUtf8Mib) {
+        while (!block.isEmpty() && static_cast<unsigned char>(block.back()) >= 0x80 &&
+               block.size() < kLargestConversionBlock) {
+            const QByteArray byte = source.read(1);
+            if (byte.isEmpty()) {
+                break;
+            }
+            block += byte;
+        }
+    }
+    return block;
+}
+
 /// Decodes `source` from its position to its end and writes it to `target` as UTF-8; false when any of it
 /// fails.
 bool convertText(QFile& source, QIODevice& target, const Conversion& conversion)
@@ -119,10 +140,9 @@ bool convertText(QFile& source, QIODevice& target, const Conversion& conversion)
     // One state for all blocks, so a character may straddle two of them and one cut off by the end is
     // dropped.
     QTextCodec::ConverterState state;
-    std::vector<char> block(kConversionBlock);
-    qint64 count = 0;
-    while ((count = source.read(block.data(), kConversionBlock)) > 0) {
-        QString text = conversion.codec->toUnicode(block.data(), static_cast<int>(count), &state);
+    for (QByteArray block = readBlock(source, *conversion.codec); !block.isEmpty();
+         block = readBlock(source, *conversion.codec)) {
+        QString text = conversion.codec->toUnicode(block.constData(), static_cast<int>(block.size()), &state);
         if (conversion.invalidBytes == InvalidBytes::StopConversion &&
             (state.invalidChars > 0 || holdsInvalidBytes(text))) {
             return false;
@@ -133,11 +153,26 @@ bool convertText(QFile& source, QIODevice& target, const Conversion& conversion)
         stream << text;
     }
     stream.flush();
-    return count == 0 && stream.status() == QTextStream::Ok;
+    return source.error() == QFileDevice::NoError && stream.status() == QTextStream::Ok;
+}
+
+/// Writes the converted text straight into `output`, which the finished text replaces: for a file in a folder
+/// that takes no new ones.
+bool convertInPlace(QFile& source, const QString& output, const Conversion& conversion)
+{
+    QBuffer text;
+    text.open(QIODevice::WriteOnly);
+    if (!convertText(source, text, conversion)) {
+        return false;
+    }
+    source.close();
+    QFile target(output);
+    return target.open(QIODevice::WriteOnly) && target.write(text.data()) == text.size() && target.flush();
 }
 
 /// Converts the opened `source` into `output`, which may be the same file. `output` takes its place only when
-/// it is complete: a full disk or unreadable sector leaves what was there.
+/// it is complete: a full disk or unreadable sector leaves what was there. Where the folder takes no new
+/// file, only the conversion is complete before anything is touched.
 bool convertFile(QFile& source, const QString& output, const Conversion& conversion)
 {
     if (conversion.codec == nullptr) {
@@ -145,7 +180,7 @@ bool convertFile(QFile& source, const QString& output, const Conversion& convers
     }
     QSaveFile target(output);
     if (!target.open(QIODevice::WriteOnly)) {
-        return false;
+        return convertInPlace(source, output, conversion);
     }
     const bool converted = convertText(source, target, conversion);
     source.close();

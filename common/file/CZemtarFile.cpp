@@ -1,11 +1,13 @@
 #include "common/file/CZemtarFile.h"
 
 #include "common/encoding/CZemtarConvert.h"
+#include "common/file/FilePlacement.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <array>
 
 namespace Zemtar {
@@ -25,16 +27,26 @@ bool isLinkTo(const QString& from, const QString& to)
     return QFileInfo(from) == QFileInfo(to) && !QFileInfo(to).isSymLink();
 }
 
-/// The text of `extension` before its first " ", ")" or ",".
-CZemtarString beforeFilterEnd(CZemtarString extension)
+/// Puts a copy of `from` in the place of the existing file `to`, which stays when that fails.
+bool replaceByCopy(const QString& from, const QString& to)
 {
-    for (int i = 0; i < extension.Length(); ++i) {
-        if (extension[i] == L' ' || extension[i] == L')' || extension[i] == L',') {
-            extension.TruncateAfter(i);
-            break;
-        }
+    const QString part = FilePlacement::nameBeside(to);
+    if (QFile::copy(from, part) && FilePlacement::moveOver(part, to)) {
+        return true;
     }
-    return extension;
+    QFile::remove(part);
+    return false;
+}
+
+/// The text after the last "." up to the first " ", ")" or "," that follows; empty without a ".".
+QString extensionInFilter(const QString& text)
+{
+    const qsizetype point = text.lastIndexOf(QLatin1Char('.'));
+    const auto isEnd = [](QChar c) {
+        return c == QLatin1Char(' ') || c == QLatin1Char(')') || c == QLatin1Char(',');
+    };
+    const auto begin = point < 0 ? text.cend() : text.cbegin() + point + 1;
+    return QString(begin, std::find_if(begin, text.cend(), isEnd) - begin);
 }
 
 } // namespace
@@ -101,7 +113,7 @@ bool CZemtarFile::FileCopy(CZemtarString source, CZemtarString destination, bool
         if (!overwrite || isLinkTo(from, to)) {
             return true;
         }
-        QFile::remove(to);
+        return replaceByCopy(from, to);
     }
     CreateFolder(destination.Path(L'/'));
     return QFile::copy(from, to);
@@ -135,7 +147,7 @@ CZemtarString CZemtarFile::AddExtensinoToFile(CZemtarString fileName, CZemtarStr
     if (!fileName.Extension().IsEmpty()) {
         return fileName;
     }
-    CZemtarString extension = beforeFilterEnd(extensionText.Extension());
+    CZemtarString extension = CZemtarConvert::QStringToCZemtarString(extensionInFilter(toQt(extensionText)));
     extension.ToLower();
     return extension.IsEmpty() ? fileName : fileName + "." + extension;
 }

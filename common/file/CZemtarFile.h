@@ -7,8 +7,8 @@ namespace Zemtar {
 /// File-system utilities of the library, the host and its other plug-ins: files, folders and path texts,
 /// temporary and well-known folders, external tools.
 ///
-///     CZemtarString folder = CZemtarFile::CreateTempFolder();
-///     CZemtarFile::FileCopy(texture, folder + "/" + texture.RemovePath(), true);
+///     CZemtarString name = texture;
+///     CZemtarFile::FileCopy(texture, CZemtarFile::CreateTempFolder() + "/" + name.RemovePath(), true);
 ///
 /// Nothing throws or logs: a failure is false or an empty string. Nothing is created or deleted beyond what a
 /// function says.
@@ -39,8 +39,9 @@ public:
     /// Copies a file, making the destination's folder, which stays when the copy then fails.
     ///
     /// True without a copy when both paths are the same (even if there is no such file), when the destination
-    /// exists and `overwrite` is false, and when it is the file that the source links to. Otherwise an
-    /// existing destination is removed first. False when the source does not exist or the copy fails.
+    /// exists and `overwrite` is false, and when it is the file that the source links to. Otherwise the copy
+    /// takes the place of an existing destination (a link itself, not what it leads to) when it is whole.
+    /// False when the source does not exist or the copy fails; then an existing destination stays.
     static bool FileCopy(CZemtarString source, CZemtarString destination, bool overwrite);
 
     /// Renames a file, not a folder; false when there is none or the new path is taken.

@@ -1,18 +1,16 @@
 #include "common/image/ImageFiles.h"
 
 #include "common/encoding/CZemtarConvert.h"
+#include "common/file/FilePlacement.h"
 #include "common/image/ExrHeader.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QImageWriter>
-#include <QUuid>
 
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <system_error>
 
 namespace Zemtar::ImageFiles {
 namespace {
@@ -26,20 +24,14 @@ QString toQString(const CZemtarString& text)
     return CZemtarConvert::CZemtarStringToQString(text);
 }
 
-std::filesystem::path toPath(const QString& file)
+/// The file that a name stands for: a link keeps pointing to its file, also to one that is yet to be made.
+QFileInfo linkedFile(QFileInfo info)
 {
-    return QFile::encodeName(file).toStdString();
-}
-
-/// Moves a finished file over its target, which keeps its permissions.
-bool replaceFile(const QString& finished, const QString& target)
-{
-    std::error_code error;
-    if (QFile::exists(target)) {
-        QFile::setPermissions(finished, QFile::permissions(target));
+    constexpr int kMostLinks = 40; // NOTE: as many as path lookups follow
+    for (int i = 0; i < kMostLinks && info.isSymLink() && !info.exists(); ++i) {
+        info = QFileInfo(info.symLinkTarget());
     }
-    std::filesystem::rename(toPath(finished), toPath(target), error);
-    return !error;
+    return info.exists() ? QFileInfo(info.canonicalFilePath()) : info;
 }
 
 bool writeWithQt(const QImage& image, const QString& name, const QByteArray& format, int quality)
@@ -132,6 +124,9 @@ bool isCredible(FREE_IMAGE_FORMAT format, const char* name)
 
 QImage load(const CZemtarString& file)
 {
+    if (file.IsEmpty()) { // of which Qt would warn
+        return {};
+    }
     QImageReader reader(toQString(file));
     const QSize size = reader.size();
     if (size.isValid() && !isPossibleSize(size.width(), size.height())) {
@@ -153,23 +148,28 @@ bool save(const QImage& image, const CZemtarString& file, int quality, const cha
 
 bool writeWhole(const QString& file, const std::function<bool(const QString& name)>& write)
 {
-    const QFileInfo info(file);
-    if (file.isEmpty() || info.isDir()) {
+    if (file.isEmpty()) {
         return false;
     }
-    const bool exists = info.exists();
-    if (exists && (!info.isFile() || !info.isWritable())) {
-        return info.isWritable() && write(file);
+    const QFileInfo target = linkedFile(QFileInfo(file));
+    const bool exists = target.exists();
+    if (target.isDir() || target.isSymLink()) {
+        return false;
     }
-    // A link keeps pointing to its file.
-    const QFileInfo target(exists ? info.canonicalFilePath() : file);
-    const QString part = target.path() + QLatin1String("/.") + QUuid::createUuid().toString(QUuid::Id128) +
-                         QLatin1Char('.') + target.suffix();
+    if (exists && (!target.isFile() || !target.isWritable())) {
+        return target.isWritable() && write(file);
+    }
     if (exists && !QFileInfo(target.path()).isWritable()) {
         return write(file);
     }
-    if (write(part) && replaceFile(part, target.filePath())) {
-        return true;
+    const QString part = FilePlacement::nameBeside(target.filePath());
+    if (write(part)) {
+        if (exists) {
+            QFile::setPermissions(part, target.permissions());
+        }
+        if (FilePlacement::moveOver(part, target.filePath())) {
+            return true;
+        }
     }
     QFile::remove(part);
     return false;

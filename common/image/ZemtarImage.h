@@ -216,13 +216,14 @@ public:
 
     /// Draws a line of `lineWidth` pixels along the image's edges. The colour's channels are truncated
     /// without scaling by 255, so host colours give black or nearly so; a channel of 256 or more an invalid
-    /// colour.
+    /// colour. An image with a palette of 8 bits becomes one of 32-bit colour; all others keep their format.
     static void AddBoarderToImage(QImage& image, int lineWidth, CZemtarColor color);
 
     /// Frames the image, shrunk by about a tenth, in a border picture stretched to the image's size.
     static QImage AddDefaultBorder(QImage image, QImage border);
 
-    /// Blends a mark over the image at a corner or the centre; what reaches outside is clipped.
+    /// Blends a mark over the image at a corner or the centre; what reaches outside is clipped. The image's
+    /// format is treated as by AddBoarderToImage.
     static void AddMarkToImage(QImage& image, const QImage& mark, enumMarkImageLocation location);
 
     // HDR, EXR and panorama files

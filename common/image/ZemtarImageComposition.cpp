@@ -56,10 +56,10 @@ QImage stretched(const QImage& image, int width, int height)
                : image.scaled(QSize(width, height), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
-/// Gives painters an image that they can paint on: they refuse palette images, which become 32-bit colour.
+/// Gives painters an image that they can paint on: they refuse 8-bit palettes, which become 32-bit colour.
 void makePaintable(QImage& image)
 {
-    if (!image.isNull() && image.format() <= QImage::Format_Indexed8) {
+    if (image.format() == QImage::Format_Indexed8) {
         image = asPixmapImage(image);
     }
 }

@@ -169,8 +169,9 @@ bool ZemtarImage::ResizeImage(CZemtarString in, int width, int height, bool keep
         return resizeHighDynamicRange(in, width, height, keepAspect, out);
     }
     const QImage image = load(in);
-    const QSize size = image.size().scaled(width, height, aspectMode(keepAspect));
-    if (image.isNull() || !isPossibleSize(std::max(size.width(), 1), std::max(size.height(), 1))) {
+    // As QImage::scaled has it: a narrow picture keeps at least one pixel.
+    const QSize size = image.size().scaled(width, height, aspectMode(keepAspect)).expandedTo(QSize(1, 1));
+    if (image.isNull() || !isPossibleSize(size.width(), size.height())) {
         return false;
     }
     return save(image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation), out, quality);

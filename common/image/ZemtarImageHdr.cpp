@@ -115,6 +115,7 @@ bool ZemtarImage::SaveQImageWithXMPMetaData(CZemtarString file, int width, int h
     if (!(format == "png") && !(format == "jpeg") && !(format == "jpg")) {
         return false;
     }
+    file.ReplaceSlashWithSystemSlash();
     const FREE_IMAGE_FORMAT type = format == "png" ? FIF_PNG : FIF_JPEG;
     const Bitmap bitmap = loadBitmap(type, file);
     if (bitmap) {

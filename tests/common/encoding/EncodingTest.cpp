@@ -1,13 +1,17 @@
 #include "common/encoding/CZemtarEncoding.h"
 #include "tests/support/TestFolder.h"
 
+#include <QTextCodec>
+#include <QTextStream>
 #include <gtest/gtest.h>
 #include <uchardet.h>
 
 #include <algorithm>
 #include <cmath>
 #include <csignal>
+#include <random>
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace Zemtar {
 namespace {
@@ -119,6 +123,56 @@ TEST_F(Encoding, DecodesWithTheCodecOfEachName)
     ASSERT_TRUE(QFile::remove(copy) && QFile::copy(source("\xB0\xA2"), copy));
     EXPECT_EQ(encode(copy, "UHC"), copy);
     EXPECT_EQ(read(copy), "각");
+}
+
+TEST_F(Encoding, BlocksGiveWhatOneCallGives)
+{
+    constexpr int kBlock = 0x10000;
+    std::minstd_rand random(18);
+    const QByteArray text = QString("Größe 设计 €😀 '#1' ").repeated(6000).toUtf8();
+    QList<QByteArray> damaged = {QByteArray(kBlock - 1, 'a') + "\xE8'x",
+                                 QByteArray(kBlock - 2, 'a') + "\xE8\xAE'x", QByteArray(3 * kBlock, '\xE8')};
+    for (int i = 0; i < 8; ++i) {
+        damaged += text;
+        for (int j = 0; j < 40; ++j) { // near the ends of the blocks, too
+            const int at =
+                (j % 2 == 0 ? kBlock - 4 : 0) + static_cast<int>(random() % (j % 2 == 0 ? 8 : text.size()));
+            damaged.back()[at] = static_cast<char>(random());
+        }
+    }
+    for (const char* name : {"utf-8", "UTF-16LE", "GB18030", "EUC-KR", "Shift_JIS", "Big5", "ISO-2022-JP"}) {
+        for (const QByteArray& bytes : damaged) {
+            QByteArray read = bytes;
+            read.replace('\r', ""); // text mode
+            QTextCodec::ConverterState state;
+            const QString expected =
+                QTextCodec::codecForName(name)->toUnicode(read, static_cast<int>(read.size()), &state);
+            ASSERT_EQ(encode(source(bytes), name), copy);
+            QByteArray written;
+            QTextStream stream(&written);
+            stream.setEncoding(QStringConverter::Utf8);
+            stream << expected << Qt::flush;
+            ASSERT_TRUE(TestFolder::read(copy) == written) << name;
+        }
+    }
+}
+
+TEST_F(Encoding, OverwritesInAFolderThatTakesNoNewFile)
+{
+    const QString file = source("\xB0\xA1\n");
+    const QFile::Permissions all(0x7777), noWriting(0x5555);
+    QFile::setPermissions(file, all);
+    QFile::setPermissions(root.path(), all);
+    QFile::setPermissions(path(""), noWriting);
+    const uid_t user = geteuid();
+    if (user == 0) { // for whom no folder is closed
+        ASSERT_EQ(seteuid(65534), 0);
+    }
+    EXPECT_EQ(encode(file, "UHC", true), file);
+    ASSERT_EQ(seteuid(user), 0);
+    QFile::setPermissions(path(""), all);
+    EXPECT_EQ(read(file), "가\n");
+    EXPECT_EQ(QDir(path("")).entryList(QDir::Files | QDir::Hidden), QStringList("p.stp"));
 }
 
 TEST_F(Encoding, FailureLeavesWhatWasThere)

@@ -39,11 +39,15 @@ TEST_F(File, CopiesRenamesAndDeletes)
         {"one", "two/below", true, false, "two", "1"}, // a file where a folder is needed
         {"one", "new", true, false, "one", "1"},       // onto a folder
         {"link", "one", true, true, "one", "1"},       // onto what the source links to: nothing is lost
+        {"new", "one", true, false, "one", "1"},       // a folder costs no file
+        {"one", "link", true, true, "link", "1"},      // a link gives way to a file of its own
     };
     for (const auto& [from, to, overwrite, result, file, contents] : cases) {
         EXPECT_EQ(CZemtarFile::FileCopy(host(from), host(to), overwrite), result) << from << " to " << to;
         EXPECT_EQ(read(path(file)), contents) << from << " to " << to;
     }
+    EXPECT_FALSE(QFileInfo(path("link")).isSymLink());
+    EXPECT_EQ(QDir(path("")).entryList(QDir::Files | QDir::Hidden), QStringList({"link", "one", "two"}));
     EXPECT_FALSE(CZemtarFile::FileRename(one, two) || CZemtarFile::FileRename(host("new"), host("newer")));
     EXPECT_TRUE(CZemtarFile::FileRename(one, host("four")) && CZemtarFile::DeleteTheFile(host("/four")));
     EXPECT_FALSE(CZemtarFile::DeleteTheFile(""));
@@ -58,12 +62,31 @@ TEST(FileNames, ExtensionsAndForbiddenCharacters)
         {"part.stl", ".obj", "part.stl"},
         {"part", "", "part"},
         {"part", "x.)", "part"},
+        {"part", "STEP (*.stp) / all", "part.stp"},
     };
     for (const auto& [name, extension, expected] : cases) {
         EXPECT_EQ(CZemtarFile::AddExtensinoToFile(name, extension), CZemtarString(expected)) << extension;
     }
     EXPECT_EQ(CZemtarFile::FixShortFileName(" a*\\/:<\">|b ", "_"), CZemtarString("a________b"));
     EXPECT_EQ(CZemtarFile::FixShortFileName("a*b", "?x"), CZemtarString("a?xxb")); // pass after pass
+}
+
+TEST(FileNames, EmptyOnesAreQuiet)
+{
+    static QStringList warnings;
+    qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString& text) { warnings += text; });
+    EXPECT_FALSE(CZemtarFile::FileExists("") || CZemtarFile::IsFile("") || CZemtarFile::IsDirectory(""));
+    EXPECT_FALSE(CZemtarFile::FileRename("", "x") || CZemtarFile::FileRename("/", "") ||
+                 CZemtarFile::FileCopy("", "x", true) || CZemtarFile::DeleteTheFile(""));
+    EXPECT_TRUE(CZemtarFile::FileCopy("", "", true)); // equal paths
+    EXPECT_FALSE(CZemtarFile::OpenUrl(""));
+    CZemtarFile::DirectoryExists("");
+    CZemtarFile::CreateFolder("");
+    CZemtarFile::FixFileNameSlashes("", true);
+    CZemtarFile::HaveSamePath("", "");
+    qInstallMessageHandler(nullptr);
+    EXPECT_EQ(warnings, QStringList());
 }
 
 TEST_F(File, TemporaryFolderAndProbe)

@@ -52,6 +52,15 @@ TEST(Composition, BorderLineKeepsItsUnscaledColour)
     QImage null;
     ZemtarImage::AddBoarderToImage(null, 1, CZemtarColor());
     EXPECT_TRUE(null.isNull());
+    for (const QImage::Format format : {QImage::Format_Mono, QImage::Format_MonoLSB}) { // painted as they are
+        QImage image(10, 8, format);
+        image.setColorTable({qRgb(255, 255, 255), qRgb(0, 0, 0)});
+        image.fill(0);
+        ZemtarImage::AddBoarderToImage(image, 1, CZemtarColor(1.0, 0.0, 0.9, 0.0));
+        EXPECT_EQ(format, image.format());
+        EXPECT_EQ((std::array{qRgb(0, 0, 0), qRgb(255, 255, 255)}),
+                  (std::array{image.pixel(9, 3), image.pixel(5, 4)}));
+    }
     QImage image = filled(9, 9, Qt::white);
     for (const double channel : {256.0, -1.0, 1e300}) { // an invalid colour paints nothing
         ZemtarImage::AddBoarderToImage(image, 3, CZemtarColor(channel, 0.0, 200.0, 1.0));

@@ -145,6 +145,9 @@ TEST_F(ImageFiles, Resize)
     EXPECT_TRUE(ZemtarImage::ResizeImage(in, 10, 10, false, host("filled.png"), -1));
     EXPECT_EQ(QSize(10, 5), load("kept.png").size());
     EXPECT_EQ(QSize(10, 10), load("filled.png").size());
+    EXPECT_TRUE(ZemtarImage::ResizeImage(save("wide.png", image.copy(0, 0, 17, 5)), 1, 1, true,
+                                         host("dot.png"), -1)); // 1 x 0.3
+    EXPECT_EQ(QSize(1, 1), load("dot.png").size());
     for (const auto& [name, format] : {std::pair("wide.hdr", FIF_HDR), {"wide.exr", FIF_EXR}}) {
         // The output keeps the input's format, whatever its name asks for.
         EXPECT_TRUE(ZemtarImage::ResizeImage(saveFloats(name, format, 512, 256), 255, 7, true,
@@ -227,6 +230,12 @@ TEST_F(ImageFiles, AFailedSaveLeavesWhatWasThere)
     EXPECT_EQ(QColorSpace(QColorSpace::DisplayP3), load("in.png").colorSpace());
     EXPECT_TRUE(QFileInfo(path("link.png")).isSymLink());
     EXPECT_EQ(permissions, QFile::permissions(path("in.png")));
+    ASSERT_TRUE(QFile::link("next.png", path("dangling.png")) && QFile::link("new.png", path("next.png")) &&
+                QFile::link("loop.png", path("loop.png")));
+    EXPECT_TRUE(ZemtarImage::Flip(in, host("dangling.png"), true));
+    EXPECT_EQ(QSize(9, 9), load("new.png").size());
+    EXPECT_TRUE(QFileInfo(path("dangling.png")).isSymLink() && QFileInfo(path("next.png")).isSymLink());
+    EXPECT_FALSE(ZemtarImage::Flip(in, host("loop.png"), true));
 }
 
 TEST_F(ImageFiles, HighDynamicRange)
@@ -299,7 +308,44 @@ TEST_F(ImageFiles, PanoramaPacket)
     EXPECT_EQ(image, load("pano.png"));
     EXPECT_FALSE(ZemtarImage::SaveQImageWithXMPMetaData(host("pano.png"), 1, 1, "bmp"));
     EXPECT_TRUE(ZemtarImage::SaveQImageWithXMPMetaData(host("missing.png"), 1, 1, "png")); // saved or not
+    const QByteArray stamped = read(path("pano.png"));
+    EXPECT_TRUE(ZemtarImage::SaveQImageWithXMPMetaData(host("\\pano.png"), 100000, 1, "png"));
+    EXPECT_NE(stamped, read(path("pano.png"))); // a backslash is a separator here, too
     EXPECT_EQ(QStringList({"pano.jpg", "pano.png"}), files());
+}
+
+TEST_F(ImageFiles, EmptyNamesAreQuiet)
+{
+    static QStringList warnings;
+    warnings.clear();
+    qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString& text) { warnings += text; });
+    int number = 0;
+    QImage image;
+    QString folder;
+    ZemtarImage::ConvertImage("", "");
+    ZemtarImage::ConvertImage(save("in.png", PlainTwins::randomImage(2, 2, QImage::Format_RGB32)), "");
+    ZemtarImage::GetImageSize("", number, number);
+    ZemtarImage::GetImageSizeAndResolution("", number, number, number, number);
+    ZemtarImage::ManipulateImage("", "", 1, 1, 1);
+    ZemtarImage::ResizeImage("", 1, 1, true, "", 1);
+    ZemtarImage::ResizeImage("", "", 1, 1, true, kWhite);
+    ZemtarImage::ResizeImage("", image, 1, 1, true, kWhite);
+    ZemtarImage::CropImage("", "", 0, 0, 1, 1);
+    ZemtarImage::Flip("", "", true);
+    ZemtarImage::Flip(host("in.png"), "", true);
+    ZemtarImage::SetImageColorSpace("", QColorSpace(QColorSpace::SRgb));
+    ZemtarImage::NormalMapFromTexture("", "", 1, true);
+    ZemtarImage::HeightMapFromTexture("", "", 1, 1, true);
+    ZemtarImage::GenerateNormalFromTexture("", "");
+    ZemtarImage::ConvertHdrToPng("", "");
+    ZemtarImage::ConvertToExr("", "", true);
+    ZemtarImage::SaveQImageWithXMPMetaData("", 1, 1, "png");
+    std::free(ZemtarImage::getImageAsRawData("", ZemtarImage::PixelFormatRGBA, number, number));
+    ZemtarImage::createImage(&number, 1, 1, "", ZemtarImage::PixelDataTypeUnsignedByte,
+                             ZemtarImage::PixelFormatRGBA);
+    qInstallMessageHandler(nullptr);
+    EXPECT_EQ(QStringList(), warnings);
 }
 
 /// The file with a header that claims 200,000 x 200,000 pixels (JPEG: 65,500, the most that it can say).
