@@ -97,44 +97,333 @@ RingUse Back(const RingUse& seam, const gp_Vec2d& by)
 
 // --------------------------------------------------------------------------------------- seams between rings
 
+/// Going round with the material on the left, a ring in the sense of u has it above in v, one in the sense of
+/// v has it below in u.
+int AroundOf(const OpenRing& ring)
+{
+    return ring.winding[0] != 0 ? 0 : 1;
+}
+
+bool IsLower(const OpenRing& ring)
+{
+    return AroundOf(ring) == 0 ? ring.winding[0] > 0 : ring.winding[1] < 0;
+}
+
+gp_Vec2d RoundOf(const Surface& surface, const OpenRing& ring)
+{
+    return {ring.winding[0] * surface.period[0], ring.winding[1] * surface.period[1]};
+}
+
 /// Lets the ring start with another use; what comes before goes on behind its end.
 void StartWith(const Surface& surface, OpenRing& ring, std::size_t number)
 {
-    const gp_Vec2d round(ring.winding[0] * surface.period[0], ring.winding[1] * surface.period[1]);
     for (std::size_t i = 0; i < number; ++i) {
-        ring.uses[i].curve.Shift(round);
+        ring.uses[i].curve.Shift(RoundOf(surface, ring));
     }
     std::rotate(ring.uses.begin(), ring.uses.begin() + static_cast<std::ptrdiff_t>(number), ring.uses.end());
 }
 
-struct Bridge
+/// One straight piece of a seam: from a vertex of a ring to one of the next ring, or to a pole.
+struct Leg
 {
-    std::size_t from = 0; ///< use of the first ring that the seam starts before
-    std::size_t to = 0;   ///< of the second
-    double aside = 0;     ///< how far the seam is from going straight across
+    std::size_t exit = 0;  ///< use of the ring before that starts where the leg does
+    std::size_t entry = 0; ///< use of the ring behind that starts where the leg ends
+    gp_Pnt2d from;
+    gp_Pnt2d to;
+    OpenRing ring; ///< the ring behind, where the leg meets it; without uses: the pole
 };
 
-/// Pairs of vertices of two rings between which a seam may go, the straightest first.
-std::vector<Bridge> BridgesBetween(const Surface& surface, const OpenRing& a, const OpenRing& b, int around)
+/// Looks for a seam from a ring that goes round to another one or to a pole: straight across where that is
+/// free, else by way of the holes that are in between, whose vertices it may use.
+class SeamFinder
 {
-    constexpr std::size_t MostBridges = 64;
-    const double period = surface.period[around];
-    std::vector<Bridge> bridges;
-    for (std::size_t i = 0; i < a.uses.size(); ++i) {
-        for (std::size_t j = 0; j < b.uses.size(); ++j) {
-            const double way = a.uses[i].From().Coord(around + 1) - b.uses[j].From().Coord(around + 1);
-            bridges.push_back({i, j, std::abs(way - period * std::round(way / period))});
-        }
+public:
+    SeamFinder(const Surface& surface, const OpenRing& first, const std::vector<OpenRing>& holes)
+        : mySurface(surface), myFirst(first), myHoles(holes), myIsVisited(holes.size())
+    {
     }
-    const auto isStraighter = [](const Bridge& x, const Bridge& y) {
-        return x.aside < y.aside - tolerance::SameAxis ||
-               (x.aside < y.aside + tolerance::SameAxis && std::pair(x.from, x.to) < std::pair(y.from, y.to));
+
+    void SetSecond(const OpenRing& second) { mySecond = &second; }
+    void SetPole(const Pole& pole) { myPole = &pole; }
+
+    /// The legs in order; empty when there is no way.
+    std::vector<Leg> Find()
+    {
+        std::vector<Leg> legs;
+        constexpr int MostHoles = 4;
+        if (!Reach(myFirst, RoundOf(mySurface, myFirst), mySecond, MostHoles, legs)) {
+            legs.clear();
+        }
+        return legs;
+    }
+
+private:
+    struct Candidate
+    {
+        std::size_t exit = 0;
+        std::size_t entry = 0;
+        double aside = 0; ///< how far the leg is from going straight across
     };
-    const auto end = bridges.begin() + static_cast<std::ptrdiff_t>(std::min(MostBridges, bridges.size()));
-    std::partial_sort(bridges.begin(), end, bridges.end(), isStraighter);
-    bridges.erase(end, bridges.end());
-    return bridges;
-}
+
+    /// From the ring, seen `offset` on, to the goal; a null goal is the pole.
+    bool Reach(const OpenRing& from, const gp_Vec2d& offset, const OpenRing* goal, int depth,
+               std::vector<Leg>& legs)
+    {
+        const std::vector<Candidate> candidates = CandidatesFor(from, goal);
+        for (const Candidate& candidate : candidates) {
+            const auto [begin, end] = EndsOf(from, offset, goal, candidate);
+            if (IsFree(begin, end)) {
+                legs.push_back(LegOf(begin, end, goal, candidate));
+                return true;
+            }
+        }
+        constexpr std::size_t MostDetours = 8;
+        for (std::size_t i = 0; depth > 0 && i < std::min(candidates.size(), MostDetours); ++i) {
+            const auto [begin, end] = EndsOf(from, offset, goal, candidates[i]);
+            if (ReachBy(from, offset, goal, BlockingHole(begin, end), depth, legs)) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    bool ReachBy(const OpenRing& from, const gp_Vec2d& offset, const OpenRing* goal,
+                 std::optional<std::size_t> hole, int depth, std::vector<Leg>& legs)
+    {
+        if (!hole) {
+            return false;
+        }
+        const std::size_t kept = legs.size();
+        myIsVisited[*hole] = true;
+        if (Reach(from, offset, &myHoles[*hole], 0, legs)) {
+            const OpenRing placed = legs.back().ring;
+            if (Reach(placed, gp_Vec2d(), goal, depth - 1, legs)) {
+                return true;
+            }
+        }
+        legs.resize(kept);
+        return false;
+    }
+
+    std::vector<Candidate> CandidatesFor(const OpenRing& from, const OpenRing* goal) const
+    {
+        constexpr std::size_t MostCandidates = 64;
+        const int around = AroundOf(myFirst);
+        const double period = mySurface.period[around];
+        std::vector<Candidate> candidates;
+        for (std::size_t i = 0; i < from.uses.size(); ++i) {
+            if (goal == nullptr) {
+                candidates.push_back({i, 0, 0});
+                continue;
+            }
+            for (std::size_t j = 0; j < goal->uses.size(); ++j) {
+                const double way =
+                    from.uses[i].From().Coord(around + 1) - goal->uses[j].From().Coord(around + 1);
+                candidates.push_back({i, j, std::abs(way - period * std::round(way / period))});
+            }
+        }
+        const auto isStraighter = [](const Candidate& a, const Candidate& b) {
+            return a.aside < b.aside - tolerance::SameAxis ||
+                   (a.aside < b.aside + tolerance::SameAxis &&
+                    std::pair(a.exit, a.entry) < std::pair(b.exit, b.entry));
+        };
+        const auto end =
+            candidates.begin() + static_cast<std::ptrdiff_t>(std::min(MostCandidates, candidates.size()));
+        std::partial_sort(candidates.begin(), end, candidates.end(), isStraighter);
+        candidates.erase(end, candidates.end());
+        return candidates;
+    }
+
+    std::pair<gp_Pnt2d, gp_Pnt2d> EndsOf(const OpenRing& from, const gp_Vec2d& offset, const OpenRing* goal,
+                                         const Candidate& candidate) const
+    {
+        const gp_Pnt2d begin = from.uses[candidate.exit].From().Translated(offset);
+        if (goal == nullptr) {
+            gp_Pnt2d end = begin;
+            end.SetCoord(myPole->fixed + 1, myPole->level);
+            return {begin, end};
+        }
+        const gp_Pnt2d end = goal->uses[candidate.entry].From();
+        return {begin, end.Translated(ShiftOf(begin, end))};
+    }
+
+    Leg LegOf(const gp_Pnt2d& begin, const gp_Pnt2d& end, const OpenRing* goal,
+              const Candidate& candidate) const
+    {
+        Leg leg;
+        leg.exit = candidate.exit;
+        leg.entry = candidate.entry;
+        leg.from = begin;
+        leg.to = end;
+        if (goal != nullptr) {
+            leg.ring = *goal;
+            ShiftRing(leg.ring, gp_Vec2d(goal->uses[candidate.entry].From(), end));
+        }
+        return leg;
+    }
+
+    /// By whole periods to the nearest place; across the winding, where that is periodic too, to the
+    /// material's side.
+    gp_Vec2d ShiftOf(const gp_Pnt2d& begin, const gp_Pnt2d& end) const
+    {
+        double shift[2] = {0, 0};
+        for (const int k : {0, 1}) {
+            const double period = mySurface.period[k];
+            if (period > 0) {
+                shift[k] = period * std::round((begin.Coord(k + 1) - end.Coord(k + 1)) / period);
+            }
+        }
+        const int across = 1 - AroundOf(myFirst);
+        if (const double period = mySurface.period[across]; period > 0) {
+            double way = end.Coord(across + 1) - begin.Coord(across + 1);
+            way -= period * std::floor(way / period);
+            if (way > period - tolerance::SameParameter || way < tolerance::SameParameter) {
+                way = period; // both rings are one edge: once round the other direction
+            }
+            if (!IsLower(myFirst)) {
+                way -= way < period ? period : 2 * period;
+            }
+            shift[across] = begin.Coord(across + 1) + way - end.Coord(across + 1);
+        }
+        return {shift[0], shift[1]};
+    }
+
+    bool IsFree(const gp_Pnt2d& from, const gp_Pnt2d& to) const
+    {
+        if (Crosses(from, to, myFirst) || (mySecond != nullptr && Crosses(from, to, *mySecond))) {
+            return false;
+        }
+        return !BlockingHoleAmong(from, to, false);
+    }
+
+    /// The hole that a leg would cross and that no leg goes by yet.
+    std::optional<std::size_t> BlockingHole(const gp_Pnt2d& from, const gp_Pnt2d& to) const
+    {
+        return BlockingHoleAmong(from, to, true);
+    }
+
+    std::optional<std::size_t> BlockingHoleAmong(const gp_Pnt2d& from, const gp_Pnt2d& to,
+                                                 bool isUnvisited) const
+    {
+        for (std::size_t i = 0; i < myHoles.size(); ++i) {
+            if (!(isUnvisited && myIsVisited[i]) && Crosses(from, to, myHoles[i])) {
+                return i;
+            }
+        }
+        return std::nullopt;
+    }
+
+    bool Crosses(const gp_Pnt2d& from, const gp_Pnt2d& to, const OpenRing& ring) const
+    {
+        const std::size_t count = ring.outline.size();
+        const std::size_t links = ring.IsWinding() ? count - 1 : count;
+        for (std::size_t i = 0; i < links; ++i) {
+            if (CrossesLink(from.XY(), to.XY(), ring.outline[i], ring.outline[(i + 1) % count])) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    /// Through the link, or through its first point; not where the leg itself starts or ends.
+    bool CrossesLink(const gp_XY& a, const gp_XY& b, gp_XY c, gp_XY d) const
+    {
+        for (const int k : {0, 1}) {
+            if (const double period = mySurface.period[k]; period > 0) {
+                const double middle = (a.Coord(k + 1) + b.Coord(k + 1)) / 2;
+                const double turns = std::round(((c.Coord(k + 1) + d.Coord(k + 1)) / 2 - middle) / period);
+                c.SetCoord(k + 1, c.Coord(k + 1) - turns * period);
+                d.SetCoord(k + 1, d.Coord(k + 1) - turns * period);
+            }
+        }
+        const gp_XY ab = b - a, cd = d - c;
+        const double length = ab.Modulus();
+        const double nearest = tolerance::SameParameter * (length + cd.Modulus());
+        const double along = ab.Dot(c - a) / length;
+        const bool isThroughPoint =
+            std::abs(ab.Crossed(c - a)) <= nearest * length && along > nearest && along < length - nearest;
+        const double scale = nearest * std::max(length, cd.Modulus());
+        const double c1 = ab.Crossed(c - a), d1 = ab.Crossed(d - a), a2 = cd.Crossed(a - c),
+                     b2 = cd.Crossed(b - c);
+        return isThroughPoint || (((c1 > scale && d1 < -scale) || (c1 < -scale && d1 > scale)) &&
+                                  ((a2 > scale && b2 < -scale) || (a2 < -scale && b2 > scale)));
+    }
+
+    const Surface& mySurface;
+    const OpenRing& myFirst;
+    const std::vector<OpenRing>& myHoles;
+    const OpenRing* mySecond = nullptr;
+    const Pole* myPole = nullptr;
+    std::vector<bool> myIsVisited;
+};
+
+/// Makes one closed ring of a ring that goes round, the seam, and what the seam leads to.
+class SeamRing
+{
+public:
+    SeamRing(Resolution& resolution, const OpenRing& first, const std::vector<Leg>& legs)
+        : myResolution(resolution), myFirst(first), myLegs(legs)
+    {
+    }
+
+    /// Nothing when a leg has no length.
+    std::optional<OpenRing> Make(const Pole* pole)
+    {
+        const Surface& surface = myResolution.surface;
+        const gp_Vec2d back = RoundOf(surface, myFirst).Reversed();
+        OpenRing ring = myFirst;
+        StartWith(surface, ring, myLegs.front().exit);
+        int vertex = StartOf(ring.uses.front());
+        std::vector<RingUse> seams;
+        std::vector<std::vector<RingUse>> rests; // of the holes: what the way back takes
+        for (std::size_t i = 0; i < myLegs.size(); ++i) {
+            const Leg& leg = myLegs[i];
+            OpenRing next = leg.ring;
+            const bool isPole = next.uses.empty();
+            if (!isPole) {
+                StartWith(surface, next, leg.entry);
+            }
+            const int end = isPole ? myResolution.VertexAt(pole->point, {}) : StartOf(next.uses.front());
+            const std::optional<RingUse> seam = AddOwnEdge(myResolution, vertex, end, leg.from, leg.to);
+            if (!seam) {
+                return std::nullopt;
+            }
+            seams.push_back(*seam);
+            ring.uses.push_back(*seam);
+            if (isPole) {
+                ring.uses.push_back(PoleUse(leg.to, leg.to.Translated(back), end));
+            } else if (i + 1 == myLegs.size()) {
+                ring.uses.insert(ring.uses.end(), next.uses.begin(), next.uses.end());
+            } else {
+                const std::size_t count = next.uses.size();
+                const std::size_t exit = (myLegs[i + 1].exit + count - leg.entry) % count;
+                const auto middle = next.uses.begin() + static_cast<std::ptrdiff_t>(exit);
+                ring.uses.insert(ring.uses.end(), next.uses.begin(), middle);
+                rests.emplace_back(middle, next.uses.end());
+                vertex = StartOf(next.uses[exit]);
+            }
+        }
+        for (std::size_t i = seams.size(); i-- > 0;) {
+            ring.uses.push_back(Back(seams[i], back));
+            if (i > 0) {
+                for (RingUse& use : rests[i - 1]) {
+                    use.curve.Shift(back);
+                    ring.uses.push_back(use);
+                }
+            }
+        }
+        ring.winding[0] = ring.winding[1] = 0;
+        Measure(myResolution, ring);
+        return ring;
+    }
+
+private:
+    int StartOf(const RingUse& use) const { return myResolution.face.StartOf(myResolution.body, use); }
+
+    Resolution& myResolution;
+    const OpenRing& myFirst;
+    const std::vector<Leg>& myLegs;
+};
 
 class Joiner
 {
@@ -170,15 +459,6 @@ private:
     static bool AreOpposite(const OpenRing& a, const OpenRing& b)
     {
         return a.winding[0] == -b.winding[0] && a.winding[1] == -b.winding[1];
-    }
-
-    static int AroundOf(const OpenRing& ring) { return ring.winding[0] != 0 ? 0 : 1; }
-
-    /// Going round with the material on the left, a ring in the sense of u has it above in v, one in the
-    /// sense of v has it below in u.
-    static bool IsLower(const OpenRing& ring)
-    {
-        return AroundOf(ring) == 0 ? ring.winding[0] > 0 : ring.winding[1] < 0;
     }
 
     /// Value of the other parameter where the ring passes the given one.
@@ -250,61 +530,17 @@ private:
         return ResolveStatus::Done;
     }
 
-    /// Where both directions are periodic the second ring must come on the material's side of the first.
-    gp_Vec2d ShiftOfSecond(const gp_Pnt2d& end, const gp_Pnt2d& start, const OpenRing& first) const
-    {
-        double shift[2] = {0, 0};
-        for (const int k : {0, 1}) {
-            const double period = mySurface.period[k];
-            if (period > 0) {
-                shift[k] = period * std::round((end.Coord(k + 1) - start.Coord(k + 1)) / period);
-            }
-        }
-        const int across = 1 - AroundOf(first);
-        if (const double period = mySurface.period[across]; period > 0) {
-            double way = start.Coord(across + 1) - end.Coord(across + 1);
-            way -= period * std::floor(way / period);
-            if (way > period - tolerance::SameParameter || way < tolerance::SameParameter) {
-                way = period; // both are one edge: once round the other direction
-            }
-            if (!IsLower(first)) {
-                way -= way < period ? period : 2 * period;
-            }
-            shift[across] = end.Coord(across + 1) + way - start.Coord(across + 1);
-        }
-        return {shift[0], shift[1]};
-    }
-
-    ResolveStatus JoinPair(OpenRing& a, OpenRing& b)
+    ResolveStatus JoinPair(const OpenRing& a, const OpenRing& b)
     {
         if (!AreOpposite(a, b)) {
             return ResolveStatus::Windings;
         }
-        for (const Bridge& bridge : BridgesBetween(mySurface, a, b, AroundOf(a))) {
-            OpenRing first = a, second = b;
-            StartWith(mySurface, first, bridge.from);
-            StartWith(mySurface, second, bridge.to);
-            const gp_Pnt2d begin = first.uses.front().From(), end = first.uses.back().To();
-            ShiftRing(second, ShiftOfSecond(end, second.uses.front().From(), first));
-            const gp_Pnt2d beyond = second.uses.front().From();
-            if (!IsFree(end, beyond, first, second)) {
-                continue;
-            }
-            const std::optional<RingUse> seam = AddOwnEdge(myResolution, StartOf(first.uses.front()),
-                                                           StartOf(second.uses.front()), end, beyond);
-            if (!seam) {
-                continue;
-            }
-            first.uses.push_back(*seam);
-            first.uses.insert(first.uses.end(), second.uses.begin(), second.uses.end());
-            first.uses.push_back(Back(*seam, gp_Vec2d(end, begin)));
-            AddJoined(std::move(first));
-            return ResolveStatus::Done;
-        }
-        return ResolveStatus::NoSeam;
+        SeamFinder finder(mySurface, a, myRings);
+        finder.SetSecond(b);
+        return Join(a, finder.Find(), nullptr);
     }
 
-    ResolveStatus JoinPole(OpenRing& ring)
+    ResolveStatus JoinPole(const OpenRing& ring)
     {
         const int around = AroundOf(ring), across = 1 - around;
         const bool isUpper = IsLower(ring);
@@ -318,89 +554,34 @@ private:
         if (!isFarther || std::abs(ring.winding[around]) != 1 || ring.winding[across] != 0) {
             return ResolveStatus::Windings;
         }
-        const int vertex = PoleVertex(*pole);
-        for (std::size_t i = 0; i < ring.uses.size(); ++i) {
-            OpenRing whole = ring;
-            StartWith(mySurface, whole, i);
-            const gp_Pnt2d begin = whole.uses.front().From(), end = whole.uses.back().To();
-            gp_Pnt2d top = end, back = begin;
-            top.SetCoord(across + 1, pole->level);
-            back.SetCoord(across + 1, pole->level);
-            if (!IsFree(end, top, whole, whole)) {
-                continue;
-            }
-            const std::optional<RingUse> seam =
-                AddOwnEdge(myResolution, StartOf(whole.uses.front()), vertex, end, top);
-            if (!seam) {
-                continue;
-            }
-            whole.uses.push_back(*seam);
-            whole.uses.push_back(PoleUse(top, back, vertex));
-            whole.uses.push_back(Back(*seam, gp_Vec2d(end, begin)));
-            AddJoined(std::move(whole));
-            return ResolveStatus::Done;
-        }
-        return ResolveStatus::NoSeam;
+        SeamFinder finder(mySurface, ring, myRings);
+        finder.SetPole(*pole);
+        return Join(ring, finder.Find(), &*pole);
     }
 
-    int PoleVertex(const Pole& pole) { return myResolution.VertexAt(pole.point, myRings); }
-
-    int StartOf(const RingUse& use) const { return myResolution.face.StartOf(myResolution.body, use); }
-
-    void AddJoined(OpenRing&& ring)
+    /// Holes that the seam goes by are part of the joined ring afterwards.
+    ResolveStatus Join(const OpenRing& first, const std::vector<Leg>& legs, const Pole* pole)
     {
-        ring.winding[0] = ring.winding[1] = 0;
-        Measure(myResolution, ring);
-        myJoined.push_back(ring);
-        myRings.push_back(std::move(ring));
-    }
-
-    /// Whether the way crosses neither the two rings nor any other, wherever their periods bring them.
-    bool IsFree(const gp_Pnt2d& from, const gp_Pnt2d& to, const OpenRing& first, const OpenRing& second) const
-    {
-        if (Crosses(from, to, first) || Crosses(from, to, second)) {
-            return false;
+        if (legs.empty()) {
+            return ResolveStatus::NoSeam;
         }
-        return std::none_of(myRings.begin(), myRings.end(),
-                            [&](const OpenRing& ring) { return Crosses(from, to, ring); });
-    }
-
-    bool Crosses(const gp_Pnt2d& from, const gp_Pnt2d& to, const OpenRing& ring) const
-    {
-        const gp_XY a = from.XY(), b = to.XY();
-        const std::size_t count = ring.outline.size();
-        const std::size_t links = ring.IsWinding() ? count - 1 : count;
-        for (std::size_t i = 0; i < links; ++i) {
-            if (CrossesLink(a, b, ring.outline[i], ring.outline[(i + 1) % count])) {
-                return true;
-            }
+        std::optional<OpenRing> joined = SeamRing(myResolution, first, legs).Make(pole);
+        if (!joined) {
+            return ResolveStatus::NoSeam;
         }
-        return false;
-    }
-
-    /// In the middle of both, not at their ends: seams start and end on rings.
-    bool CrossesLink(const gp_XY& a, const gp_XY& b, gp_XY c, gp_XY d) const
-    {
-        for (const int k : {0, 1}) {
-            if (const double period = mySurface.period[k]; period > 0) {
-                const double middle = (a.Coord(k + 1) + b.Coord(k + 1)) / 2;
-                const double turns = std::round(((c.Coord(k + 1) + d.Coord(k + 1)) / 2 - middle) / period);
-                c.SetCoord(k + 1, c.Coord(k + 1) - turns * period);
-                d.SetCoord(k + 1, d.Coord(k + 1) - turns * period);
-            }
+        for (const Leg& leg : legs) {
+            std::erase_if(myRings, [&](const OpenRing& ring) {
+                return !leg.ring.uses.empty() && ring.uses.front().edge == leg.ring.uses.front().edge &&
+                       ring.uses.front().forward == leg.ring.uses.front().forward;
+            });
         }
-        const gp_XY ab = b - a, cd = d - c;
-        const double scale = tolerance::SameParameter * (ab.Modulus() + cd.Modulus());
-        const double c1 = ab.Crossed(c - a), d1 = ab.Crossed(d - a), a2 = cd.Crossed(a - c),
-                     b2 = cd.Crossed(b - c);
-        return ((c1 > scale && d1 < -scale) || (c1 < -scale && d1 > scale)) &&
-               ((a2 > scale && b2 < -scale) || (a2 < -scale && b2 > scale));
+        myRings.push_back(std::move(*joined));
+        return ResolveStatus::Done;
     }
 
     Resolution& myResolution;
     const Surface& mySurface;
     std::vector<OpenRing>& myRings;
-    std::vector<OpenRing> myJoined;
 };
 
 // -------------------------------------------------------------------------------------------- natural bounds

@@ -1,0 +1,585 @@
+#include "sdk/brep/ShapeBuilder.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <utility>
+
+#include <BRepClass3d_SolidClassifier.hxx>
+#include <BRep_Builder.hxx>
+#include <BRep_Tool.hxx>
+#include <Geom_Line.hxx>
+#include <ShapeFix_Face.hxx>
+#include <Standard_Failure.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopoDS.hxx>
+#include <TopoDS_Compound.hxx>
+#include <TopoDS_Edge.hxx>
+#include <TopoDS_Face.hxx>
+#include <TopoDS_Shell.hxx>
+#include <TopoDS_Solid.hxx>
+#include <TopoDS_Vertex.hxx>
+#include <TopoDS_Wire.hxx>
+
+#include <cadex/internal/Reports.hxx>
+
+#include "sdk/brep/SurfaceProjection.h"
+#include "sdk/brep/Tolerances.h"
+
+namespace cadex::brep {
+
+namespace {
+
+using internal::Report;
+using internal::Reports;
+
+TopAbs_Orientation OrientationOf(bool isForward)
+{
+    return isForward ? TopAbs_FORWARD : TopAbs_REVERSED;
+}
+
+Handle(Geom_Curve) KernelCurve(const BodyEdge& edge)
+{
+    return edge.curve.IsNull() ? new Geom_Line(edge.origin, edge.direction) : edge.curve;
+}
+
+/// Farthest distance between an edge and its place on the surface, at equal parameters: the kernel's own
+/// check takes as many points.
+double Deviation(const Surface& surface, const BodyEdge& edge, const CurveOnSurface& curve)
+{
+    const bool isPlane = surface.kind == SurfaceKind::Plane;
+    const int spans = isPlane && edge.kind == CurveKind::Line ? 1 : 22;
+    double most = 0;
+    for (int i = 0; i <= spans; ++i) {
+        const double t = edge.first + (edge.last - edge.first) * i / spans;
+        const gp_Pnt point = edge.Value(t);
+        gp_Pnt2d place;
+        const double distance = isPlane ? ProjectElementary(surface, point, place)
+                                        : surface.Value(curve.Value(t)).Distance(point);
+        most = std::max(most, distance);
+    }
+    return most;
+}
+
+/// Somewhat more than what was found at single points.
+double ToleranceFor(double deviation)
+{
+    constexpr double Margin = 1.1;
+    return std::max(tolerance::Coincident, deviation * Margin);
+}
+
+/// A curve that an edge has on a surface: two faces on one surface may see it a period apart.
+struct Trace
+{
+    const Geom_Surface* surface = nullptr;
+    gp_Pnt2d ends[2];
+    bool isPair = false;
+};
+
+/// Vertices and edges of a body as the kernel's, made when first asked for.
+class SharedShapes
+{
+public:
+    explicit SharedShapes(const Body& body)
+        : myBody(body),
+          myVertices(body.vertices.size()),
+          myEdges(body.edges.size()),
+          myTraces(body.edges.size())
+    {
+    }
+
+    const Body& TheBody() const { return myBody; }
+
+    TopoDS_Vertex VertexAt(int number)
+    {
+        TopoDS_Vertex& vertex = myVertices[static_cast<std::size_t>(number)];
+        if (vertex.IsNull()) {
+            vertex = MakeVertex(myBody.vertices[static_cast<std::size_t>(number)]);
+        }
+        return vertex;
+    }
+
+    static TopoDS_Vertex MakeVertex(const Vertex& given)
+    {
+        TopoDS_Vertex vertex;
+        BRep_Builder().MakeVertex(vertex, given.point, std::max(given.tolerance, tolerance::Coincident));
+        return vertex;
+    }
+
+    const TopoDS_Edge& EdgeAt(int number)
+    {
+        TopoDS_Edge& edge = myEdges[static_cast<std::size_t>(number)];
+        if (edge.IsNull()) {
+            const BodyEdge& given = myBody.edges[static_cast<std::size_t>(number)];
+            edge = MakeEdge(given, VertexAt(given.start), VertexAt(given.end));
+        }
+        return edge;
+    }
+
+    static TopoDS_Edge MakeEdge(const BodyEdge& given, const TopoDS_Vertex& start, const TopoDS_Vertex& end)
+    {
+        BRep_Builder builder;
+        TopoDS_Edge edge;
+        builder.MakeEdge(edge, KernelCurve(given), tolerance::Coincident);
+        builder.Add(edge, start.Oriented(TopAbs_FORWARD));
+        builder.Add(edge, end.Oriented(TopAbs_REVERSED));
+        builder.Range(edge, given.first, given.last);
+        Reach(start, given.Value(given.first));
+        Reach(end, given.Value(given.last));
+        return edge;
+    }
+
+    /// Lets the vertex reach the point.
+    static void Reach(const TopoDS_Vertex& vertex, const gp_Pnt& point)
+    {
+        BRep_Builder().UpdateVertex(vertex, ToleranceFor(BRep_Tool::Pnt(vertex).Distance(point)));
+    }
+
+    std::vector<Trace>& TracesOf(int edge) { return myTraces[static_cast<std::size_t>(edge)]; }
+
+private:
+    const Body& myBody;
+    std::vector<TopoDS_Vertex> myVertices;
+    std::vector<TopoDS_Edge> myEdges;
+    std::vector<std::vector<Trace>> myTraces;
+};
+
+/// Makes the kernel's faces of one resolved face.
+class FaceMaker
+{
+public:
+    FaceMaker(SharedShapes& shared, const ResolvedFace& face) : myShared(shared), myFace(face) {}
+
+    /// One shape for each outer ring; a face, or a compound of faces.
+    TopoDS_Shape Make()
+    {
+        mySurface = CanShareSurface() ? myFace.surface->geometry
+                                      : Handle(Geom_Surface)::DownCast(myFace.surface->geometry->Copy());
+        MakeOwnShapes();
+        std::vector<TopoDS_Face> faces;
+        for (const Ring& ring : myFace.rings) {
+            if (ring.isOuter) {
+                faces.emplace_back();
+                myBuilder.MakeFace(faces.back(), mySurface, tolerance::Coincident);
+            }
+            myBuilder.Add(faces.back(), MakeWire(ring, faces.back()));
+        }
+        return Joined(faces);
+    }
+
+private:
+    const Surface& TheSurface() const { return *myFace.surface; }
+
+    /// An edge keeps one curve for each surface, so a face that sees an edge elsewhere than another face of
+    /// the same surface needs a surface of its own.
+    bool CanShareSurface()
+    {
+        if (TheSurface().kind == SurfaceKind::Plane) {
+            return true;
+        }
+        const Geom_Surface* surface = TheSurface().geometry.get();
+        bool canShare = true;
+        ForEachEdgeUse([&](const RingUse& use) {
+            const bool isPair = TwinOf(use) != nullptr;
+            for (const Trace& trace : myShared.TracesOf(use.edge)) {
+                const bool isEqual =
+                    !trace.isPair && !isPair &&
+                    trace.ends[0].Distance(use.curve.Value(use.first)) < tolerance::SameParameter &&
+                    trace.ends[1].Distance(use.curve.Value(use.last)) < tolerance::SameParameter;
+                canShare = canShare && (trace.surface != surface || isEqual);
+            }
+        });
+        return canShare;
+    }
+
+    template <typename Work>
+    void ForEachEdgeUse(const Work& work) const
+    {
+        for (const Ring& ring : myFace.rings) {
+            for (const RingUse& use : ring.uses) {
+                if (use.kind == UseKind::Edge) {
+                    work(use);
+                }
+            }
+        }
+    }
+
+    void MakeOwnShapes()
+    {
+        for (const Vertex& vertex : myFace.ownVertices) {
+            myVertices.push_back(SharedShapes::MakeVertex(vertex));
+        }
+        for (const BodyEdge& edge : myFace.ownEdges) {
+            myOwnEdges.push_back(SharedShapes::MakeEdge(edge, VertexAt(edge.start), VertexAt(edge.end)));
+        }
+    }
+
+    TopoDS_Vertex VertexAt(int number)
+    {
+        const std::size_t shared = myShared.TheBody().vertices.size();
+        const auto index = static_cast<std::size_t>(number);
+        return index < shared ? myShared.VertexAt(number) : myVertices[index - shared];
+    }
+
+    TopoDS_Wire MakeWire(const Ring& ring, const TopoDS_Face& face)
+    {
+        TopoDS_Wire wire;
+        myBuilder.MakeWire(wire);
+        for (const RingUse& use : ring.uses) {
+            const TopoDS_Edge edge = use.kind == UseKind::Pole ? MakePole(use, face) : Place(use, face);
+            myBuilder.Add(wire, edge.Oriented(OrientationOf(use.forward)));
+        }
+        wire.Closed(true);
+        return wire;
+    }
+
+    TopoDS_Edge MakePole(const RingUse& use, const TopoDS_Face& face)
+    {
+        TopoDS_Edge edge;
+        myBuilder.MakeEdge(edge);
+        const TopoDS_Vertex vertex = VertexAt(use.pole);
+        myBuilder.Add(edge, vertex.Oriented(TopAbs_FORWARD));
+        myBuilder.Add(edge, vertex.Oriented(TopAbs_REVERSED));
+        myBuilder.Degenerated(edge, true);
+        myBuilder.UpdateEdge(edge, brep::KernelCurve(use.curve, use.first, use.last), face,
+                             tolerance::Coincident);
+        myBuilder.Range(edge, face, use.first, use.last);
+        SharedShapes::Reach(vertex, TheSurface().Value(use.curve.Value(use.first)));
+        return edge;
+    }
+
+    /// The edge of a use, with its curve on the surface.
+    TopoDS_Edge Place(const RingUse& use, const TopoDS_Face& face)
+    {
+        const TopoDS_Edge edge = use.kind == UseKind::Own ? myOwnEdges[static_cast<std::size_t>(use.edge)]
+                                                          : myShared.EdgeAt(use.edge);
+        const BodyEdge& given = myFace.EdgeOf(myShared.TheBody(), use);
+        const double reach = ToleranceFor(Deviation(TheSurface(), given, use.curve));
+        if (TheSurface().kind != SurfaceKind::Plane) {
+            AddCurve(edge, use, face, reach);
+        }
+        myBuilder.UpdateEdge(edge, reach);
+        if (given.start != None) {
+            myBuilder.UpdateVertex(VertexAt(given.start), reach);
+            myBuilder.UpdateVertex(VertexAt(given.end), reach);
+        }
+        return edge;
+    }
+
+    void AddCurve(const TopoDS_Edge& edge, const RingUse& use, const TopoDS_Face& face, double reach)
+    {
+        const RingUse* twin = TwinOf(use);
+        const Handle(Geom2d_Curve) curve = brep::KernelCurve(use.curve, use.first, use.last);
+        if (twin == nullptr) {
+            myBuilder.UpdateEdge(edge, curve, face, reach);
+        } else if (use.forward) {
+            const Handle(Geom2d_Curve) back = brep::KernelCurve(twin->curve, use.first, use.last);
+            myBuilder.UpdateEdge(edge, curve, back, face, reach);
+        }
+        if (use.kind == UseKind::Edge) {
+            myShared.TracesOf(use.edge).push_back(
+                {mySurface.get(), {use.curve.Value(use.first), use.curve.Value(use.last)}, twin != nullptr});
+        }
+    }
+
+    /// The other use of a seam.
+    const RingUse* TwinOf(const RingUse& use) const
+    {
+        for (const Ring& ring : myFace.rings) {
+            for (const RingUse& other : ring.uses) {
+                if (&other != &use && other.kind == use.kind && other.edge == use.edge &&
+                    other.forward != use.forward) {
+                    return &other;
+                }
+            }
+        }
+        return nullptr;
+    }
+
+    TopoDS_Shape Joined(std::vector<TopoDS_Face>& faces)
+    {
+        for (TopoDS_Face& face : faces) {
+            face.Orientation(OrientationOf(myFace.forward));
+        }
+        if (faces.size() == 1) {
+            return faces.front();
+        }
+        TopoDS_Compound compound;
+        myBuilder.MakeCompound(compound);
+        for (const TopoDS_Face& face : faces) {
+            myBuilder.Add(compound, face);
+        }
+        return compound;
+    }
+
+    SharedShapes& myShared;
+    const ResolvedFace& myFace;
+    BRep_Builder myBuilder;
+    Handle(Geom_Surface) mySurface;
+    std::vector<TopoDS_Vertex> myVertices;
+    std::vector<TopoDS_Edge> myOwnEdges;
+};
+
+// --------------------------------------------------------------------------------------------------- healing
+
+/// The face as the file gives it, without curves on the surface. Its edges are copies: healing changes them.
+TopoDS_Face MakeBare(const Body& body, const Face& given, const Surface& surface)
+{
+    BRep_Builder builder;
+    SharedShapes own(body);
+    TopoDS_Face face;
+    builder.MakeFace(face, surface.geometry, tolerance::Coincident);
+    const bool isForward = given.sameSense != surface.isTurned;
+    for (const Loop& loop : given.loops) {
+        TopoDS_Wire wire;
+        builder.MakeWire(wire);
+        for (std::size_t i = 0; i < loop.uses.size(); ++i) {
+            const EdgeUse& use = loop.uses[isForward ? i : loop.uses.size() - 1 - i];
+            const bool isKnown = use.edge >= 0 && static_cast<std::size_t>(use.edge) < body.edges.size();
+            if (isKnown && body.edges[static_cast<std::size_t>(use.edge)].isUsable) {
+                builder.Add(wire, own.EdgeAt(use.edge).Oriented(OrientationOf(use.forward == isForward)));
+            }
+        }
+        if (!loop.uses.empty()) {
+            wire.Closed(true);
+            builder.Add(face, wire);
+        }
+    }
+    face.Orientation(OrientationOf(isForward));
+    return face;
+}
+
+bool HasFaces(const TopoDS_Shape& shape)
+{
+    return !shape.IsNull() && TopExp_Explorer(shape, TopAbs_FACE).More();
+}
+
+/// Null when healing comes to nothing.
+TopoDS_Shape Heal(const Body& body, const Face& given, const ResolvedFace& resolved)
+{
+    if (resolved.surface == nullptr || resolved.status == ResolveStatus::NoSurface) {
+        return {};
+    }
+    try {
+        ShapeFix_Face fix(MakeBare(body, given, *resolved.surface));
+        fix.FixMissingSeamMode() = 1;
+        fix.Perform();
+        fix.FixOrientation();
+        const TopoDS_Shape result = fix.Result();
+        const bool hasEdges = HasFaces(result) && TopExp_Explorer(result, TopAbs_EDGE).More();
+        return hasEdges ? result : TopoDS_Shape();
+    } catch (const Standard_Failure&) {
+        return {};
+    }
+}
+
+// ---------------------------------------------------------------------------------------------------- bodies
+
+class ShapeMaker
+{
+public:
+    ShapeMaker(const Body& body, const std::vector<ResolvedFace>& resolved)
+        : myBody(body), myResolved(resolved), myShared(body), myIsTried(body.description->faces.size())
+    {
+        myBuilt.faces.resize(body.description->faces.size());
+        myBuilt.curves.resize(body.description->curves.size());
+    }
+
+    BuiltShape Run()
+    {
+        const Description& description = *myBody.description;
+        for (const Solid& solid : description.solids) {
+            AddPart([&] { return MakeSolid(solid); });
+        }
+        for (const int sheet : description.sheets) {
+            AddPart([&] { return MakeShell(sheet); });
+        }
+        for (std::size_t i = 0; i < description.curves.size(); ++i) {
+            AddPart([&] { return MakeCurve(i); });
+        }
+        for (const KernelShape& kernel : description.kernelShapes) {
+            AddPart([&] { return kernel.shape; });
+        }
+        myBuilt.shape = Joined();
+        return std::move(myBuilt);
+    }
+
+private:
+    template <typename Work>
+    void AddPart(const Work& work)
+    {
+        TopoDS_Shape part;
+        try {
+            part = work();
+        } catch (const Standard_Failure&) {
+            Reports::Add(Report::Kind::LeftOut, "body that the geometry kernel refuses");
+        }
+        if (!part.IsNull()) {
+            myParts.push_back(part);
+        }
+    }
+
+    TopoDS_Shape Joined() const
+    {
+        if (myParts.size() <= 1) {
+            return myParts.empty() ? TopoDS_Shape() : myParts.front();
+        }
+        TopoDS_Compound compound;
+        BRep_Builder().MakeCompound(compound);
+        for (const TopoDS_Shape& part : myParts) {
+            BRep_Builder().Add(compound, part);
+        }
+        return compound;
+    }
+
+    /// Made once, however often it is used.
+    const TopoDS_Shape& FaceAt(int number)
+    {
+        const auto index = static_cast<std::size_t>(number);
+        if (!myIsTried[index]) {
+            myIsTried[index] = true;
+            myBuilt.faces[index] = MakeFace(index);
+        }
+        return myBuilt.faces[index];
+    }
+
+    TopoDS_Shape MakeFace(std::size_t index)
+    {
+        const ResolvedFace& resolved = myResolved[index];
+        const Face& given = myBody.description->faces[index];
+        ResolveStatus status = resolved.status;
+        if (status == ResolveStatus::Done) {
+            try {
+                return FaceMaker(myShared, resolved).Make();
+            } catch (const Standard_Failure&) {
+                status = ResolveStatus::Kernel;
+            }
+        }
+        const TopoDS_Shape healed = Heal(myBody, given, resolved);
+        const bool isHealed = !healed.IsNull();
+        ++(isHealed ? myBuilt.healed : myBuilt.leftOut);
+        Reports::Add(isHealed ? Report::Kind::Repaired : Report::Kind::LeftOut, TextOf(status), given.record);
+        return healed;
+    }
+
+    TopoDS_Shape MakeShell(int number)
+    {
+        const std::vector<Shell>& shells = myBody.description->shells;
+        if (number < 0 || static_cast<std::size_t>(number) >= shells.size()) {
+            return {};
+        }
+        TopoDS_Shell shell;
+        myBuilder.MakeShell(shell);
+        for (const FaceUse& use : shells[static_cast<std::size_t>(number)].faces) {
+            if (use.face >= 0 && static_cast<std::size_t>(use.face) < myIsTried.size()) {
+                AddFace(shell, FaceAt(use.face), use.forward);
+            }
+        }
+        if (!HasFaces(shell)) {
+            return {};
+        }
+        shell.Closed(BRep_Tool::IsClosed(shell));
+        return shell;
+    }
+
+    void AddFace(TopoDS_Shell& shell, const TopoDS_Shape& made, bool isForward)
+    {
+        if (made.IsNull()) {
+            return;
+        }
+        for (TopExp_Explorer face(made, TopAbs_FACE); face.More(); face.Next()) {
+            myBuilder.Add(shell, isForward ? face.Current() : face.Current().Reversed());
+        }
+    }
+
+    TopoDS_Shape MakeSolid(const Solid& given)
+    {
+        const TopoDS_Shape outer = MakeShell(given.outer);
+        if (outer.IsNull()) {
+            return {};
+        }
+        TopoDS_Solid solid;
+        myBuilder.MakeSolid(solid);
+        myBuilder.Add(solid, Turned(outer, false));
+        for (const int number : given.voids) {
+            const TopoDS_Shape inner = MakeShell(number);
+            if (!inner.IsNull()) {
+                myBuilder.Add(solid, Turned(inner, true));
+            }
+        }
+        return solid;
+    }
+
+    /// The shell with its normals away from what it encloses, or towards it (a cavity). An open one stays:
+    /// its sides cannot be told.
+    TopoDS_Shape Turned(const TopoDS_Shape& shell, bool isVoid)
+    {
+        if (!shell.Closed()) {
+            return shell;
+        }
+        TopoDS_Solid alone;
+        myBuilder.MakeSolid(alone);
+        myBuilder.Add(alone, shell);
+        BRepClass3d_SolidClassifier classifier(alone);
+        classifier.PerformInfinitePoint(tolerance::Coincident);
+        const bool isInsideOut = classifier.State() == TopAbs_IN;
+        return isInsideOut == isVoid ? shell : shell.Reversed();
+    }
+
+    TopoDS_Shape MakeCurve(std::size_t place)
+    {
+        const int number = myBody.description->curves[place].edge;
+        const bool isKnown = number >= 0 && static_cast<std::size_t>(number) < myBody.edges.size();
+        if (!isKnown || !myBody.edges[static_cast<std::size_t>(number)].isUsable) {
+            ++myBuilt.leftOut;
+            Reports::Add(Report::Kind::LeftOut, "curve that cannot be used",
+                         isKnown ? myBody.edges[static_cast<std::size_t>(number)].record : 0);
+            return {};
+        }
+        return myBuilt.curves[place] = myShared.EdgeAt(number);
+    }
+
+    const Body& myBody;
+    const std::vector<ResolvedFace>& myResolved;
+    BRep_Builder myBuilder;
+    SharedShapes myShared;
+    std::vector<bool> myIsTried;
+    std::vector<TopoDS_Shape> myParts;
+    BuiltShape myBuilt;
+};
+
+} // namespace
+
+BuiltShape BuildShape(const Body& body)
+{
+    std::vector<ResolvedFace> resolved;
+    const int count = static_cast<int>(body.description->faces.size());
+    resolved.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) {
+        resolved.push_back(ResolveFace(body, i));
+    }
+    return BuildShape(body, resolved);
+}
+
+BuiltShape BuildShape(const Body& body, const std::vector<ResolvedFace>& resolved)
+{
+    return ShapeMaker(body, resolved).Run();
+}
+
+TopoDS_Shape BuildFace(const Body& body, int face, const ResolvedFace& resolved)
+{
+    if (face < 0 || static_cast<std::size_t>(face) >= body.description->faces.size()) {
+        return {};
+    }
+    if (resolved.status == ResolveStatus::Done) {
+        try {
+            SharedShapes shared(body);
+            return FaceMaker(shared, resolved).Make();
+        } catch (const Standard_Failure&) {
+            // healed below
+        }
+    }
+    return Heal(body, body.description->faces[static_cast<std::size_t>(face)], resolved);
+}
+
+} // namespace cadex::brep
