@@ -25,7 +25,7 @@
 #include <cadex/ModelAlgo_ValidationProperty.hxx>
 #include <cadex/STEP_Reader.hxx>
 
-#include "sdk/occt/DistinctParts.h"
+#include "sdk/mesh/DistinctParts.h"
 #include "sdk/occt/EngineScope.h"
 #include "sdk/occt/ShapeMesher.h"
 
@@ -72,7 +72,7 @@ void Stages(const std::string& file)
     const Time mesh = Measure([&] { ModelAlgo_BRepMesher(DefaultParameters()).Compute(model, true); });
     int known = 0;
     const Time mass = Measure([&] {
-        for (const ModelData_Part& part : occt::DistinctParts(model)) {
+        for (const ModelData_Part& part : mesh::DistinctParts(model)) {
             ModelAlgo_ValidationPropertyData data;
             known += ModelAlgo_ValidationProperty::ComputeValidationProperties(part, data) ? 1 : 0;
         }

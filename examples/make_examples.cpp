@@ -57,8 +57,8 @@
 #include <gp_Ax1.hxx>
 #include <gp_Ax2.hxx>
 
-#include "sdk/occt/StepStructure.h"
-#include "sdk/occt/StepText.h"
+#include "sdk/part21/ClearText.h"
+#include "sdk/step/StepStructure.h"
 
 namespace {
 
@@ -329,7 +329,7 @@ std::string Escape(const std::string& utf8)
 class PropertyWriter
 {
 public:
-    explicit PropertyWriter(const cadex::occt::StepText& text)
+    explicit PropertyWriter(const cadex::part21::ClearText& text)
     {
         for (const auto& record : text.Records()) {
             myNext = std::max(myNext, record.id + 1);
@@ -339,7 +339,7 @@ public:
         }
     }
 
-    void Add(cadex::occt::StepId owner, const std::vector<std::array<std::string, 3>>& items)
+    void Add(cadex::part21::RecordId owner, const std::vector<std::array<std::string, 3>>& items)
     {
         std::string list;
         for (const auto& [type, name, value] : items) {
@@ -362,8 +362,8 @@ private:
         records += "#" + std::to_string(myNext++) + " = " + content + ";\n";
     }
 
-    cadex::occt::StepId myNext = 1;
-    cadex::occt::StepId myContext = 0;
+    cadex::part21::RecordId myNext = 1;
+    cadex::part21::RecordId myContext = 0;
 };
 
 bool AddProperties(const std::string& path)
@@ -371,12 +371,12 @@ bool AddProperties(const std::string& path)
     std::ifstream in(path, std::ios::binary);
     std::string bytes{std::istreambuf_iterator<char>(in), {}};
     in.close();
-    cadex::occt::StepText text;
-    cadex::occt::StepStructure structure;
+    cadex::part21::ClearText text;
+    cadex::step::StepStructure structure;
     if (!text.Load(bytes) || !structure.Build(text)) {
         return false;
     }
-    std::map<std::string, cadex::occt::StepId> ids;
+    std::map<std::string, cadex::part21::RecordId> ids;
     for (const auto& product : structure.products) {
         ids[product.name.ToUTF8()] = product.definition;
     }

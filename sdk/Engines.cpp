@@ -1,9 +1,8 @@
 // Puts the engines of this build together. Explicit calls, since a linker may drop what only registers
 // itself.
+#include "sdk/iges/IgesEngines.h"
 #include "sdk/model/EngineRegistry.h"
-
-#include "sdk/occt/OcctEngines.h"
-#include "sdk/part21/Part21Engines.h"
+#include "sdk/step/StepEngines.h"
 #ifdef CADEX_WITH_IFC
 #include "sdk/ifc/IfcEngines.h"
 #endif
@@ -13,8 +12,8 @@ namespace internal {
 
 void RegisterEngines(EngineRegistry& registry)
 {
-    RegisterOcctEngines(registry);
-    RegisterPart21Engines(registry);
+    RegisterStepEngines(registry);
+    RegisterIgesEngines(registry);
 #ifdef CADEX_WITH_IFC
     RegisterIfcEngines(registry);
 #endif

@@ -6,9 +6,7 @@
 
 #include "sdk/occt/EngineScope.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 bool IsCurve(Type type)
@@ -366,6 +364,4 @@ void CutOpenings(std::vector<Body>& bodies, const std::vector<Body>& tools)
     }
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

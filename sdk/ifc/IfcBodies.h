@@ -7,9 +7,7 @@
 #include "sdk/ifc/IfcSolids.h"
 #include "sdk/ifc/IfcStyles.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 /// What one item gives, in millimetres: a kernel shape, or polygons, or curves.
 struct Body
@@ -75,6 +73,4 @@ void CutOpenings(std::vector<Body>& bodies, const std::vector<Body>& tools);
 std::vector<ModelData_Part> MakeParts(Context& context, const Base_UTF16String& name,
                                       std::vector<Body>&& bodies, const ModelData_Appearance& fallback);
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

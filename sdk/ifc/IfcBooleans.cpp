@@ -13,9 +13,7 @@
 #include "sdk/ifc/IfcConvexCut.h"
 #include "sdk/ifc/IfcSolids.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 bool Has(const TopoDS_Shape& shape, TopAbs_ShapeEnum kind)
@@ -316,6 +314,4 @@ Solid SolidReader::ReadBoolean(const Entity& item)
     return result;
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

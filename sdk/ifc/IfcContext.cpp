@@ -5,9 +5,7 @@
 
 #include "sdk/ifc/IfcUnits.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 bool IsOrthogonal(const gp_Mat& m)
@@ -282,6 +280,4 @@ Affine Context::GridPlacement(const Entity& placement) const
     return Frame(origin, gp_XYZ(0, 0, 1), directions[0]);
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

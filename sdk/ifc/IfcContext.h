@@ -18,9 +18,7 @@
 
 #include "sdk/ifc/IfcFile.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 /// p' = matrix * p + offset; lengths in millimetres.
 struct Affine
@@ -143,6 +141,4 @@ private:
     int& myDepth;
 };
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -6,9 +6,7 @@
 #include <set>
 #include <unordered_map>
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 /// Points nearer than this are one, and lie on a plane that is nearer than this. Millimetres.
@@ -346,6 +344,4 @@ bool CutConvex(const Polyhedron& body, const std::vector<const Polyhedron*>& too
     return builder.IsClosed();
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

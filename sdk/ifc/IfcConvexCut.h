@@ -6,15 +6,11 @@
 
 #include "sdk/ifc/IfcFacets.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 /// The body without the tools, closed and with shared points. False, with `result` unspecified, when the case
 /// is not of that simple kind: a body or a tool that is not convex, tools that meet each other, contacts that
 /// leave edges open. The kernel is asked then. An empty result is one without loops.
 bool CutConvex(const Polyhedron& body, const std::vector<const Polyhedron*>& tools, Polyhedron& result);
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

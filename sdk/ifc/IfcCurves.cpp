@@ -13,9 +13,7 @@
 #include <gp_Circ.hxx>
 #include <gp_Elips.hxx>
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 constexpr double Turn = 2 * M_PI;
@@ -340,6 +338,4 @@ Path ReadCurve(Context& context, const Entity& curve)
     return {Along(basis.curve, basis.curve->FirstParameter(), basis.curve->LastParameter())};
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

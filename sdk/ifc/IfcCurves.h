@@ -13,9 +13,7 @@
 
 #include "sdk/ifc/IfcContext.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 /// From `start` to `end`, along the curve from `first` to `last` or, without a curve, straight. Millimetres.
 struct Piece
@@ -73,6 +71,4 @@ std::vector<gp_XYZ> Corners(const Context& context, const Path& path, double ang
 /// close.
 TopoDS_Wire WireOf(const Context& context, const Path& path, bool close);
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -59,19 +59,19 @@ public:
     {
         const std::u8string name = file.filename().u8string();
         myOptions.fileName = reinterpret_cast<const char*>(name.c_str());
-        AtomicFile target(file);
+        text::AtomicFile target(file);
         return target.IsOpen() && ifc::IfcWriter(target, myPlan, myOptions).Write() && target.Commit();
     }
 
     bool WriteStream(std::ostream& stream) override
     {
-        StreamSink sink(stream);
+        text::StreamSink sink(stream);
         return ifc::IfcWriter(sink, myPlan, myOptions).Write() && stream.flush();
     }
 
 private:
-    StepPlan myPlan;
-    StepOptions myOptions;
+    mesh::ExportPlan myPlan;
+    mesh::ExportOptions myOptions;
 };
 
 } // namespace

@@ -24,9 +24,7 @@
 
 #include "sdk/occt/FlatHealing.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 using PointIndex = std::unordered_map<Id, U32>;
@@ -586,6 +584,4 @@ bool FacetsOf(const TopoDS_Shape& shape, Polyhedron& body)
     return !body.loops.empty();
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -12,9 +12,7 @@
 
 #include "sdk/ifc/IfcContext.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 /// Planar faces with holes over shared points, flat in memory. Loops run counter-clockwise seen from outside,
 /// holes the other way round.
@@ -84,6 +82,4 @@ TopoDS_Shape ReadAdvancedShell(Context& context, const Entity& shell);
 /// A bounded surface that stands for itself: curve-bounded planes, faces.
 TopoDS_Shape ReadSurfaceItem(Context& context, const Entity& surface);
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 bool IsBlank(char c)
@@ -331,6 +329,4 @@ std::vector<double> Entity::Reals(std::size_t index) const
     return numbers;
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

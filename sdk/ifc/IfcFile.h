@@ -19,9 +19,7 @@
 
 #include "sdk/ifc/IfcTypes.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 using Id = std::uint32_t; ///< number of an instance ("#12"); 0 is none
 
@@ -142,6 +140,4 @@ TypedValue ReadTyped(std::string_view text);
 /// UTF-8 or, where they are not valid as such, Latin-1.
 Base_UTF16String ReadString(std::string_view quoted);
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

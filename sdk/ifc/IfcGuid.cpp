@@ -2,9 +2,7 @@
 
 #include <algorithm>
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 constexpr std::string_view Digits = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_$";
@@ -58,6 +56,4 @@ bool IsGuid(std::string_view text)
                        [](char c) { return Digits.find(c) != std::string_view::npos; });
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -6,9 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 /// A 128-bit key of something in the model, mixed from that of its parent, what it is and its number among
 /// its siblings. Different inputs give different keys for every practical purpose.
@@ -27,6 +25,4 @@ private:
 /// The text has the form of a GlobalId.
 bool IsGuid(std::string_view text);
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -13,9 +13,11 @@
 #include "sdk/occt/CurvePolylines.h"
 #include "sdk/occt/OcctBRep.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
+
+using internal::MakeHandle;
+using internal::MakeTriangleSet;
+using internal::TriangleArrays;
 namespace {
 
 /// Ends of curves nearer than this meet, in millimetres.
@@ -255,6 +257,4 @@ std::vector<ModelData_Part> MakeParts(Context& context, const Base_UTF16String& 
     return parts;
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

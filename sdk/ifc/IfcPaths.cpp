@@ -13,9 +13,7 @@
 
 #include "sdk/ifc/IfcCurves.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 Piece Along(const Handle(Geom_Curve) & curve, double first, double last)
@@ -317,6 +315,4 @@ TopoDS_Wire WireOf(const Context& context, const Path& path, bool close)
     return wire;
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

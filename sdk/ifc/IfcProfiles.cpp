@@ -5,9 +5,7 @@
 #include <BRep_Builder.hxx>
 #include <Geom_Plane.hxx>
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 std::vector<gp_XYZ> Rectangle(double width, double height)
@@ -174,6 +172,4 @@ TopoDS_Face FaceOf(const Context& context, const Region& region, const Affine& p
     return face;
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

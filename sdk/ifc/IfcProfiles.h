@@ -7,9 +7,7 @@
 
 #include "sdk/ifc/IfcCurves.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 /// One outline, counter-clockwise in z = 0, with clockwise holes; an open one (a wall of no thickness) has no
 /// area.
@@ -29,6 +27,4 @@ TopoDS_Face FaceOf(const Context& context, const Region& region, const Affine& p
 /// IfcLShapeProfileDef and its kin: corners and fillet radii of an outline. See IfcShapeProfiles.cpp.
 Path ReadShapeProfile(Context& context, const Entity& profile);
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -4,9 +4,7 @@
 #include <cmath>
 #include <limits>
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 void AddText(ModelData_PropertyTable& table, const char* name, const Base_UTF16String& text)
@@ -238,6 +236,4 @@ void PropertyReader::AddProperty(const Base_UTF16String& prefix, const Entity& p
     }
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -6,9 +6,7 @@
 #include "sdk/ifc/IfcRelations.h"
 #include "sdk/ifc/IfcUnits.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 /// The set whose properties keep their bare names; every other property is called "SetName.PropertyName".
 inline constexpr std::string_view PlainSetName = "Properties";
@@ -47,6 +45,4 @@ private:
 /// The shortest decimal text that reads back as the same number; "." whatever the locale.
 std::string NumberText(double value);
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -1,8 +1,6 @@
 #include "sdk/ifc/IfcRelations.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 /// Placement and Representation tell a product from everything else: types may be newer than our tables.
@@ -141,6 +139,4 @@ Id Relations::Find(const IdMap& map, Id id)
     return found == map.end() ? 0 : found->second;
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -8,9 +8,7 @@
 
 #include "sdk/ifc/IfcFile.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 using IdLists = std::unordered_map<Id, std::vector<Id>>;
 using IdMap = std::unordered_map<Id, Id>;
@@ -40,6 +38,4 @@ private:
     void AddObject(const IfcFile& file, const IfcFile::Record& record);
 };
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -5,9 +5,7 @@
 
 #include "sdk/ifc/IfcProfiles.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 class Outline
@@ -252,6 +250,4 @@ Path ReadShapeProfile(Context& context, const Entity& profile)
     }
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -7,11 +7,20 @@
 #include <cadex/ModelData_PolyRepresentation.hxx>
 
 #include "sdk/ifc/IfcProperties.h"
-#include "sdk/part21/MeshTopology.h"
+#include "sdk/mesh/MeshTopology.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
+
+using internal::ImplOf;
+using mesh::Determinant;
+using mesh::Mapped;
+using mesh::MeshTopology;
+using mesh::Vector3;
+using part21::AppendPart21String;
+using part21::Part21Real;
+using part21::Part21TimeStamp;
+using part21::Raw;
+using part21::Xyz;
 namespace {
 
 bool IsFinite(const Vector3& point)
@@ -262,6 +271,4 @@ PropertySets WritePropertySets(Part21Writer& out, const ModelData_PropertyTable&
     return result;
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

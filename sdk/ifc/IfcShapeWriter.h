@@ -11,13 +11,17 @@
 #include <cadex/ModelData_PropertyTable.hxx>
 
 #include "sdk/ifc/IfcGuid.h"
+#include "sdk/mesh/Placement.h"
 #include "sdk/model/TriangleSets.h"
 #include "sdk/part21/Part21Writer.h"
-#include "sdk/part21/Placement.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
+
+using internal::PolyLineSetImpl;
+using internal::TriangleSetImpl;
+using mesh::Matrix3;
+using part21::Part21Writer;
+using part21::Ref;
 
 class ShapeWriter
 {
@@ -60,6 +64,4 @@ struct PropertySets
 PropertySets WritePropertySets(Part21Writer& out, const ModelData_PropertyTable& first,
                                const ModelData_PropertyTable& second, const GuidKey& key);
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -11,9 +11,7 @@
 #include "sdk/ifc/IfcFacets.h"
 #include "sdk/ifc/IfcProfiles.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 /// A solid in the form that it came in: polygons where all is flat, else a shape of the kernel.
 class Solid
@@ -77,6 +75,4 @@ bool Combine(BooleanKind kind, TopoDS_Shape body, const std::vector<TopoDS_Shape
 /// The same on solids, without the kernel where body and tools are simple.
 bool Combine(BooleanKind kind, const Solid& body, const std::vector<const Solid*>& tools, Solid& result);
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 constexpr int MaxDepth = 16; ///< of operands, material sets and style assignments within each other
@@ -190,6 +188,4 @@ ModelData_Appearance StyleReader::OfMaterial(const Entity& material, int depth)
     return appearance;
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

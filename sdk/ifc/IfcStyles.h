@@ -7,9 +7,7 @@
 
 #include "sdk/ifc/IfcRelations.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 /// Equal styles share one appearance object. Colours are sRGB as in the file; transparency becomes alpha.
 class StyleReader
@@ -38,6 +36,4 @@ private:
     std::unordered_map<std::string, ModelData_Appearance> myShared;
 };
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

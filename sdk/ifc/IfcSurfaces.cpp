@@ -27,9 +27,7 @@
 #include "sdk/ifc/IfcFacets.h"
 #include "sdk/ifc/IfcProfiles.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 /// IfcBSplineSurfaceWithKnots: UDegree, VDegree, ControlPointsList, SurfaceForm, UClosed, VClosed,
@@ -359,6 +357,4 @@ TopoDS_Shape ReadSurfaceItem(Context& context, const Entity& surface)
     }
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

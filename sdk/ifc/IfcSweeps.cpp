@@ -19,9 +19,7 @@
 
 #include "sdk/ifc/IfcSolids.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 /// One shape as it is, several as a compound.
@@ -348,6 +346,4 @@ TopoDS_Shape ReadPrimitive(Context& context, const Entity& primitive)
     }
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -4,9 +4,7 @@
 
 #include "sdk/occt/EngineScope.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 /// Walkers of the model recurse; assemblies nested deeper are attached to this level.
@@ -361,6 +359,4 @@ ModelData_SceneGraphElement ModelBuilder::MapElement(const Entity& map, const Ba
     return element;
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -11,9 +11,7 @@
 #include "sdk/ifc/IfcBodies.h"
 #include "sdk/ifc/IfcProperties.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 /// Builds once. Each object of the file stands in the tree once, under the first object that claims it; what
 /// nobody claims stands under the project. Openings are cut out of their elements and not shown; spaces are
@@ -80,6 +78,4 @@ private:
     std::size_t myUnfolded = 0;                              ///< of all objects so far
 };
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -6,9 +6,7 @@
 
 #include "sdk/ifc/IfcFacets.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 struct Point2
@@ -363,6 +361,4 @@ void TriangulateFace(Context& context, const Polyhedron& body, std::size_t first
     }
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -5,9 +5,7 @@
 #include <string>
 #include <unordered_map>
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 // Objects of IFC2X3 and IFC4 that stand in a spatial tree.
@@ -211,6 +209,4 @@ bool IsSpatial(std::string_view upperCaseName)
     return std::find(std::begin(Places), std::end(Places), upperCaseName) != std::end(Places);
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

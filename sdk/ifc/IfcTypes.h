@@ -6,9 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 // clang-format off
 #define CADEX_IFC_TYPES(X) \
@@ -89,6 +87,4 @@ std::string_view DisplayName(std::string_view upperCaseName);
 /// Sites, buildings, storeys, spaces and their kin: places, which are nodes even when they are empty.
 bool IsSpatial(std::string_view upperCaseName);
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

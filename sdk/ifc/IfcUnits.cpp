@@ -4,9 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 struct Prefix
@@ -209,6 +207,4 @@ std::string MeasureSymbol(const ProjectUnits& units, std::string_view measureTyp
     return found == units.symbols.end() ? std::string() : found->second;
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -6,9 +6,7 @@
 
 #include "sdk/ifc/IfcFile.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 struct ProjectUnits
 {
@@ -28,6 +26,4 @@ std::string UnitSymbol(const Entity& unit);
 /// unit.
 std::string MeasureSymbol(const ProjectUnits& units, std::string_view measureType);
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -6,9 +6,8 @@
 
 #include "sdk/ifc/IfcFile.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
+
 namespace {
 
 bool IsBlank(char c)
@@ -303,6 +302,4 @@ Base_UTF16String ReadString(std::string_view quoted)
     return {out.data(), out.size()};
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

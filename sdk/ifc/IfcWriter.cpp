@@ -6,11 +6,20 @@
 #include <cadex/ModelData_Assembly.hxx>
 #include <cadex/ModelData_Instance.hxx>
 
-#include "sdk/part21/LengthUnits.h"
+#include "sdk/text/LengthUnits.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
+
+using mesh::Identity3;
+using mesh::SameResidual;
+using mesh::Vector3;
+using part21::Part21Header;
+using part21::Part21TimeStamp;
+using part21::Raw;
+using part21::TypedReal;
+using part21::Xyz;
+using text::LengthUnitOf;
+using text::LengthUnitText;
 namespace {
 
 constexpr std::size_t MostOccurrences = 20'000'000;
@@ -33,7 +42,7 @@ bool UniformFactor(const Matrix3& left, const Matrix3& right, double& factor)
     return factor > 0 && std::isfinite(factor) && SameResidual(scaled, right);
 }
 
-Base_UTF16String NameOf(const StepPlan::Occurrence& occurrence, const StepPlan::Definition& definition)
+Base_UTF16String NameOf(const ExportPlan::Occurrence& occurrence, const ExportPlan::Definition& definition)
 {
     const Base_UTF16String name = occurrence.instance.Name();
     return name.IsEmpty() ? definition.element.Name() : name;
@@ -41,7 +50,7 @@ Base_UTF16String NameOf(const StepPlan::Occurrence& occurrence, const StepPlan::
 
 } // namespace
 
-IfcWriter::IfcWriter(ByteSink& sink, const StepPlan& plan, const StepOptions& options)
+IfcWriter::IfcWriter(ByteSink& sink, const ExportPlan& plan, const ExportOptions& options)
     : myOut(sink),
       myShapeWriter(myOut),
       myPlan(plan),
@@ -90,8 +99,8 @@ bool IfcWriter::Write()
 bool IfcWriter::CountUses()
 {
     std::vector<bool> isChild(myPlan.definitions.size(), false);
-    for (const StepPlan::Definition& definition : myPlan.definitions) {
-        for (const StepPlan::Occurrence& occurrence : definition.occurrences) {
+    for (const ExportPlan::Definition& definition : myPlan.definitions) {
+        for (const ExportPlan::Occurrence& occurrence : definition.occurrences) {
             isChild[occurrence.definition] = true;
         }
     }
@@ -106,7 +115,7 @@ bool IfcWriter::CountUses()
         if (total > MostOccurrences) {
             return false;
         }
-        for (const StepPlan::Occurrence& occurrence : myPlan.definitions[index].occurrences) {
+        for (const ExportPlan::Occurrence& occurrence : myPlan.definitions[index].occurrences) {
             myUses[occurrence.definition] += myUses[index];
         }
     }
@@ -123,7 +132,7 @@ void IfcWriter::FindBases()
 {
     std::unordered_map<const void*, std::vector<std::size_t>> bases;
     for (std::size_t i = 0; i < myPlan.definitions.size(); ++i) {
-        const StepPlan::Definition& definition = myPlan.definitions[i];
+        const ExportPlan::Definition& definition = myPlan.definitions[i];
         myShapes[i].base = i;
         std::vector<std::size_t>& variants = bases[definition.element.Impl()];
         for (const std::size_t variant : variants) {
@@ -202,7 +211,7 @@ Ref IfcWriter::WriteUnits()
 
 void IfcWriter::WriteShape(std::size_t index)
 {
-    const StepPlan::Definition& definition = myPlan.definitions[index];
+    const ExportPlan::Definition& definition = myPlan.definitions[index];
     const auto& part = static_cast<const ModelData_Part&>(definition.element);
     Shape& shape = myShapes[index];
     Matrix3 linear = definition.residual;
@@ -244,13 +253,13 @@ void IfcWriter::WriteShape(std::size_t index)
 /// Walks the unfolded tree below a root with a stack of its own.
 void IfcWriter::WriteTree(std::size_t root, Ref parent, Ref placement, const GuidKey& key)
 {
-    const StepPlan::Definition& definition = myPlan.definitions[root];
+    const ExportPlan::Definition& definition = myPlan.definitions[root];
     std::vector<Open> open;
     const bool single = myRoots.size() == 1;
     if (single && !definition.element.IsOfType<ModelData_Part>()) {
         open.push_back({root, 0, parent, placement, key, {}});
     } else {
-        StepPlan::Occurrence occurrence;
+        ExportPlan::Occurrence occurrence;
         occurrence.instance = ModelData_Instance(definition.element);
         occurrence.definition = root;
         Open building{root, 0, parent, placement, key, {}};
@@ -259,9 +268,10 @@ void IfcWriter::WriteTree(std::size_t root, Ref parent, Ref placement, const Gui
     }
     while (!open.empty() && myOut.Ok()) {
         Open& top = open.back();
-        const std::vector<StepPlan::Occurrence>& occurrences = myPlan.definitions[top.definition].occurrences;
+        const std::vector<ExportPlan::Occurrence>& occurrences =
+            myPlan.definitions[top.definition].occurrences;
         if (top.next < occurrences.size()) {
-            const StepPlan::Occurrence& occurrence = occurrences[top.next++];
+            const ExportPlan::Occurrence& occurrence = occurrences[top.next++];
             WriteOccurrence(occurrence, top, open); // may move `top`
             continue;
         }
@@ -275,7 +285,8 @@ void IfcWriter::WriteTree(std::size_t root, Ref parent, Ref placement, const Gui
     }
 }
 
-void IfcWriter::WriteOccurrence(const StepPlan::Occurrence& occurrence, Open& parent, std::vector<Open>& open)
+void IfcWriter::WriteOccurrence(const ExportPlan::Occurrence& occurrence, Open& parent,
+                                std::vector<Open>& open)
 {
     const GuidKey key = parent.key.Child("child", parent.next);
     if (myPlan.definitions[occurrence.definition].element.IsOfType<ModelData_Part>()) {
@@ -288,9 +299,9 @@ void IfcWriter::WriteOccurrence(const StepPlan::Occurrence& occurrence, Open& pa
     open.push_back({occurrence.definition, 0, element, placement, key, {}});
 }
 
-Ref IfcWriter::WriteAssembly(const StepPlan::Occurrence& occurrence, Ref placement, const GuidKey& key)
+Ref IfcWriter::WriteAssembly(const ExportPlan::Occurrence& occurrence, Ref placement, const GuidKey& key)
 {
-    const StepPlan::Definition& definition = myPlan.definitions[occurrence.definition];
+    const ExportPlan::Definition& definition = myPlan.definitions[occurrence.definition];
     const PropertySets properties =
         WritePropertySets(myOut, definition.element.Properties(), occurrence.instance.Properties(), key);
     const Ref element =
@@ -300,9 +311,9 @@ Ref IfcWriter::WriteAssembly(const StepPlan::Occurrence& occurrence, Ref placeme
     return element;
 }
 
-Ref IfcWriter::WritePart(const StepPlan::Occurrence& occurrence, const Open& parent, const GuidKey& key)
+Ref IfcWriter::WritePart(const ExportPlan::Occurrence& occurrence, const Open& parent, const GuidKey& key)
 {
-    const StepPlan::Definition& definition = myPlan.definitions[occurrence.definition];
+    const ExportPlan::Definition& definition = myPlan.definitions[occurrence.definition];
     Shape& own = myShapes[occurrence.definition];
     Shape& base = myShapes[own.base];
     const bool shared = static_cast<bool>(base.type);
@@ -344,7 +355,7 @@ Ref IfcWriter::WriteDefinitionShape(Shape& shape)
                                    : myOut.Add("IFCPRODUCTDEFINITIONSHAPE", None, None, representations);
 }
 
-Ref IfcWriter::AddPlacement(Ref parent, const StepPlan::Occurrence& occurrence)
+Ref IfcWriter::AddPlacement(Ref parent, const ExportPlan::Occurrence& occurrence)
 {
     const Vector3& t = occurrence.translation;
     const Matrix3& r = occurrence.rotation;
@@ -382,6 +393,4 @@ std::string IfcWriter::GuidOf(const PropertySets& properties, const GuidKey& key
     return key.Text();
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

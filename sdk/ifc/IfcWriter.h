@@ -1,19 +1,20 @@
 // Writes a model as IFC4: assemblies as IfcElementAssembly, parts as IfcBuildingElementProxy with
 // triangulated face sets, shared parts as types with representation maps, polylines, looks and property sets.
 //
-//     StepPlan plan;
+//     ExportPlan plan;
 //     if (plan.Build(model)) { IfcWriter(sink, plan, options).Write(); }
 #pragma once
 
 #include <set>
 
 #include "sdk/ifc/IfcShapeWriter.h"
-#include "sdk/part21/StepPlan.h"
-#include "sdk/part21/StepWriter.h"
+#include "sdk/mesh/ExportPlan.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
+
+using mesh::ExportOptions;
+using mesh::ExportPlan;
+using text::ByteSink;
 
 /// Streams one file. IFC does not share assemblies, so each use of one is written out with all that it holds;
 /// the geometry of a part that is used more than once is written once. Memory depends on the largest single
@@ -21,7 +22,7 @@ namespace ifc {
 class IfcWriter
 {
 public:
-    IfcWriter(ByteSink& sink, const StepPlan& plan, const StepOptions& options);
+    IfcWriter(ByteSink& sink, const ExportPlan& plan, const ExportOptions& options);
 
     /// Writes the whole file. False when the sink failed, or the model unfolds to more occurrences than a
     /// file can sensibly hold.
@@ -56,19 +57,19 @@ private:
     Ref WriteProject(Ref units);
     void WriteShape(std::size_t definition);
     void WriteTree(std::size_t root, Ref parent, Ref placement, const GuidKey& key);
-    void WriteOccurrence(const StepPlan::Occurrence& occurrence, Open& parent, std::vector<Open>& open);
-    Ref WritePart(const StepPlan::Occurrence& occurrence, const Open& parent, const GuidKey& key);
-    Ref WriteAssembly(const StepPlan::Occurrence& occurrence, Ref placement, const GuidKey& key);
+    void WriteOccurrence(const ExportPlan::Occurrence& occurrence, Open& parent, std::vector<Open>& open);
+    Ref WritePart(const ExportPlan::Occurrence& occurrence, const Open& parent, const GuidKey& key);
+    Ref WriteAssembly(const ExportPlan::Occurrence& occurrence, Ref placement, const GuidKey& key);
     Ref WriteDefinitionShape(Shape& shape);
-    Ref AddPlacement(Ref parent, const StepPlan::Occurrence& occurrence);
+    Ref AddPlacement(Ref parent, const ExportPlan::Occurrence& occurrence);
     Ref DirectionOf(double x, double y, double z);
     void Relate(Ref element, const PropertySets& properties, const GuidKey& key);
     std::string GuidOf(const PropertySets& properties, const GuidKey& key);
 
     Part21Writer myOut;
     ShapeWriter myShapeWriter;
-    const StepPlan& myPlan;
-    const StepOptions& myOptions;
+    const ExportPlan& myPlan;
+    const ExportOptions& myOptions;
     double myUnitsPerMillimetre;
     std::vector<std::size_t> myUses; ///< of each definition in the unfolded tree
     std::vector<Shape> myShapes;     ///< by definition
@@ -83,6 +84,4 @@ private:
     std::vector<Ref> myContained;
 };
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

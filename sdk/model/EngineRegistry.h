@@ -1,9 +1,9 @@
 // Which engine reads and writes which format. Filled once by RegisterEngines (sdk/Engines.cpp), which calls
-// one function of each engine room:
+// one function of each format's room:
 //
-//     sdk/occt/OcctEngines.h      void RegisterOcctEngines(EngineRegistry&)      STEP and IGES in, IGES out
-//     sdk/part21/Part21Engines.h  void RegisterPart21Engines(EngineRegistry&)    STEP out
-//     sdk/ifc/IfcEngines.h        void RegisterIfcEngines(EngineRegistry&)       IFC in and out
+//     sdk/step/StepEngines.h    void RegisterStepEngines(EngineRegistry&)
+//     sdk/iges/IgesEngines.h    void RegisterIgesEngines(EngineRegistry&)
+//     sdk/ifc/IfcEngines.h      void RegisterIfcEngines(EngineRegistry&)
 //
 // Applications ask CanRead and CanWrite of <cadex/internal/Formats.hxx> instead. A test puts its own engine
 // in and puts the one before back.

@@ -21,7 +21,7 @@ public:
     /// Takes the model (a shallow copy of the handle keeps its objects). `parameters` is the format's own
     /// class (static_cast), valid during this call; its length unit is final from here on.
     virtual bool Transfer(const ModelData_Model& model, const Base_WriterParameters& parameters) = 0;
-    /// Writes the file whole or not at all; AtomicFile in sdk/part21 helps.
+    /// Writes the file whole or not at all; AtomicFile in sdk/text helps.
     virtual bool WriteFile(const std::filesystem::path& file) = 0;
     /// Writes to a stream; engines that need a file keep this.
     virtual bool WriteStream(std::ostream&) { return false; }

@@ -25,8 +25,7 @@
 
 #include "sdk/occt/FlatHealing.h"
 
-namespace cadex {
-namespace occt {
+namespace cadex::occt {
 namespace {
 
 struct Setting
@@ -253,5 +252,4 @@ bool SetEngineSetting(const char* name, int value)
     return SetEngineSetting(name, std::to_string(value).c_str());
 }
 
-} // namespace occt
-} // namespace cadex
+} // namespace cadex::occt

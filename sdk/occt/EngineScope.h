@@ -12,8 +12,7 @@
 
 #include <functional>
 
-namespace cadex {
-namespace occt {
+namespace cadex::occt {
 
 /// What the work needs.
 enum class EngineUse
@@ -34,5 +33,4 @@ bool RunGuarded(EngineUse use, const std::function<bool()>& work) noexcept;
 bool SetEngineSetting(const char* name, int value);
 bool SetEngineSetting(const char* name, const char* value);
 
-} // namespace occt
-} // namespace cadex
+} // namespace cadex::occt

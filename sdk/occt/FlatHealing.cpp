@@ -18,8 +18,7 @@
 #include <XSAlgo_ToolContainer.hxx>
 #include <gp_Ax3.hxx>
 
-namespace cadex {
-namespace occt {
+namespace cadex::occt {
 namespace {
 
 class FlatAwareContainer : public XSAlgo_AlgoContainer
@@ -114,5 +113,4 @@ FlatHealing::~FlatHealing()
     XSAlgo::SetAlgoContainer(mySaved);
 }
 
-} // namespace occt
-} // namespace cadex
+} // namespace cadex::occt

@@ -6,8 +6,7 @@
 
 class TopoDS_Shape;
 
-namespace cadex {
-namespace occt {
+namespace cadex::occt {
 
 /// While an object of this class lives, shapes whose faces are all planes and whose edges are all lines come
 /// out of the STEP and IGES translators as they were built; all others are healed as usual. Healing is about
@@ -30,5 +29,4 @@ private:
 /// must be healed.
 bool IsFlat(const TopoDS_Shape& shape);
 
-} // namespace occt
-} // namespace cadex
+} // namespace cadex::occt

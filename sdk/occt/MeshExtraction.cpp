@@ -15,10 +15,13 @@
 #include <TopoDS_Vertex.hxx>
 #include <gp_Trsf.hxx>
 
-#include "sdk/occt/SliverFlips.h"
+#include "sdk/mesh/SliverFlips.h"
 #include "sdk/occt/SurfaceNormals.h"
 
 namespace cadex::occt {
+
+using mesh::FlipSlivers;
+using mesh::NodeTriangle;
 
 namespace {
 

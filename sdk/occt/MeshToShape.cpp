@@ -18,10 +18,14 @@
 #include <gp_Ax3.hxx>
 #include <gp_Vec.hxx>
 
-#include "sdk/occt/MeshBodies.h"
+#include "sdk/mesh/MeshBodies.h"
 #include "sdk/occt/OcctBRep.h"
 
 namespace cadex::occt {
+
+using mesh::FindBodies;
+using mesh::MeshBody;
+using mesh::PlacedMesh;
 
 namespace {
 
@@ -48,7 +52,7 @@ public:
 private:
     TopoDS_Shell Shell(std::size_t number, const MeshBody& body)
     {
-        const internal::MeshTopology::Piece& piece = myMesh.topology.pieces[number];
+        const mesh::MeshTopology::Piece& piece = myMesh.topology.pieces[number];
         TopoDS_Shell shell;
         myBuilder.MakeShell(shell);
         for (std::size_t i = piece.first; i < piece.last; ++i) {
@@ -102,7 +106,7 @@ private:
 
     gp_Pnt Point(U32 index) const
     {
-        const internal::Vector3& point = myMesh.vertices[index];
+        const mesh::Vector3& point = myMesh.vertices[index];
         return {point[0], point[1], point[2]};
     }
 
@@ -118,9 +122,9 @@ TopoDS_Shape MakeShape(const FacetedBRep& facets)
 {
     internal::TriangleSetImpl joined;
     for (const FacetGroup& group : facets.groups) {
-        Append(joined, group.points, group.indices);
+        mesh::Append(joined, group.points, group.indices);
     }
-    const PlacedMesh mesh(joined, internal::Affine());
+    const PlacedMesh mesh(joined, mesh::Affine());
     const std::vector<MeshBody> bodies = FindBodies(mesh);
     if (bodies.empty()) {
         return {};

@@ -4,7 +4,7 @@
 #include <cadex/ModelData_Model.hxx>
 #include <cadex/ModelData_Part.hxx>
 
-#include "sdk/occt/DistinctParts.h"
+#include "sdk/mesh/DistinctParts.h"
 #include "sdk/occt/EngineScope.h"
 #include "sdk/occt/OcctBRep.h"
 #include "sdk/occt/PartMesher.h"
@@ -42,13 +42,13 @@ void MeshParts(std::vector<ModelData_Part> parts, const ModelAlgo_BRepMesherPara
 
 void ModelAlgo_BRepMesher::Compute(const ModelData_Model& theModel, bool theEnforceAddition) const
 {
-    MeshParts(occt::DistinctParts(theModel), myParameters, theEnforceAddition);
+    MeshParts(mesh::DistinctParts(theModel), myParameters, theEnforceAddition);
 }
 
 void ModelAlgo_BRepMesher::Compute(const ModelData_SceneGraphElement& theElement,
                                    bool theEnforceAddition) const
 {
-    MeshParts(occt::DistinctParts(theElement), myParameters, theEnforceAddition);
+    MeshParts(mesh::DistinctParts(theElement), myParameters, theEnforceAddition);
 }
 
 } // namespace cadex

@@ -8,10 +8,10 @@
 #include <cadex/ModelData_Part.hxx>
 #include <cadex/ModelData_SceneGraphElement.hxx>
 
+#include "sdk/mesh/PlacedParts.h"
 #include "sdk/occt/EngineScope.h"
 #include "sdk/occt/MassProperties.h"
 #include "sdk/occt/OcctBRep.h"
-#include "sdk/occt/PlacedParts.h"
 
 namespace cadex {
 
@@ -59,17 +59,17 @@ std::optional<MassProperties> MassOfElement(const ModelData_SceneGraphElement& e
     bool isWhole = true;
     MassProperties sum;
     double moment[3] = {0, 0, 0};
-    occt::ForEachPlacedPart(element, [&](const occt::PlacedPart& placed) {
+    mesh::ForEachPlacedPart(element, [&](const mesh::PlacedPart& placed) {
         if (placed.part.BRepRepresentation().IsNull()) {
             return;
         }
         const std::optional<MassProperties> mass = MassOf(placed.part);
-        if (!mass || !occt::IsFinite(placed.placement)) {
+        if (!mass || !mesh::IsFinite(placed.placement)) {
             isWhole = false;
             return;
         }
-        const double volume = mass->volume * std::abs(internal::Determinant(placed.placement.linear));
-        const ModelData_Point centroid = occt::Apply(placed.placement, mass->centroid);
+        const double volume = mass->volume * std::abs(mesh::Determinant(placed.placement.linear));
+        const ModelData_Point centroid = mesh::Apply(placed.placement, mass->centroid);
         sum.volume += volume;
         moment[0] += volume * centroid.X();
         moment[1] += volume * centroid.Y();
@@ -86,9 +86,9 @@ std::optional<MassProperties> MassOfElement(const ModelData_SceneGraphElement& e
 double AreaOfElement(const ModelData_SceneGraphElement& element)
 {
     double sum = 0;
-    occt::ForEachPlacedPart(element, [&](const occt::PlacedPart& placed) {
-        const double scale = std::cbrt(std::abs(internal::Determinant(placed.placement.linear)));
-        sum += occt::IsSimilarity(placed.placement) ? AreaOf(placed.part) * scale * scale : std::nan("");
+    mesh::ForEachPlacedPart(element, [&](const mesh::PlacedPart& placed) {
+        const double scale = std::cbrt(std::abs(mesh::Determinant(placed.placement.linear)));
+        sum += mesh::IsSimilarity(placed.placement) ? AreaOf(placed.part) * scale * scale : std::nan("");
     });
     return sum;
 }

@@ -13,16 +13,16 @@
 #include <cadex/ModelData_BRepRepresentation.hxx>
 #include <cadex/ModelData_Part.hxx>
 
+#include "sdk/mesh/PlacedParts.h"
 #include "sdk/occt/EngineScope.h"
 #include "sdk/occt/MeshToShape.h"
 #include "sdk/occt/OcctBRep.h"
-#include "sdk/occt/PlacedParts.h"
 
 namespace cadex {
 
 namespace {
 
-using occt::Affine;
+using mesh::Affine;
 
 // A scale factor this near to 1 is none: the kernel's own limit for locations.
 constexpr double RigidTolerance = 1e-12;
@@ -54,12 +54,12 @@ TopoDS_Shape ShapeOf(const ModelData_Part& part)
 /// Rigid placements become locations; others change the geometry of a copy.
 TopoDS_Shape Placed(const TopoDS_Shape& shape, const Affine& placement)
 {
-    if (occt::IsIdentity(placement)) {
+    if (mesh::IsIdentity(placement)) {
         return shape;
     }
-    const internal::Matrix3& m = placement.linear;
-    const internal::Vector3& t = placement.translation;
-    if (occt::IsSimilarity(placement)) {
+    const mesh::Matrix3& m = placement.linear;
+    const mesh::Vector3& t = placement.translation;
+    if (mesh::IsSimilarity(placement)) {
         gp_Trsf trsf;
         trsf.SetValues(m[0], m[1], m[2], t[0], m[3], m[4], m[5], t[1], m[6], m[7], m[8], t[2]);
         const bool isRigid = !trsf.IsNegative() && std::abs(trsf.ScaleFactor() - 1) < RigidTolerance;
@@ -77,7 +77,7 @@ TopoDS_Shape Placed(const TopoDS_Shape& shape, const Affine& placement)
 
 bool IsSingular(const Affine& placement)
 {
-    return !occt::IsFinite(placement) || internal::Determinant(placement.linear) == 0;
+    return !mesh::IsFinite(placement) || mesh::Determinant(placement.linear) == 0;
 }
 
 template <typename Visited>
@@ -85,7 +85,7 @@ TopoDS_Shape CompoundOf(const Visited& visited)
 {
     BRep_Builder builder;
     TopoDS_Compound compound;
-    occt::ForEachPlacedPart(visited, [&](const occt::PlacedPart& placed) {
+    mesh::ForEachPlacedPart(visited, [&](const mesh::PlacedPart& placed) {
         const TopoDS_Shape shape = IsSingular(placed.placement) ? TopoDS_Shape() : ShapeOf(placed.part);
         if (shape.IsNull()) {
             return;

@@ -21,8 +21,7 @@
 #include "sdk/model/BRepImpl.h"
 #include "sdk/occt/MassProperties.h"
 
-namespace cadex {
-namespace occt {
+namespace cadex::occt {
 
 /// Appearances of faces, and of edges that belong to no face; found whatever the orientation of the shape
 /// asked for.
@@ -93,5 +92,4 @@ const T* BRepOf(const ModelData_BRepRepresentation& representation)
     return dynamic_cast<const T*>(representation.Impl());
 }
 
-} // namespace occt
-} // namespace cadex
+} // namespace cadex::occt

@@ -5,8 +5,7 @@
 
 #include <cadex/ModelData_Transformation.hxx>
 
-namespace cadex {
-namespace occt {
+namespace cadex::occt {
 
 /// The whole matrix goes into the rotation part, so that mirrors and scales are kept; the factor stays 1.
 inline ModelData_Transformation ToTransformation(const gp_Trsf& placement)
@@ -19,5 +18,4 @@ inline ModelData_Transformation ToTransformation(const gp_Trsf& placement)
     return result;
 }
 
-} // namespace occt
-} // namespace cadex
+} // namespace cadex::occt

@@ -7,8 +7,7 @@
 
 #include "sdk/occt/OcctBRep.h"
 
-namespace cadex {
-namespace occt {
+namespace cadex::occt {
 namespace {
 
 bool IsSameObject(const ModelData_Appearance& left, const ModelData_Appearance& right)
@@ -105,5 +104,4 @@ void ShapeLooks::Apply(OcctBRep& body, const ModelData_Appearance& whole) const
     }
 }
 
-} // namespace occt
-} // namespace cadex
+} // namespace cadex::occt

@@ -7,8 +7,7 @@
 
 #include <cadex/ModelData_Appearance.hxx>
 
-namespace cadex {
-namespace occt {
+namespace cadex::occt {
 
 class OcctBRep;
 
@@ -42,5 +41,4 @@ private:
     NCollection_DataMap<TopoDS_Shape, Look, TopTools_ShapeMapHasher> myLooks;
 };
 
-} // namespace occt
-} // namespace cadex
+} // namespace cadex::occt

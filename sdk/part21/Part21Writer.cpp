@@ -6,8 +6,7 @@
 #include <cmath>
 #include <ctime>
 
-namespace cadex {
-namespace internal {
+namespace cadex::part21 {
 
 namespace {
 
@@ -238,5 +237,4 @@ void Part21Writer::Flush()
     myEnd = myBuffer.get();
 }
 
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::part21

@@ -24,10 +24,11 @@
 
 #include <cadex/Base_UTF16String.hxx>
 
-#include "sdk/part21/AtomicFile.h"
+#include "sdk/text/AtomicFile.h"
 
-namespace cadex {
-namespace internal {
+namespace cadex::part21 {
+
+using text::ByteSink;
 
 /// An entity's instance name, #id. Id 0 stands for none and is written as $.
 struct Ref
@@ -235,5 +236,4 @@ private:
     bool myOk = true;
 };
 
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::part21

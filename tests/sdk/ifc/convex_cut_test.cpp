@@ -13,7 +13,7 @@
 namespace ifctest {
 namespace {
 
-using namespace cadex::internal::ifc;
+using namespace cadex::ifc;
 
 Polyhedron Box(const gp_XYZ& low, const gp_XYZ& high, const Affine& placement = {})
 {

@@ -226,7 +226,7 @@ bool Fits(char kind, const string& value)
         value.find('.') != string::npos && value.find_first_not_of("0123456789+-.E") == string::npos;
     switch (kind) {
     case 'g':
-        return value.size() == 24 && internal::ifc::IsGuid(value.substr(1, 22));
+        return value.size() == 24 && ifc::IsGuid(value.substr(1, 22));
     case 's':
     case 'S':
         return value.front() == '\'' && value.back() == '\'';
@@ -262,13 +262,13 @@ TEST(IfcWriter, EveryEntityFitsTheSchema)
         for (std::size_t i = 0; i < text.size(); ++i) {
             ASSERT_TRUE(text[i] == '\n' || (text[i] >= 32 && text[i] < 127)) << "byte " << i;
         }
-        internal::ifc::IfcFile file;
+        ifc::IfcFile file;
         ASSERT_TRUE(file.Load(text));
         EXPECT_EQ(file.Schema(), "IFC4");
         std::set<string> guids;
         std::set<string> seen;
         for (const auto& record : file.Records()) {
-            const internal::ifc::Entity entity = file.At(record);
+            const ifc::Entity entity = file.At(record);
             const string name(entity.TypeName());
             const auto known = Schema().find(name);
             ASSERT_NE(known, Schema().end()) << name;
@@ -277,7 +277,7 @@ TEST(IfcWriter, EveryEntityFitsTheSchema)
             for (std::size_t i = 0; i < entity.Size(); ++i) {
                 EXPECT_TRUE(Fits(known->second[i], string(entity.Raw(i))))
                     << name << ' ' << i << ' ' << entity.Raw(i);
-                for (internal::ifc::Id id : entity.Refs(i)) {
+                for (ifc::Id id : entity.Refs(i)) {
                     EXPECT_TRUE(static_cast<bool>(file.Get(id))) << name << " refers to nothing";
                 }
                 if (known->second[i] == 'g') {

@@ -18,7 +18,7 @@
 #include <cadex/ModelAlgo_ValidationProperty.hxx>
 #include <cadex/ModelData_ShapeConverter.hxx>
 
-#include "tests/sdk/occt/MeshModels.h"
+#include "tests/sdk/MeshModels.h"
 
 using namespace cadex;
 using namespace cadex::test;

@@ -24,8 +24,8 @@
 #include <cadex/ModelAlgo_BRepMesher.hxx>
 #include <cadex/ModelData_PolyLineSet.hxx>
 
-#include "sdk/occt/SliverFlips.h"
-#include "tests/sdk/occt/MeshModels.h"
+#include "sdk/mesh/SliverFlips.h"
+#include "tests/sdk/MeshModels.h"
 
 using namespace cadex;
 using namespace cadex::test;
@@ -300,10 +300,10 @@ TEST(Mesher, SliversAreTurnedIntoTrianglesWithArea)
     // The top of a plate whose long side has two nodes on it, so that 0 1 2 and 0 2 3 have no area.
     const std::vector<ModelData_Point> points = {{0, 0, 0}, {1, 0, 0}, {2, 1e-9, 0}, {3, 0, 0}, {1, 5, 0}};
     const std::vector<U32> pointOf = {0, 1, 2, 3, 4};
-    std::vector<occt::NodeTriangle> triangles = {{2, 1, 0}, {3, 2, 0}, {0, 4, 3}};
+    std::vector<mesh::NodeTriangle> triangles = {{2, 1, 0}, {3, 2, 0}, {0, 4, 3}};
     const auto outline = [&] {
         std::map<std::pair<int, int>, int> sides;
-        for (const occt::NodeTriangle& t : triangles) {
+        for (const mesh::NodeTriangle& t : triangles) {
             for (std::size_t k = 0; k < 3; ++k) {
                 const int from = t[k];
                 const int to = t[(k + 1) % 3];
@@ -314,18 +314,18 @@ TEST(Mesher, SliversAreTurnedIntoTrianglesWithArea)
         return sides;
     };
     const auto before = outline();
-    occt::FlipSlivers(triangles, points, pointOf);
+    mesh::FlipSlivers(triangles, points, pointOf);
     EXPECT_EQ(triangles.size(), 3U);
     EXPECT_EQ(outline(), before);
-    for (const occt::NodeTriangle& t : triangles) {
-        EXPECT_FALSE(occt::IsSliver(points[static_cast<std::size_t>(t[0])],
+    for (const mesh::NodeTriangle& t : triangles) {
+        EXPECT_FALSE(mesh::IsSliver(points[static_cast<std::size_t>(t[0])],
                                     points[static_cast<std::size_t>(t[1])],
                                     points[static_cast<std::size_t>(t[2])]));
     }
     // Alone, a sliver stays.
     triangles = {{0, 1, 2}};
-    occt::FlipSlivers(triangles, points, pointOf);
-    EXPECT_EQ(triangles, (std::vector<occt::NodeTriangle>{{0, 1, 2}}));
+    mesh::FlipSlivers(triangles, points, pointOf);
+    EXPECT_EQ(triangles, (std::vector<mesh::NodeTriangle>{{0, 1, 2}}));
 }
 
 TEST(Mesher, ThreadsChangeNothing)

@@ -11,13 +11,14 @@
 #include <cadex/ModelData_Model.hxx>
 #include <cadex/STEP_Writer.hxx>
 
-#include "StepModels.h"
 #include "sdk/part21/Part21Writer.h"
+#include "tests/sdk/step/StepModels.h"
 
 namespace {
 
 using namespace cadex;
-using namespace cadex::internal;
+using namespace cadex::part21;
+using text::StreamSink;
 
 TEST(Part21Text, EscapesStrings)
 {

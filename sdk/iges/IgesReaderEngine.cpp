@@ -1,0 +1,63 @@
+#include "sdk/iges/IgesReaderEngine.h"
+
+#include <string>
+
+#include <IGESControl_Reader.hxx>
+#include <Interface_InterfaceModel.hxx>
+
+#include "sdk/iges/IgesModelBuilder.h"
+#include "sdk/iges/IgesText.h"
+#include "sdk/occt/EngineScope.h"
+#include "sdk/text/FileBytes.h"
+
+namespace cadex::iges {
+
+using occt::EngineUse;
+using occt::RunGuarded;
+using text::StemOf;
+namespace {
+
+class IgesEngine : public internal::ReaderEngine
+{
+public:
+    ~IgesEngine() override
+    {
+        // The kernel's entities are destroyed under the guard they were made under.
+        RunGuarded(EngineUse::Iges, [this] {
+            myReader.reset();
+            return true;
+        });
+    }
+
+    bool ReadFile(const std::filesystem::path& file, const Base_ReaderParameters&) override
+    {
+        if (!IsSoundIges(file)) {
+            return false;
+        }
+        myFileName = StemOf(file);
+        return RunGuarded(EngineUse::Iges, [&] {
+            myReader = std::make_unique<IGESControl_Reader>();
+            return myReader->ReadFile(file.string().c_str()) == IFSelect_RetDone &&
+                   myReader->Model()->NbEntities() > 0;
+        });
+    }
+
+    bool Transfer(ModelData_Model& model) override
+    {
+        return myReader != nullptr &&
+               RunGuarded(EngineUse::Iges, [&] { return BuildIgesModel(*myReader, myFileName, model); });
+    }
+
+private:
+    Base_UTF16String myFileName;
+    std::unique_ptr<IGESControl_Reader> myReader;
+};
+
+} // namespace
+
+std::unique_ptr<internal::ReaderEngine> MakeIgesEngine()
+{
+    return std::make_unique<IgesEngine>();
+}
+
+} // namespace cadex::iges

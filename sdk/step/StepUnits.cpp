@@ -1,0 +1,118 @@
+#include "sdk/step/StepUnits.h"
+
+#include <cmath>
+#include <string_view>
+#include <vector>
+
+namespace cadex::step {
+
+namespace {
+
+constexpr double MillimetresPerMetre = 1000.0;
+constexpr int MaximalNesting = 4; // of conversion-based units
+
+struct Prefix
+{
+    std::string_view name;
+    double factor;
+};
+
+// NOTE: ISO 10303-41, si_prefix.
+constexpr Prefix Prefixes[] = {{"EXA", 1e18},  {"PETA", 1e15},  {"TERA", 1e12},   {"GIGA", 1e9},
+                               {"MEGA", 1e6},  {"KILO", 1e3},   {"HECTO", 1e2},   {"DECA", 1e1},
+                               {"DECI", 1e-1}, {"CENTI", 1e-2}, {"MILLI", 1e-3},  {"MICRO", 1e-6},
+                               {"NANO", 1e-9}, {"PICO", 1e-12}, {"FEMTO", 1e-15}, {"ATTO", 1e-18}};
+
+double PrefixFactor(std::string_view name)
+{
+    for (const Prefix& prefix : Prefixes) {
+        if (prefix.name == name) {
+            return prefix.factor;
+        }
+    }
+    return 1.0;
+}
+
+double LengthFactor(const ClearText& text, RecordId unit, int nesting)
+{
+    bool found = false;
+    if (Cursor si = text.Arguments(unit, "SI_UNIT", found); found) {
+        // A simple instance has the derived dimensions first.
+        if (si.Next() == Cursor::Kind::Omitted) {
+            Cursor ahead = si;
+            ahead.Skip();
+            if (ahead.Next() != Cursor::Kind::Enumerator || Cursor(ahead).Enumerator() != "METRE") {
+                si.Skip();
+            }
+        }
+        const double prefix =
+            si.Next() == Cursor::Kind::Enumerator ? PrefixFactor(Cursor(si).Enumerator()) : 1.0;
+        si.Skip();
+        return si.Enumerator() == "METRE" ? prefix * MillimetresPerMetre : 0.0;
+    }
+    Cursor conversion = text.Arguments(unit, "CONVERSION_BASED_UNIT", found);
+    if (!found || nesting > MaximalNesting) {
+        return 0.0;
+    }
+    conversion.Skip();
+    const RecordId measure = conversion.Reference();
+    for (const std::string_view type : {"LENGTH_MEASURE_WITH_UNIT", "MEASURE_WITH_UNIT"}) {
+        Cursor arguments = text.Arguments(measure, type, found);
+        if (!found || !arguments.More()) {
+            continue;
+        }
+        const bool typed = !arguments.EnterTyped().empty();
+        const double value = arguments.Real();
+        if (typed) {
+            arguments.Leave();
+        }
+        const double factor = LengthFactor(text, arguments.Reference(), nesting + 1);
+        return arguments.Failed() || !(value > 0.0) ? 0.0 : value * factor;
+    }
+    return 0.0;
+}
+
+} // namespace
+
+double LengthUnitFactor(const ClearText& text, RecordId unit)
+{
+    return LengthFactor(text, unit, 0);
+}
+
+double MeasureFactor(const ClearText& text, RecordId unit)
+{
+    if (const double length = LengthUnitFactor(text, unit); length > 0.0) {
+        return length;
+    }
+    bool found = false;
+    Cursor derived = text.Arguments(unit, "DERIVED_UNIT", found);
+    std::vector<RecordId> elements;
+    derived.References(elements);
+    double factor = 1.0;
+    for (const RecordId element : elements) {
+        Cursor arguments = text.Arguments(element, "DERIVED_UNIT_ELEMENT", found);
+        const double length = LengthUnitFactor(text, arguments.Reference());
+        const double exponent = arguments.Real();
+        if (!found || !(length > 0.0)) {
+            return 1.0;
+        }
+        factor *= std::pow(length, exponent);
+    }
+    return factor;
+}
+
+double ContextLengthFactor(const ClearText& text, RecordId context)
+{
+    bool found = false;
+    Cursor arguments = text.Arguments(context, "GLOBAL_UNIT_ASSIGNED_CONTEXT", found);
+    std::vector<RecordId> units;
+    arguments.References(units);
+    for (const RecordId unit : units) {
+        if (const double factor = LengthUnitFactor(text, unit); factor > 0.0) {
+            return factor;
+        }
+    }
+    return 0.0;
+}
+
+} // namespace cadex::step
