@@ -20,6 +20,9 @@
 
 namespace cadex::ifc {
 
+using internal::Report;
+using internal::Reports;
+
 /// p' = matrix * p + offset; lengths in millimetres.
 struct Affine
 {
