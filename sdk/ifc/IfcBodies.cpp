@@ -328,7 +328,7 @@ void BodyReader::ReadFlat(const Entity& representation, const Affine& placement,
     }
 }
 
-void CutOpenings(std::vector<Body>& bodies, const std::vector<Body>& tools)
+void CutOpenings(Context& context, std::vector<Body>& bodies, const std::vector<Body>& tools)
 {
     struct Tool
     {
@@ -355,8 +355,19 @@ void CutOpenings(std::vector<Body>& bodies, const std::vector<Body>& tools)
                 meeting.push_back(&tool.solid);
             }
         }
+        const AtWork atWork(context, body.item);
         Solid cut;
-        if (!meeting.empty() && Combine(BooleanKind::Cut, whole, meeting, cut)) {
+        bool done = true;
+        try {
+            done = meeting.empty() || Combine(context, BooleanKind::Cut, whole, meeting, cut);
+        } catch (const Unbuildable& reason) {
+            cut = whole;
+            context.Report(Report::Kind::Repaired, reason.what());
+        }
+        if (!done) {
+            context.Report(Report::Kind::Repaired, "openings that cannot all be cut out of their element");
+        }
+        if (!meeting.empty()) {
             body.kind = cut.IsFlat() ? Body::Kind::Facets : Body::Kind::Shape;
             body.shape = cut.IsFlat() ? TopoDS_Shape() : cut.Shape();
             body.facets = cut.IsFlat() ? cut.Facets() : Polyhedron();

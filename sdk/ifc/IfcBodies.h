@@ -64,9 +64,9 @@ private:
 /// Target o origin^-1 of an IfcMappedItem: where the representation map's own coordinates come to lie.
 Affine MappingOf(const Context& context, const Entity& mappedItem);
 
-/// Cuts the tools out of every body with a volume that they can meet. A body that the kernel cannot cut stays
-/// whole.
-void CutOpenings(std::vector<Body>& bodies, const std::vector<Body>& tools);
+/// Cuts the tools out of every body with a volume that they can meet. A body that cannot be cut stays whole,
+/// and is reported.
+void CutOpenings(Context& context, std::vector<Body>& bodies, const std::vector<Body>& tools);
 
 /// The bodies as parts of that name: one for exact shapes with loose curves, one for facets, one for meshes
 /// with curves; no part for what is absent. `fallback` is worn by bodies without an appearance of their own.

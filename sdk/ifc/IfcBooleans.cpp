@@ -1,16 +1,21 @@
 // Boolean results and half spaces.
+#include <algorithm>
 #include <cmath>
+#include <set>
 
 #include <BRepAlgoAPI_Common.hxx>
 #include <BRepAlgoAPI_Cut.hxx>
 #include <BRepAlgoAPI_Fuse.hxx>
 #include <BRepBndLib.hxx>
+#include <BRepGProp.hxx>
 #include <BRep_Tool.hxx>
+#include <GProp_GProps.hxx>
 #include <TopExp_Explorer.hxx>
 #include <TopTools_ListOfShape.hxx>
 #include <TopoDS.hxx>
 
 #include "sdk/ifc/IfcConvexCut.h"
+#include "sdk/ifc/IfcFlatBoolean.h"
 #include "sdk/ifc/IfcSolids.h"
 
 namespace cadex::ifc {
@@ -105,39 +110,33 @@ Bnd_Box Solid::Bounds() const
     return box;
 }
 
-bool Combine(BooleanKind kind, const Solid& body, const std::vector<const Solid*>& tools, Solid& result)
+namespace {
+
+double VolumeOf(const TopoDS_Shape& shape)
 {
-    std::vector<const Polyhedron*> flat;
-    std::vector<TopoDS_Shape> shapes;
-    for (const Solid* tool : tools) {
-        if (tool->IsFlat()) {
-            flat.push_back(&tool->Facets());
-        }
-    }
-    Polyhedron rest;
-    if (kind == BooleanKind::Cut && body.IsFlat() && flat.size() == tools.size() &&
-        CutConvex(body.Facets(), flat, rest)) {
-        result = Solid(std::move(rest));
-        return true;
-    }
-    shapes.reserve(tools.size());
-    for (const Solid* tool : tools) {
-        shapes.push_back(tool->Shape());
-    }
-    TopoDS_Shape shape;
-    if (!Combine(kind, body.Shape(), shapes, shape)) {
-        result = body;
-        return false;
-    }
-    Polyhedron polygons;
-    result = FacetsOf(shape, polygons) ? Solid(std::move(polygons)) : Solid(shape);
-    return true;
+    GProp_GProps properties;
+    BRepGProp::VolumeProperties(shape, properties);
+    return properties.Mass();
 }
 
-bool Combine(BooleanKind kind, TopoDS_Shape body, const std::vector<TopoDS_Shape>& tools,
-             TopoDS_Shape& result)
+/// The result of an operation on bodies of these volumes can have this volume.
+bool IsPlausible(BooleanKind kind, double body, double tools, double largestTool, double result)
 {
-    result = body;
+    const double slack = 1e-4 * std::max(body, result) + 1e-3;
+    switch (kind) {
+    case BooleanKind::Cut:
+        return result <= body + slack && result >= body - tools - slack;
+    case BooleanKind::Fuse:
+        return result <= body + tools + slack && result >= std::max(body, largestTool) - slack;
+    default:
+        return result <= std::min(body, tools) + slack;
+    }
+}
+
+/// One run of the kernel's operation; null when it fails.
+TopoDS_Shape Operate(BooleanKind kind, const TopoDS_Shape& body, const std::vector<TopoDS_Shape>& tools,
+                     double fuzziness)
+{
     TopTools_ListOfShape arguments;
     arguments.Append(body);
     TopTools_ListOfShape toolList;
@@ -156,21 +155,125 @@ bool Combine(BooleanKind kind, TopoDS_Shape body, const std::vector<TopoDS_Shape
     operation.SetRunParallel(false);
     operation.SetNonDestructive(true);
     operation.SetToFillHistory(false);
-    operation.SetFuzzyValue(1e-5);
+    operation.SetFuzzyValue(fuzziness);
     operation.Build();
     if (!operation.IsDone() || operation.HasErrors()) {
-        return false;
+        return {};
     }
     const TopoDS_Shape shape = operation.Shape();
     const bool solid = Has(body, TopAbs_SOLID);
     const bool empty = !Has(shape, TopAbs_FACE);
     // Nothing left is an answer of a cut or an intersection; faces without a solid, or a solid with a gap,
     // are none.
-    if (empty ? kind == BooleanKind::Fuse : solid && (!Has(shape, TopAbs_SOLID) || !IsSound(shape))) {
+    const bool sound =
+        empty ? kind != BooleanKind::Fuse : !solid || (Has(shape, TopAbs_SOLID) && IsSound(shape));
+    return sound ? shape : TopoDS_Shape();
+}
+
+/// The same, and what comes out has a volume that can be right.
+TopoDS_Shape OperateSoundly(BooleanKind kind, const TopoDS_Shape& body,
+                            const std::vector<TopoDS_Shape>& tools, double fuzziness)
+{
+    const TopoDS_Shape shape = Operate(kind, body, tools, fuzziness);
+    if (shape.IsNull() || !Has(body, TopAbs_SOLID)) {
+        return shape;
+    }
+    double all = 0;
+    double largest = 0;
+    for (const TopoDS_Shape& tool : tools) {
+        const double volume = std::abs(VolumeOf(tool));
+        all += volume;
+        largest = std::max(largest, volume);
+    }
+    const double whole = std::abs(VolumeOf(body));
+    const double rest = VolumeOf(shape);
+    if (!IsPlausible(kind, whole, all, largest, rest)) {
+        return {};
+    }
+    if (kind == BooleanKind::Cut && rest > whole * (1 - 1e-9)) {
+        // Nothing was taken away, though the boxes meet: right only when nothing is common.
+        const TopoDS_Shape common = Operate(BooleanKind::Common, body, tools, fuzziness);
+        if (!common.IsNull() && VolumeOf(common) > 1e-6 * whole) {
+            return {};
+        }
+    }
+    return shape;
+}
+
+double VolumeOf(const Polyhedron& body)
+{
+    return body.SignedVolume(0, body.loops.size()) / 6;
+}
+
+bool CombinePolygons(Context& context, BooleanKind kind, const Solid& body,
+                     const std::vector<const Solid*>& tools, Polyhedron& result)
+{
+    std::vector<Polyhedron> snapped;
+    snapped.reserve(tools.size());
+    double all = 0;
+    double largest = 0;
+    for (const Solid* tool : tools) {
+        snapped.push_back(Snapped(tool->Facets(), body.Facets(), context.fuzziness));
+        const double volume = VolumeOf(snapped.back());
+        all += volume;
+        largest = std::max(largest, volume);
+    }
+    std::vector<const Polyhedron*> flat;
+    flat.reserve(snapped.size());
+    for (const Polyhedron& tool : snapped) {
+        flat.push_back(&tool);
+    }
+    const double whole = VolumeOf(body.Facets());
+    const auto plausible = [&] { return IsPlausible(kind, whole, all, largest, VolumeOf(result)); };
+    return (kind == BooleanKind::Cut && CutConvex(body.Facets(), flat, result) && plausible()) ||
+           (CombineFlat(context, kind, body.Facets(), flat, result) && plausible());
+}
+
+} // namespace
+
+bool Combine(Context& context, BooleanKind kind, const Solid& body, const std::vector<const Solid*>& tools,
+             Solid& result)
+{
+    const auto isFlat = [](const Solid* tool) { return tool->IsFlat(); };
+    Polyhedron polygons;
+    if (body.IsFlat() && std::all_of(tools.begin(), tools.end(), isFlat) &&
+        CombinePolygons(context, kind, body, tools, polygons)) {
+        result = Solid(std::move(polygons));
+        return true;
+    }
+    std::vector<TopoDS_Shape> shapes;
+    shapes.reserve(tools.size());
+    for (const Solid* tool : tools) {
+        shapes.push_back(tool->Shape());
+    }
+    TopoDS_Shape shape;
+    const bool done = Combine(context, kind, body.Shape(), shapes, shape);
+    polygons = Polyhedron();
+    result = FacetsOf(shape, polygons) ? Solid(std::move(polygons)) : Solid(shape);
+    return done;
+}
+
+bool Combine(const Context& context, BooleanKind kind, const TopoDS_Shape& body,
+             const std::vector<TopoDS_Shape>& tools, TopoDS_Shape& result)
+{
+    const TopoDS_Shape whole = body; // may be the result's own
+    const std::set<double> fuzziness{1e-5, context.fuzziness, std::min(10 * context.fuzziness, 1.0)};
+    for (const double fuzzy : fuzziness) {
+        const TopoDS_Shape shape = OperateSoundly(kind, whole, tools, fuzzy);
+        if (!shape.IsNull()) {
+            result = shape;
+            return true;
+        }
+    }
+    result = whole;
+    if (tools.size() == 1) {
         return false;
     }
-    result = shape;
-    return true;
+    bool all = true;
+    for (const TopoDS_Shape& tool : tools) {
+        all = Combine(context, kind, result, {tool}, result) && all;
+    }
+    return all;
 }
 
 Polyhedron ReadHalfSpace(Context& context, const Entity& halfSpace, const Bnd_Box& body)
@@ -243,19 +346,16 @@ Solid SolidReader::Read(const Entity& item)
         if (ReadPrism(myContext, item, prism)) {
             return Solid(std::move(prism));
         }
-        shape = ReadSweptArea(myContext, item);
-        break;
+        return ReadSweptArea(myContext, item);
     case Type::IfcExtrudedAreaSolidTapered:
     case Type::IfcRevolvedAreaSolid:
     case Type::IfcRevolvedAreaSolidTapered:
     case Type::IfcFixedReferenceSweptAreaSolid:
     case Type::IfcSurfaceCurveSweptAreaSolid:
-        shape = ReadSweptArea(myContext, item);
-        break;
+        return ReadSweptArea(myContext, item);
     case Type::IfcSweptDiskSolid:
     case Type::IfcSweptDiskSolidPolygonal:
-        shape = ReadSweptDisk(myContext, item);
-        break;
+        return ReadSweptDisk(myContext, item);
     case Type::IfcBooleanResult:
     case Type::IfcBooleanClippingResult:
         return ReadBoolean(item);
@@ -298,6 +398,7 @@ Solid SolidReader::ReadBoolean(const Entity& item)
     if (known != myBooleans.end()) {
         return known->second;
     }
+    const AtWork atWork(myContext, item.Id());
     // Operator, FirstOperand, SecondOperand
     const std::string_view name = item.Enumeration(0);
     const BooleanKind kind = name == "UNION"          ? BooleanKind::Fuse
@@ -306,9 +407,13 @@ Solid SolidReader::ReadBoolean(const Entity& item)
     Solid result = ReadOperand(item.Ref(1), Bnd_Box());
     try {
         const Solid tool = ReadOperand(item.Ref(2), result.Bounds());
-        Combine(kind, Solid(result), {&tool}, result);
-    } catch (const Unbuildable&) {
+        if (!Combine(myContext, kind, Solid(result), {&tool}, result)) {
+            myContext.Report(Report::Kind::Repaired,
+                             "a boolean operation that fails; its first body stays whole");
+        }
+    } catch (const Unbuildable& reason) {
         // an operand that cannot be built leaves the first one as it is
+        myContext.Report(Report::Kind::LeftOut, reason.what());
     }
     myBooleans[item.Id()] = result;
     return result;

@@ -103,7 +103,27 @@ Context::Context(const IfcFile& ifcFile) : file(ifcFile)
     const ProjectUnits units = ReadProjectUnits(file);
     toMillimetres = units.toMillimetres;
     toRadians = units.toRadians;
+    ReadPrecision();
     myMostSteps = 20'000'000 + 100 * file.Records().size() + 2 * file.TextSize();
+}
+
+/// IfcGeometricRepresentationContext: ContextIdentifier, ContextType, CoordinateSpaceDimension, Precision ...
+void Context::ReadPrecision()
+{
+    constexpr double Finest = 1e-5;
+    constexpr double Coarsest = 1;
+    for (const IfcFile::Record& record : file.Records()) {
+        if (static_cast<Type>(record.type) != Type::IfcProject) {
+            continue;
+        }
+        for (const Id id : file.At(record).Refs(7)) {
+            const Entity space = file.Get(id);
+            if (space.TypeName() == "IFCGEOMETRICREPRESENTATIONCONTEXT" && space.Real(3) > 0) {
+                fuzziness = std::clamp(space.Real(3) * toMillimetres, Finest, Coarsest);
+                return;
+            }
+        }
+    }
 }
 
 void Context::Steps(std::size_t count)

@@ -67,6 +67,7 @@ public:
     double toMillimetres = 1000; ///< of the project's length unit; metres when there is none
     double toRadians = 1;        ///< of the project's unit of plane angles
     double precision = 1e-3;     ///< millimetres below which the ends of curves coincide
+    double fuzziness = 1e-3;     ///< millimetres below which the file means the same place; 1e-5 to 1
     Id atWork = 0;               ///< the item that reports name
 
     /// Bounds the work of references that fan out: throws Unbuildable once the file has caused more steps
@@ -97,7 +98,7 @@ public:
     Affine RelativePlacement(Id outer, Id inner);
 
 private:
-    void ReadUnits();
+    void ReadPrecision();
     Affine GridPlacement(const Entity& placement) const;
 
     std::map<Id, Affine> myWorld;

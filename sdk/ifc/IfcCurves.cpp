@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 #include <Geom_BSplineCurve.hxx>
 #include <Geom_BezierCurve.hxx>
@@ -18,9 +19,9 @@ namespace {
 
 constexpr double Turn = 2 * M_PI;
 
-Piece Along(const Handle(Geom_Curve) & curve, double first, double last)
+Piece Along(const Handle(Geom_Curve) & curve, double first, double last, double factor = 1)
 {
-    return {curve->Value(first).XYZ(), curve->Value(last).XYZ(), curve, first, last};
+    return {curve->Value(first).XYZ(), curve->Value(last).XYZ(), curve, first, last, (last - first) / factor};
 }
 
 /// Conics and lines before trimming: the curve, how file parameters become its own, and whether it is
@@ -145,8 +146,8 @@ Path TrimConicOrLine(const Context& context, const Entity& trimmed, const Basis&
         if (first == last) {
             throw Unbuildable("a trimmed curve without length");
         }
-        return first < last ? Path{Along(basis.curve, first, last)}
-                            : Reversed({Along(basis.curve, last, first)});
+        return first < last ? Path{Along(basis.curve, first, last, basis.factor)}
+                            : Reversed({Along(basis.curve, last, first, basis.factor)});
     }
     if (!forward) {
         // from the first trim against the curve's own sense to the second
@@ -155,31 +156,11 @@ Path TrimConicOrLine(const Context& context, const Entity& trimmed, const Basis&
         from -= std::floor((from - to) / Turn) * Turn;
         from = to - from <= 1e-9 ? from - Turn : from;
         from = from > to ? from - Turn : from;
-        return Reversed({Along(basis.curve, from, to)});
+        return Reversed({Along(basis.curve, from, to, basis.factor)});
     }
     last -= std::floor((last - first) / Turn) * Turn;
     last = last - first <= 1e-9 ? last + Turn : last;
-    return {Along(basis.curve, first, last)};
-}
-
-/// A polyline trimmed by parameters: whole numbers are its points.
-Path TrimPolyline(const Path& path, double first, double last)
-{
-    const auto count = static_cast<double>(path.size());
-    first = std::clamp(first, 0.0, count);
-    last = std::clamp(last, 0.0, count);
-    if (!(first < last)) {
-        return path;
-    }
-    Path result;
-    for (std::size_t i = static_cast<std::size_t>(first); i < path.size() && static_cast<double>(i) < last;
-         ++i) {
-        const double from = std::max(first - static_cast<double>(i), 0.0);
-        const double to = std::min(last - static_cast<double>(i), 1.0);
-        const gp_XYZ way = path[i].end - path[i].start;
-        result.push_back(Straight(path[i].start + way * from, path[i].start + way * to));
-    }
-    return result;
+    return {Along(basis.curve, first, last, basis.factor)};
 }
 
 Path ReadPolyline(Context& context, const Entity& curve)
@@ -223,6 +204,12 @@ Path ReadIndexedPolyCurve(Context& context, const Entity& curve)
     return path;
 }
 
+double SpanOf(const Path& path)
+{
+    return std::accumulate(path.begin(), path.end(), 0.0,
+                           [](double sum, const Piece& piece) { return sum + piece.span; });
+}
+
 Path ReadCompositeCurve(Context& context, const Entity& curve)
 {
     Path path;
@@ -231,6 +218,10 @@ Path ReadCompositeCurve(Context& context, const Entity& curve)
         Path part = ReadCurve(context, segment.Ref(2));
         if (!segment.Boolean(1, true)) {
             part = Reversed(part);
+        }
+        if (segment.Is(Type::IfcReparametrisedCompositeCurveSegment) && segment.Real(3) > 0) {
+            const double factor = segment.Real(3) / SpanOf(part);
+            std::for_each(part.begin(), part.end(), [factor](Piece& piece) { piece.span *= factor; });
         }
         context.Steps(part.size());
         path.insert(path.end(), part.begin(), part.end());
@@ -252,9 +243,9 @@ Path ReadTrimmedCurve(Context& context, const Entity& trimmed)
     ListReader trim2(trimmed.Raw(2));
     std::string_view item1;
     std::string_view item2;
-    if (IsStraight(path) && trim1.Next(item1) && trim2.Next(item2) && ReadNumber(item1, first) &&
-        ReadNumber(item2, last)) {
-        path = TrimPolyline(path, std::min(first, last), std::max(first, last));
+    if (trim1.Next(item1) && trim2.Next(item2) && ReadNumber(item1, first) && ReadNumber(item2, last)) {
+        const Path part = Stretch(path, std::min(first, last), std::max(first, last));
+        path = part.empty() ? path : part;
     }
     return trimmed.Boolean(3, true) ? path : Reversed(path);
 }
@@ -304,6 +295,77 @@ Knots::Knots(const std::vector<double>& counts, const std::vector<double>& knots
     }
 }
 
+namespace {
+
+/// The file's parameter at the start of a curve: a trimmed curve counts as its basis does, a spline by its
+/// knots.
+double FirstParameter(const Entity& curve)
+{
+    switch (curve.Type()) {
+    case Type::IfcTrimmedCurve: {
+        double parameter = 0;
+        ListReader trims(curve.Raw(1));
+        for (std::string_view item; curve.Boolean(3, true) && trims.Next(item);) {
+            if (item.front() != '#' && ReadNumber(item, parameter)) {
+                return parameter;
+            }
+        }
+        return 0;
+    }
+    case Type::IfcBSplineCurveWithKnots:
+    case Type::IfcRationalBSplineCurveWithKnots: {
+        const std::vector<double> knots = curve.Reals(6);
+        return knots.empty() ? 0 : knots.front();
+    }
+    default:
+        return 0;
+    }
+}
+
+} // namespace
+
+Path ReadDirectrix(Context& context, const Entity& curve, const Entity& sweep, std::size_t startParam)
+{
+    const bool starts = sweep.IsSet(startParam);
+    const bool ends = sweep.IsSet(startParam + 1);
+    if (curve.Is(Type::IfcLine) && starts && ends) {
+        const Basis line = ReadBasis(context, curve);
+        const double from = sweep.Real(startParam) * line.factor;
+        const double to = sweep.Real(startParam + 1) * line.factor;
+        if (!(from < to)) {
+            throw Unbuildable("a sweep along nothing");
+        }
+        return {Straight(line.curve->Value(from).XYZ(), line.curve->Value(to).XYZ())};
+    }
+    Path path = ReadCurve(context, curve);
+    if ((!starts && !ends) || path.empty()) {
+        return path;
+    }
+    const std::string_view type = ReadTyped(sweep.Raw(starts ? startParam : startParam + 1)).type;
+    const bool lengths = type == "IFCLENGTHMEASURE" || type == "IFCNONNEGATIVELENGTHMEASURE";
+    Path counted = path;
+    for (Piece& piece : counted) {
+        piece.span = lengths ? LengthOf(piece) : piece.span;
+    }
+    const double factor = lengths ? context.toMillimetres : 1;
+    const double shift = lengths ? 0 : FirstParameter(curve);
+    const double whole = SpanOf(counted);
+    const double from = starts ? sweep.Real(startParam) * factor - shift : 0;
+    const double to = ends ? sweep.Real(startParam + 1) * factor - shift : whole;
+    Path stretch = Stretch(counted, from, to);
+    if (to < from && IsClosed(context, path)) {
+        // round the start of a closed curve
+        stretch = Stretch(counted, from, whole);
+        const Path rest = Stretch(counted, 0, to);
+        stretch.insert(stretch.end(), rest.begin(), rest.end());
+    }
+    if (stretch.empty()) {
+        context.Report(Report::Kind::Repaired, "a sweep between parameters off its curve takes all of it");
+        return path;
+    }
+    return stretch;
+}
+
 Path ReadCurve(Context& context, const Entity& curve)
 {
     const Nesting nesting(CurveDepth());
@@ -335,7 +397,7 @@ Path ReadCurve(Context& context, const Entity& curve)
     if (basis.curve.IsNull() || curve.Is(Type::IfcLine)) {
         throw Unbuildable("a curve without ends or of an unknown kind");
     }
-    return {Along(basis.curve, basis.curve->FirstParameter(), basis.curve->LastParameter())};
+    return {Along(basis.curve, basis.curve->FirstParameter(), basis.curve->LastParameter(), basis.factor)};
 }
 
 } // namespace cadex::ifc

@@ -23,6 +23,7 @@ struct Piece
     Handle(Geom_Curve) curve;
     double first = 0;
     double last = 0;
+    double span = 1; ///< how far the file's own parameter runs over the piece
 };
 
 using Path = std::vector<Piece>;
@@ -30,6 +31,11 @@ using Path = std::vector<Piece>;
 /// IfcCurve of any bounded kind, circles and ellipses; 2D curves lie in z = 0. Unbuildable for others (an
 /// infinite line) and for damaged ones.
 Path ReadCurve(Context& context, const Entity& curve);
+
+/// The directrix of a sweep, between its StartParam and EndParam, which follow each other in the arguments.
+/// They count as the curve does: points of a polyline, angles of a circle, the sum of its segments for a
+/// composite curve, or lengths where the file says so. Without them the whole curve.
+Path ReadDirectrix(Context& context, const Entity& curve, const Entity& sweep, std::size_t startParam);
 
 Piece Straight(const gp_XYZ& start, const gp_XYZ& end);
 /// The arc from start through middle to end; straight when they lie in one line.
@@ -54,6 +60,9 @@ struct Knots
 /// The parameter of the point of the piece's curve that is nearest; Unbuildable when there is none.
 double NearestParameter(const Piece& piece, const gp_XYZ& point);
 Path Reversed(const Path& path);
+/// The part of the path between two places, counted in spans from its start.
+Path Stretch(const Path& path, double from, double to);
+double LengthOf(const Piece& piece);
 Path Moved(const Path& path, const Affine& placement);
 /// Every piece straight, so that corners alone describe it.
 bool IsStraight(const Path& path);

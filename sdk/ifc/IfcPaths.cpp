@@ -4,7 +4,9 @@
 
 #include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
+#include <GCPnts_AbscissaPoint.hxx>
 #include <GeomAPI_ProjectPointOnCurve.hxx>
+#include <GeomAdaptor_Curve.hxx>
 #include <Geom_Circle.hxx>
 #include <Geom_Ellipse.hxx>
 #include <Geom_Line.hxx>
@@ -136,7 +138,7 @@ Path Reversed(const Path& path)
     Path result;
     result.reserve(path.size());
     for (const Piece& piece : path) {
-        Piece back{piece.end, piece.start, piece.curve, piece.first, piece.last};
+        Piece back{piece.end, piece.start, piece.curve, piece.first, piece.last, piece.span};
         if (!piece.curve.IsNull()) {
             back.curve = piece.curve->Reversed();
             back.first = piece.curve->ReversedParameter(piece.last);
@@ -148,6 +150,41 @@ Path Reversed(const Path& path)
     return result;
 }
 
+Path Stretch(const Path& path, double from, double to)
+{
+    Path result;
+    double at = 0;
+    for (const Piece& piece : path) {
+        const double low = std::clamp((from - at) / piece.span, 0.0, 1.0);
+        const double high = std::clamp((to - at) / piece.span, 0.0, 1.0);
+        at += piece.span;
+        if (!(high - low > 1e-9)) {
+            continue;
+        }
+        Piece part = piece;
+        part.span = piece.span * (high - low);
+        if (piece.curve.IsNull()) {
+            part.start = piece.start + (piece.end - piece.start) * low;
+            part.end = piece.start + (piece.end - piece.start) * high;
+        } else {
+            const double range = piece.last - piece.first;
+            part.first = low > 0 ? piece.first + range * low : piece.first;
+            part.last = high < 1 ? piece.first + range * high : piece.last;
+            part.start = low > 0 ? piece.curve->Value(part.first).XYZ() : piece.start;
+            part.end = high < 1 ? piece.curve->Value(part.last).XYZ() : piece.end;
+        }
+        result.push_back(part);
+    }
+    return result;
+}
+
+double LengthOf(const Piece& piece)
+{
+    return piece.curve.IsNull()
+               ? (piece.end - piece.start).Modulus()
+               : GCPnts_AbscissaPoint::Length(GeomAdaptor_Curve(piece.curve, piece.first, piece.last));
+}
+
 Path Moved(const Path& path, const Affine& placement)
 {
     if (placement.IsIdentity()) {
@@ -157,7 +194,10 @@ Path Moved(const Path& path, const Affine& placement)
     result.reserve(path.size());
     const bool similar = placement.IsSimilarity();
     for (const Piece& piece : path) {
-        Piece moved{placement.Point(piece.start), placement.Point(piece.end), {}, piece.first, piece.last};
+        Piece moved = piece;
+        moved.start = placement.Point(piece.start);
+        moved.end = placement.Point(piece.end);
+        moved.curve.Nullify();
         if (!piece.curve.IsNull() && similar) {
             const gp_Trsf trsf = placement.Trsf();
             moved.curve = Handle(Geom_Curve)::DownCast(piece.curve->Transformed(trsf));

@@ -56,8 +56,9 @@ private:
 /// An IfcExtrudedAreaSolid of straight outlines as polygons, which needs a hundredth of a shape's memory;
 /// false for any other solid.
 bool ReadPrism(Context& context, const Entity& solid, Polyhedron& body);
-TopoDS_Shape ReadSweptArea(Context& context, const Entity& solid);
-TopoDS_Shape ReadSweptDisk(Context& context, const Entity& solid);
+/// Shapes of the kernel; polygons (see IfcLoft.h) for long ways and where the kernel fails.
+Solid ReadSweptArea(Context& context, const Entity& solid);
+Solid ReadSweptDisk(Context& context, const Entity& solid);
 TopoDS_Shape ReadPrimitive(Context& context, const Entity& primitive);
 /// The part of a half space that can meet a body within the box.
 Polyhedron ReadHalfSpace(Context& context, const Entity& halfSpace, const Bnd_Box& body);
@@ -68,11 +69,13 @@ enum class BooleanKind
     Fuse,
     Common
 };
-/// The operation on one body and its tools. False when the kernel fails or what comes out is no body of the
-/// kind that went in; `result` is then the body as it was, which is the fallback: better uncut than lost.
-bool Combine(BooleanKind kind, TopoDS_Shape body, const std::vector<TopoDS_Shape>& tools,
-             TopoDS_Shape& result);
-/// The same on solids, without the kernel where body and tools are simple.
-bool Combine(BooleanKind kind, const Solid& body, const std::vector<const Solid*>& tools, Solid& result);
+/// The kernel's operation on one body and its tools, with growing fuzziness up to ten times that of the file,
+/// and then tool by tool, until what comes out is a body of the kind that went in, of a volume that can be
+/// right. False when a tool fails all the same; `result` is then the body without it: better uncut than lost.
+bool Combine(const Context& context, BooleanKind kind, const TopoDS_Shape& body,
+             const std::vector<TopoDS_Shape>& tools, TopoDS_Shape& result);
+/// The same on solids, without the kernel where all is flat.
+bool Combine(Context& context, BooleanKind kind, const Solid& body, const std::vector<const Solid*>& tools,
+             Solid& result);
 
 } // namespace cadex::ifc

@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include <BRepBndLib.hxx>
+#include <BRepGProp.hxx>
 #include <BRepLib.hxx>
 #include <BRepOffsetAPI_MakePipeShell.hxx>
 #include <BRepOffsetAPI_ThruSections.hxx>
@@ -13,10 +15,14 @@
 #include <BRepPrimAPI_MakeSphere.hxx>
 #include <BRepPrimAPI_MakeWedge.hxx>
 #include <BRep_Builder.hxx>
+#include <GProp_GProps.hxx>
+#include <Standard_Failure.hxx>
+#include <TopExp_Explorer.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Compound.hxx>
 #include <TopoDS_Solid.hxx>
 
+#include "sdk/ifc/IfcLoft.h"
 #include "sdk/ifc/IfcSolids.h"
 
 namespace cadex::ifc {
@@ -103,12 +109,69 @@ TopoDS_Shape Taper(Context& context, const Entity& solid, const std::vector<Regi
         for (std::size_t hole = 0; hole < std::min(regions[i].holes.size(), ends[i].holes.size()); ++hole) {
             holes.push_back(ruled(regions[i].holes[hole], ends[i].holes[hole]));
         }
-        if (!holes.empty() && !Combine(BooleanKind::Cut, shape, holes, shape)) {
+        if (!holes.empty() && !Combine(context, BooleanKind::Cut, shape, holes, shape)) {
             throw Unbuildable("a taper whose holes cannot be cut");
         }
         shapes.push_back(shape);
     }
     return Together(shapes);
+}
+
+/// The profile has points on both sides of the axis, which lies in its plane.
+bool CrossesAxis(const Region& region, const Affine& axis, const Affine& placement)
+{
+    const gp_XYZ aside = axis.matrix.Column(3).Crossed(placement.matrix.Column(3));
+    double low = 0;
+    double high = 0;
+    for (const gp_XYZ& point : Sampled(Moved(region.outer, placement))) {
+        const double distance = (point - axis.offset).Dot(aside);
+        low = std::min(low, distance);
+        high = std::max(high, distance);
+    }
+    constexpr double Touching = 1e-4; // millimetres
+    return low < -Touching && high > Touching;
+}
+
+/// What both sides of a profile sweep when it lies across the axis: revolved in one go, they would pass
+/// through each other.
+TopoDS_Shape RevolveBothSides(const Context& context, const Region& region, const Affine& axis,
+                              const Affine& placement, double angle)
+{
+    const TopoDS_Shape base = FaceOf(context, region, placement);
+    Bnd_Box box;
+    BRepBndLib::Add(base, box);
+    const double reach = 4 * std::sqrt(box.SquareExtent()) + 1;
+    const gp_XYZ along = axis.matrix.Column(3);
+    const gp_XYZ up = placement.matrix.Column(3);
+    const gp_XYZ middle = (box.CornerMin().XYZ() + box.CornerMax().XYZ()) / 2;
+    const gp_XYZ foot = axis.offset + along * (middle - axis.offset).Dot(along);
+    TopoDS_Shape result;
+    for (const double side : {1.0, -1.0}) {
+        Affine half;
+        const gp_XYZ aside = along.Crossed(up) * side;
+        half.matrix.SetCols(aside, up.Crossed(aside), up);
+        half.offset = foot;
+        const Region square{
+            Polygon({{0, -reach, 0}, {reach, -reach, 0}, {reach, reach, 0}, {0, reach, 0}}), {}, false};
+        TopoDS_Shape part;
+        if (!Combine(context, BooleanKind::Common, base, {FaceOf(context, square, half)}, part)) {
+            throw Unbuildable("a revolution across its axis");
+        }
+        const gp_Ax1 about(gp_Pnt(axis.offset), gp_Dir(along));
+        TopoDS_Shape body = std::abs(angle) >= 2 * M_PI - 1e-9
+                                ? BRepPrimAPI_MakeRevol(part, about).Shape()
+                                : BRepPrimAPI_MakeRevol(part, about, angle).Shape();
+        TopExp_Explorer solid(body, TopAbs_SOLID);
+        if (!solid.More()) {
+            throw Unbuildable("a revolution across its axis");
+        }
+        body = Outwards(solid.Current());
+        if (!result.IsNull() && !Combine(context, BooleanKind::Fuse, result, {body}, body)) {
+            throw Unbuildable("a revolution across its axis");
+        }
+        result = body;
+    }
+    return result;
 }
 
 TopoDS_Shape Revolve(Context& context, const Entity& solid, const std::vector<Region>& regions,
@@ -122,6 +185,10 @@ TopoDS_Shape Revolve(Context& context, const Entity& solid, const std::vector<Re
     }
     std::vector<TopoDS_Shape> shapes;
     for (const Region& region : regions) {
+        if (!region.open && CrossesAxis(region, axis, placement)) {
+            shapes.push_back(RevolveBothSides(context, region, axis, placement, angle));
+            continue;
+        }
         const TopoDS_Shape base = Generator(context, region, placement);
         const bool whole = std::abs(angle) >= 2 * M_PI - 1e-9;
         shapes.push_back(Outwards(whole ? BRepPrimAPI_MakeRevol(base, about).Shape()
@@ -143,6 +210,13 @@ gp_XYZ StartTangent(const Path& path)
     return Unit(tangent.XYZ(), gp_XYZ(0, 0, 1));
 }
 
+/// Straight pieces and at most this many corners: the kernel needs a second and more for each of many.
+bool IsForKernel(const Path& path)
+{
+    constexpr std::size_t MostPieces = 6;
+    return path.size() <= MostPieces;
+}
+
 /// The outline carried along the path, closed by caps; `binormal` keeps it upright, where there is one.
 TopoDS_Shape Pipe(const Context& context, const Path& path, const TopoDS_Wire& outline,
                   const gp_XYZ* binormal)
@@ -160,14 +234,79 @@ TopoDS_Shape Pipe(const Context& context, const Path& path, const TopoDS_Wire& o
     return Outwards(pipe.Shape());
 }
 
+/// The kernel's sweep of a region; null when it fails.
+TopoDS_Shape TryPipe(const Context& context, const Path& path, const Region& region, const Affine& start,
+                     const gp_XYZ* binormal)
+{
+    try {
+        TopoDS_Shape shape =
+            Pipe(context, path, WireOf(context, Moved(region.outer, start), !region.open), binormal);
+        std::vector<TopoDS_Shape> holes;
+        for (const Path& hole : region.holes) {
+            holes.push_back(Pipe(context, path, WireOf(context, Moved(hole, start), true), binormal));
+        }
+        return holes.empty() || Combine(context, BooleanKind::Cut, shape, holes, shape) ? shape
+                                                                                        : TopoDS_Shape();
+    } catch (const Unbuildable&) {
+        return {};
+    } catch (const Standard_Failure&) {
+        return {};
+    }
+}
+
+/// Polygons tell the volume that the kernel's sweep should have.
+bool HasVolumeOf(const TopoDS_Shape& shape, const Polyhedron& loft)
+{
+    constexpr double Share = 0.05; // chords of the polygons, and corners
+    GProp_GProps properties;
+    BRepGProp::VolumeProperties(shape, properties);
+    const double volume = loft.SignedVolume(0, loft.loops.size()) / 6;
+    return std::abs(properties.Mass() - volume) <= Share * volume;
+}
+
+/// A region carried along the path: exact where the kernel can, else polygons.
+Solid SweepRegion(Context& context, const Path& path, const Region& region, const Affine& start,
+                  const gp_XYZ* binormal)
+{
+    if (region.open) {
+        const TopoDS_Shape sheet = TryPipe(context, path, region, start, binormal);
+        if (sheet.IsNull()) {
+            throw Unbuildable("a sweep along a curve that cannot be built");
+        }
+        return Solid(sheet);
+    }
+    Polyhedron loft = LoftAlong(context, path, region, start, binormal);
+    const TopoDS_Shape shape =
+        IsForKernel(path) ? TryPipe(context, path, region, start, binormal) : TopoDS_Shape();
+    if (!shape.IsNull() && HasVolumeOf(shape, loft)) {
+        return Solid(shape);
+    }
+    if (!IsStraight(path) || !IsStraight(region.outer)) {
+        context.Report(Report::Kind::Noted, "a sweep along a long or narrow way is made of flat faces");
+    }
+    return Solid(std::move(loft));
+}
+
+Solid Together(const std::vector<Solid>& solids)
+{
+    if (solids.size() == 1) {
+        return solids.front();
+    }
+    std::vector<TopoDS_Shape> shapes;
+    for (const Solid& solid : solids) {
+        shapes.push_back(solid.Shape());
+    }
+    return Solid(Together(shapes));
+}
+
 /// IfcFixedReferenceSweptAreaSolid and IfcSurfaceCurveSweptAreaSolid: (SweptArea, Position, Directrix,
 /// StartParam, EndParam, FixedReference or ReferenceSurface). The profile's x axis keeps to the reference
 /// direction or to the surface's normal, which is taken as constant: reference surfaces are planes in
 /// practice.
-TopoDS_Shape SweepAlong(Context& context, const Entity& solid, const std::vector<Region>& regions,
-                        const Affine& placement)
+Solid SweepAlong(Context& context, const Entity& solid, const std::vector<Region>& regions,
+                 const Affine& placement)
 {
-    const Path path = Moved(ReadCurve(context, solid.Ref(2)), placement);
+    const Path path = Moved(ReadDirectrix(context, solid.Ref(2), solid, 3), placement);
     const Entity reference = solid.Ref(5);
     const gp_XYZ local = reference.Is(Type::IfcDirection)
                              ? context.Direction(reference, gp_XYZ(0, 0, 1))
@@ -177,20 +316,11 @@ TopoDS_Shape SweepAlong(Context& context, const Entity& solid, const std::vector
         throw Unbuildable("a sweep along nothing");
     }
     const Affine start = Frame(path.front().start, StartTangent(path), upright);
-    std::vector<TopoDS_Shape> shapes;
+    std::vector<Solid> solids;
     for (const Region& region : regions) {
-        TopoDS_Shape shape =
-            Pipe(context, path, WireOf(context, Moved(region.outer, start), !region.open), &upright);
-        std::vector<TopoDS_Shape> holes;
-        for (const Path& hole : region.holes) {
-            holes.push_back(Pipe(context, path, WireOf(context, Moved(hole, start), true), &upright));
-        }
-        if (!holes.empty() && !Combine(BooleanKind::Cut, shape, holes, shape)) {
-            throw Unbuildable("a sweep whose holes cannot be cut");
-        }
-        shapes.push_back(shape);
+        solids.push_back(SweepRegion(context, path, region, start, &upright));
     }
-    return Together(shapes);
+    return Together(solids);
 }
 
 } // namespace
@@ -268,17 +398,17 @@ bool ReadPrism(Context& context, const Entity& solid, Polyhedron& body)
     return !regions.empty();
 }
 
-TopoDS_Shape ReadSweptArea(Context& context, const Entity& solid)
+Solid ReadSweptArea(Context& context, const Entity& solid)
 {
     const Affine placement = context.Placement(solid.Ref(1));
     const std::vector<Region> regions = ReadProfile(context, solid.Ref(0));
     switch (solid.Type()) {
     case Type::IfcExtrudedAreaSolid:
-        return Extrude(context, solid, regions, placement);
+        return Solid(Extrude(context, solid, regions, placement));
     case Type::IfcExtrudedAreaSolidTapered:
-        return Taper(context, solid, regions, placement);
+        return Solid(Taper(context, solid, regions, placement));
     case Type::IfcRevolvedAreaSolid:
-        return Revolve(context, solid, regions, placement);
+        return Solid(Revolve(context, solid, regions, placement));
     case Type::IfcFixedReferenceSweptAreaSolid:
     case Type::IfcSurfaceCurveSweptAreaSolid:
         return SweepAlong(context, solid, regions, placement);
@@ -287,10 +417,10 @@ TopoDS_Shape ReadSweptArea(Context& context, const Entity& solid)
     }
 }
 
-TopoDS_Shape ReadSweptDisk(Context& context, const Entity& solid)
+Solid ReadSweptDisk(Context& context, const Entity& solid)
 {
     // Directrix, Radius, InnerRadius, StartParam, EndParam [, FilletRadius]
-    Path path = ReadCurve(context, solid.Ref(0));
+    Path path = ReadDirectrix(context, solid.Ref(0), solid, 3);
     const double radius = context.PositiveLength(solid, 1);
     const double inner = context.Length(solid, 2);
     if (solid.Is(Type::IfcSweptDiskSolidPolygonal) && IsStraight(path) && !path.empty()) {
@@ -303,15 +433,12 @@ TopoDS_Shape ReadSweptDisk(Context& context, const Entity& solid)
     if (path.empty()) {
         throw Unbuildable("a disk swept along nothing");
     }
-    const Affine start = Frame(path.front().start, StartTangent(path), gp_XYZ(0, 0, 1));
-    TopoDS_Shape shape = Pipe(context, path, WireOf(context, Circle(start, radius), true), nullptr);
+    Region disk{Circle({}, radius), {}, false};
     if (inner > 0 && inner < radius) {
-        const TopoDS_Shape bore = Pipe(context, path, WireOf(context, Circle(start, inner), true), nullptr);
-        if (!Combine(BooleanKind::Cut, shape, {bore}, shape)) {
-            throw Unbuildable("a tube whose bore cannot be cut");
-        }
+        disk.holes.push_back(Reversed(Circle({}, inner)));
     }
-    return shape;
+    const Affine start = Frame(path.front().start, StartTangent(path), gp_XYZ(0, 0, 1));
+    return SweepRegion(context, path, disk, start, nullptr);
 }
 
 TopoDS_Shape ReadPrimitive(Context& context, const Entity& primitive)

@@ -220,6 +220,7 @@ std::vector<ModelBuilder::Placed> ModelBuilder::ShapeOfObject(const Entity& obje
         return placed;
     }
     std::vector<Body> bodies;
+    const AtWork atWork(myContext, object.Id());
     const ModelData_Appearance fallback = myStyles.OfObject(object.Id());
     try {
         const std::vector<Id> representations = Representations(object);
@@ -237,8 +238,9 @@ std::vector<ModelBuilder::Placed> ModelBuilder::ShapeOfObject(const Entity& obje
             own.push_back({part, Affine(), false});
         }
         placed.insert(placed.begin(), own.begin(), own.end());
-    } catch (const Unbuildable&) {
+    } catch (const Unbuildable& reason) {
         // what stands so far is the shape
+        myContext.Report(Report::Kind::LeftOut, reason.what());
     }
     return placed;
 }
@@ -254,9 +256,12 @@ std::vector<ModelBuilder::Placed> ModelBuilder::CutShape(const Entity& object,
     }
     std::vector<Body> cut = bodies;
     const bool done = occt::RunGuarded(occt::EngineUse::Geometry, [&] {
-        CutOpenings(cut, Openings(object));
+        CutOpenings(myContext, cut, Openings(object));
         return true;
     });
+    if (!done) {
+        myContext.Report(Report::Kind::Repaired, "openings that the kernel cannot cut");
+    }
     std::vector<Placed> placed;
     for (ModelData_Part& part : MakeParts(myContext, name, std::move(done ? cut : bodies), fallback)) {
         placed.push_back({part, Affine(), false});

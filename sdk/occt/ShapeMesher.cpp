@@ -4,14 +4,18 @@
 #include <cmath>
 #include <ctime>
 #include <new>
+#include <vector>
 
 #include <BRepBndLib.hxx>
+#include <BRepGProp.hxx>
 #include <BRepMesh_IncrementalMesh.hxx>
 #include <BRepTools.hxx>
 #include <BRep_Tool.hxx>
 #include <Bnd_Box.hxx>
+#include <GProp_GProps.hxx>
 #include <Message_ProgressIndicator.hxx>
 #include <OSD_Exception.hxx>
+#include <Poly_Triangulation.hxx>
 #include <Standard_ErrorHandler.hxx>
 #include <Standard_Failure.hxx>
 #include <TopExp.hxx>
@@ -20,6 +24,7 @@
 
 #include <cadex/Base_Settings.hxx>
 #include <cadex/ModelAlgo_BRepMesherParameters.hxx>
+#include <cadex/internal/Reports.hxx>
 
 namespace cadex::occt {
 
@@ -86,6 +91,102 @@ bool TryMesh(const TopoDS_Shape& shape, const MeshTolerances& tolerances, bool p
     }
 }
 
+bool HasTriangles(const TopoDS_Shape& face)
+{
+    TopLoc_Location location;
+    const Handle(Poly_Triangulation)& mesh = BRep_Tool::Triangulation(TopoDS::Face(face), location);
+    return !mesh.IsNull() && mesh->NbTriangles() > 0;
+}
+
+/// The faces, by number, that have no triangles and should have some.
+std::vector<int> FacesWithout(const TopTools_IndexedMapOfShape& faces)
+{
+    std::vector<int> missing;
+    for (int i = 1; i <= faces.Extent(); ++i) {
+        if (!HasTriangles(faces(i))) {
+            missing.push_back(i);
+        }
+    }
+    return missing;
+}
+
+/// A face of rounding noise: leaving it out leaves no gap that anybody could see.
+bool IsNothing(const TopoDS_Shape& face)
+{
+    constexpr double NoArea = 1e-6; // square millimetres
+    try {
+        OCC_CATCH_SIGNALS
+        GProp_GProps properties;
+        BRepGProp::SurfaceProperties(face, properties, 1e-2);
+        return std::abs(properties.Mass()) < NoArea;
+    } catch (const Standard_Failure&) {
+        return false;
+    }
+}
+
+/// By a chord and an angle that are this much smaller or larger.
+MeshTolerances Scaled(MeshTolerances tolerances, double factor)
+{
+    tolerances.chord *= factor;
+    tolerances.angle = std::clamp(tolerances.angle * factor, SmallestAngle, LargestAngle);
+    return tolerances;
+}
+
+/// Meshes what can be meshed of the faces that have no triangles yet.
+void MeshFacesWithout(const TopoDS_Shape& shape, const TopTools_IndexedMapOfShape& faces,
+                      const MeshTolerances& tolerances, const Handle(Deadline) & deadline)
+{
+    if (TryMesh(shape, tolerances, tolerances.parallel && faces.Extent() >= ParallelFaces, deadline)) {
+        return;
+    }
+    // One face has stopped the whole: the rest is meshed face by face. A relative chord then refers to the
+    // face.
+    for (int i = 1; i <= faces.Extent() && !deadline->IsPassed(); ++i) {
+        if (!HasTriangles(faces(i))) {
+            TryMesh(faces(i), tolerances, false, deadline);
+        }
+    }
+}
+
+/// The whole shape by slightly finer tolerances, which keeps edges common to their faces; true when that has
+/// left no face out. Only for shapes so small that nobody notices the time.
+bool MeshAllFiner(const TopoDS_Shape& shape, const TopTools_IndexedMapOfShape& faces,
+                  const MeshTolerances& tolerances, const Handle(Deadline) & deadline)
+{
+    constexpr int MostFaces = 500;
+    for (const double factor : {0.7, 0.4}) {
+        if (faces.Extent() > MostFaces || deadline->IsPassed()) {
+            return false;
+        }
+        ForgetTriangulations(shape);
+        MeshFacesWithout(shape, faces, Scaled(tolerances, factor), deadline);
+        if (FacesWithout(faces).empty()) {
+            return true;
+        }
+    }
+    ForgetTriangulations(shape);
+    MeshFacesWithout(shape, faces, tolerances, deadline);
+    return false;
+}
+
+/// Those faces alone, by other tolerances until one works. The neighbours keep their meshes: a crack of one
+/// chord is better than a hole.
+void MeshAlone(const TopTools_IndexedMapOfShape& faces, const std::vector<int>& missing,
+               MeshTolerances tolerances, double size, const Handle(Deadline) & deadline)
+{
+    tolerances.chord *= tolerances.relative ? size : 1;
+    tolerances.relative = false;
+    for (const int number : missing) {
+        for (const double factor : {1.0, 0.3, 3.0, 0.1}) {
+            if (deadline->IsPassed() || HasTriangles(faces(number))) {
+                break;
+            }
+            ForgetTriangulations(faces(number));
+            TryMesh(faces(number), Scaled(tolerances, factor), false, deadline);
+        }
+    }
+}
+
 } // namespace
 
 MeshTolerances MakeTolerances(const ModelAlgo_BRepMesherParameters& parameters)
@@ -131,16 +232,22 @@ void MeshFaces(const TopoDS_Shape& shape, const MeshTolerances& tolerances)
     TopTools_IndexedMapOfShape faces;
     TopExp::MapShapes(shape, TopAbs_FACE, faces);
     const Handle(Deadline) deadline = new Deadline(SecondsForShape + SecondsForFace * faces.Extent());
-    if (faces.IsEmpty() ||
-        TryMesh(shape, tolerances, tolerances.parallel && faces.Extent() >= ParallelFaces, deadline)) {
+    if (faces.IsEmpty()) {
         return;
     }
-    // One face has stopped the whole: the rest is meshed face by face. A relative chord then refers to the
-    // face.
-    for (int i = 1; i <= faces.Extent() && !deadline->IsPassed(); ++i) {
-        TopLoc_Location location;
-        if (BRep_Tool::Triangulation(TopoDS::Face(faces(i)), location).IsNull()) {
-            TryMesh(faces(i), tolerances, false, deadline);
+    MeshFacesWithout(shape, faces, tolerances, deadline);
+    std::vector<int> missing = FacesWithout(faces);
+    missing.erase(std::remove_if(missing.begin(), missing.end(), [&](int i) { return IsNothing(faces(i)); }),
+                  missing.end());
+    if (missing.empty() || MeshAllFiner(shape, faces, tolerances, deadline)) {
+        return;
+    }
+    MeshAlone(faces, missing, tolerances, ShapeSize(shape), deadline);
+    for (const int number : missing) {
+        if (!HasTriangles(faces(number))) {
+            internal::Reports::Add(internal::Report::Kind::LeftOut, deadline->IsPassed()
+                                                                        ? "a face that takes too long to mesh"
+                                                                        : "a face that cannot be meshed");
         }
     }
 }

@@ -33,8 +33,9 @@ MeshTolerances MakeTolerances(const ModelAlgo_BRepMesherParameters& parameters);
 /// millimetres.
 double ShapeSize(const TopoDS_Shape& shape);
 
-/// Replaces the triangulations of all faces. A face that cannot be meshed stays without one; the others are
-/// kept. Nothing is thrown, except std::bad_alloc.
+/// Replaces the triangulations of all faces. A face that the kernel cannot mesh is tried again by other
+/// tolerances, first with all others, then alone; what stays without triangles is reported (see
+/// cadex/internal/Reports.hxx). Nothing is thrown, except std::bad_alloc.
 void MeshFaces(const TopoDS_Shape& shape, const MeshTolerances& tolerances);
 
 /// Drops the triangulations again: they are large, and exact computations do not use them.

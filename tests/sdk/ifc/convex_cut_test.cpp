@@ -1,4 +1,5 @@
-// The quick way of cutting convex bodies against the kernel's boolean operation.
+// The two ways of combining bodies with flat faces against volumes worked out by hand and against the
+// kernel's boolean operation.
 #include <cmath>
 #include <random>
 
@@ -8,6 +9,7 @@
 #include <GProp_GProps.hxx>
 
 #include "sdk/ifc/IfcConvexCut.h"
+#include "sdk/ifc/IfcFlatBoolean.h"
 #include "sdk/ifc/IfcSolids.h"
 
 namespace ifctest {
@@ -35,12 +37,11 @@ double Volume(const Polyhedron& body)
     return body.SignedVolume(0, body.loops.size()) / 6;
 }
 
-double KernelVolume(const Polyhedron& body, const std::vector<Polyhedron>& tools)
+double KernelVolume(BooleanKind kind, const Polyhedron& body, const Polyhedron& tool)
 {
-    TopoDS_Shape result = ShapeOf(body);
-    for (const Polyhedron& tool : tools) {
-        EXPECT_TRUE(Combine(BooleanKind::Cut, result, {ShapeOf(tool)}, result));
-    }
+    const IfcFile none;
+    TopoDS_Shape result;
+    EXPECT_TRUE(Combine(Context(none), kind, ShapeOf(body), {ShapeOf(tool)}, result));
     GProp_GProps properties;
     BRepGProp::VolumeProperties(result, properties);
     return properties.Mass();
@@ -73,6 +74,8 @@ TEST(IfcConvexCut, ContactsThatWallsHaveWithTheirOpenings)
         {"beside", {Box({1000, 0, 0}, {1100, 200, 1000})}, 2e8, 6},
         {"all of it", {Box({-1, -1, -1}, {1001, 201, 1001})}, 0, 0},
     };
+    const IfcFile none;
+    Context context(none);
     for (const Case& test : cases) {
         SCOPED_TRACE(test.name);
         std::vector<const Polyhedron*> tools;
@@ -83,11 +86,17 @@ TEST(IfcConvexCut, ContactsThatWallsHaveWithTheirOpenings)
         ASSERT_TRUE(CutConvex(wall, tools, result));
         EXPECT_NEAR(Volume(result), test.left, 1e-3);
         EXPECT_EQ(result.NumberOfFaces(), test.faces);
+        ASSERT_TRUE(CombineFlat(context, BooleanKind::Cut, wall, tools, result));
+        EXPECT_NEAR(Volume(result), test.left, 1e-3);
+        EXPECT_EQ(result.NumberOfFaces(), test.faces);
     }
     Polyhedron result;
     const Polyhedron a = Box({100, -50, 100}, {200, 250, 200});
     const Polyhedron b = Box({150, -50, 100}, {250, 250, 200});
-    EXPECT_FALSE(CutConvex(wall, {&a, &b}, result)); // tools that meet are the kernel's
+    EXPECT_FALSE(CutConvex(wall, {&a, &b}, result)); // not for tools that meet
+    ASSERT_TRUE(CombineFlat(context, BooleanKind::Cut, wall, {&a, &b}, result));
+    EXPECT_NEAR(Volume(result), 2e8 - 3e6, 1e-3);
+    EXPECT_EQ(result.NumberOfFaces(), 12U); // the bottom and the top of each tool make faces of their own
 }
 
 TEST(IfcConvexCut, TurnedToolsGiveTheKernelsVolume)
@@ -96,6 +105,8 @@ TEST(IfcConvexCut, TurnedToolsGiveTheKernelsVolume)
     const auto number = [&](double low, double high) {
         return low + (high - low) * static_cast<double>(random() % 100'000) / 100'000;
     };
+    const IfcFile none;
+    Context context(none);
     int quick = 0;
     for (int i = 0; i < 40; ++i) {
         const Polyhedron body = Box({0, 0, 0}, {1000, 200, 1000});
@@ -106,10 +117,53 @@ TEST(IfcConvexCut, TurnedToolsGiveTheKernelsVolume)
         Polyhedron result;
         if (CutConvex(body, {&tool}, result)) {
             ++quick;
-            EXPECT_NEAR(Volume(result), KernelVolume(body, {tool}), 1) << i;
+            EXPECT_NEAR(Volume(result), KernelVolume(BooleanKind::Cut, body, tool), 1) << i;
+        }
+        for (const BooleanKind kind : {BooleanKind::Cut, BooleanKind::Fuse, BooleanKind::Common}) {
+            ASSERT_TRUE(CombineFlat(context, kind, body, {&tool}, result)) << i;
+            EXPECT_NEAR(Volume(result), KernelVolume(kind, body, tool), 1) << i;
         }
     }
     EXPECT_GT(quick, 36);
+}
+
+TEST(IfcFlatBoolean, ManyOpeningsInABentWallTakeNoTime)
+{
+    // an L seen from above, with 2 x 300 windows that touch each other corner to corner
+    const IfcFile none;
+    Context context(none);
+    const Polyhedron one = Box({0, 0, 0}, {100'000, 200, 3000});
+    const Polyhedron other = Box({0, 0, 0}, {200, 100'000, 3000});
+    Polyhedron wall;
+    ASSERT_TRUE(CombineFlat(context, BooleanKind::Fuse, one, {&other}, wall));
+    std::vector<Polyhedron> windows;
+    for (int i = 0; i < 300; ++i) {
+        const double x = 1000 + 300 * i;
+        const double z = i % 2 == 0 ? 500 : 1000;
+        windows.push_back(Box({x, -50, z}, {x + 300, 250, z + 500}));
+        windows.push_back(Box({-50, x, z}, {250, x + 300, z + 500}));
+    }
+    std::vector<const Polyhedron*> tools;
+    for (const Polyhedron& window : windows) {
+        tools.push_back(&window);
+    }
+    Polyhedron result;
+    ASSERT_TRUE(CombineFlat(context, BooleanKind::Cut, wall, tools, result));
+    EXPECT_NEAR(Volume(result), 3000 * (2e7 + 2e7 - 4e4) - 600 * 300.0 * 200 * 500, 1);
+}
+
+TEST(IfcFlatBoolean, SkinsThinnerThanThePrecisionVanish)
+{
+    const IfcFile none;
+    Context context(none);
+    const Polyhedron wall = Box({0, 0, 0}, {1000, 200, 1000});
+    const Polyhedron tool = Box({100, 0.004, 100}, {200, 199.996, 1000.003});
+    Polyhedron result;
+    ASSERT_TRUE(CombineFlat(context, BooleanKind::Cut, wall, {&tool}, result));
+    EXPECT_NEAR(Volume(result), 2e8 - 100 * 199.992 * 900, 1);
+    const Polyhedron snapped = Snapped(tool, wall, 0.01);
+    ASSERT_TRUE(CombineFlat(context, BooleanKind::Cut, wall, {&snapped}, result));
+    EXPECT_NEAR(Volume(result), 2e8 - 100 * 200 * 900, 1);
 }
 
 } // namespace

@@ -320,6 +320,97 @@ std::vector<Solid> Sweeps()
     };
 }
 
+/// Sweeps that are given by parameters, are long, or cross their own axis.
+std::vector<Solid> OddSweeps()
+{
+    const auto disk = [](IfcText& f, const string& directrix, const string& from, const string& to) {
+        return f.Add("IFCSWEPTDISKSOLID(" + directrix + ",10.,$," + from + "," + to + ")");
+    };
+    const auto revolved = [](IfcText& f, double x, double width, const string& angle) {
+        const string axis = f.Add("IFCAXIS1PLACEMENT(" + f.Point(x, 0, 0) + "," + f.Direction(0, 1, 0) + ")");
+        return f.Add("IFCREVOLVEDAREASOLID(" + f.Rectangle(width, 10) + ",$," + axis + "," + angle + ")");
+    };
+    return {
+        {"disk along a part of a polyline",
+         [=](IfcText& f) {
+             return disk(f, f.Polyline({{0, 0, 0}, {0, 0, 100}, {0, 0, 300}, {0, 0, 400}}), "0.5", "2.");
+         },
+         100 * Pi * 250,
+         {-10, -10, 50},
+         {10, 10, 300},
+         1e-6},
+        {"disk along a part of a circle",
+         [=](IfcText& f) {
+             return disk(f, f.Add("IFCCIRCLE(" + f.axes + ",100.)"), "0.", "1.570796326794897");
+         },
+         100 * Pi * 100 * Pi / 2,
+         {0, 0, -10},
+         {110, 110, 10},
+         1e-6},
+        {"disk along lengths of a polyline",
+         [=](IfcText& f) {
+             return disk(f, f.Polyline({{0, 0, 0}, {0, 0, 100}, {0, 0, 300}}), "IFCLENGTHMEASURE(50.)",
+                         "IFCLENGTHMEASURE(250.)");
+         },
+         100 * Pi * 200,
+         {-10, -10, 50},
+         {10, 10, 250},
+         1e-6},
+        {"disk along parts of a composite curve",
+         [=](IfcText& f) {
+             const auto segment = [&](const string& curve) {
+                 return f.Add("IFCCOMPOSITECURVESEGMENT(.CONTINUOUS.,.T.," + curve + ")");
+             };
+             const string circle = f.Add(
+                 "IFCCIRCLE(" + f.Axes(f.Point(-100, 0, 100), f.Direction(0, -1, 0), f.Direction(1, 0, 0)) +
+                 ",100.)"); // from (0, 0, 100) on upwards
+             const string arc = f.Add("IFCTRIMMEDCURVE(" + circle +
+                                      ",(IFCPARAMETERVALUE(0.)),(IFCPARAMETERVALUE(1.)),.T.,.PARAMETER.)");
+             const string curve = f.Add(
+                 "IFCCOMPOSITECURVE(" +
+                 IfcText::List({segment(f.Polyline({{0, 0, 0}, {0, 0, 100}})), segment(arc)}) + ",.F.)");
+             return disk(f, curve, "0.5", "1.5");
+         },
+         100 * Pi * (50 + 50),
+         {-100 + 90 * std::cos(0.5), -10, 50},
+         {10, 10, 100 + 110 * std::sin(0.5)},
+         1e-6},
+        {"fixed reference along a part of its line",
+         [](IfcText& f) {
+             return f.Add("IFCFIXEDREFERENCESWEPTAREASOLID(" + f.Rectangle(10, 4) + ",$," +
+                          f.Polyline({{0, 0, 0}, {0, 100, 0}}) + ",0.25,0.5," + f.Direction(1, 0, 0) + ")");
+         },
+         1000,
+         {-5, 25, -2},
+         {5, 50, 2},
+         1e-6},
+        {"disk along many corners",
+         [=](IfcText& f) { // up and down, 60 corners: minutes for the kernel
+             std::vector<std::vector<double>> points;
+             for (int i = 0; i < 60; ++i) {
+                 points.push_back({100.0 * (i / 2), 0, (i + 1) / 2 % 2 == 0 ? 0.0 : 200.0});
+             }
+             return disk(f, f.Polyline(points), "$", "$");
+         },
+         100 * Pi * (30 * 200 + 29 * 100),
+         {-10, -10, -10},
+         {2910, 10, 210},
+         0.01},
+        {"revolved across its axis",
+         [=](IfcText& f) { return revolved(f, 0, 20, "6.283185307179586"); },
+         100 * Pi * 10,
+         {-10, -5, -10},
+         {10, 5, 10},
+         1e-6},
+        {"revolved across its axis, more on one side, by a quarter",
+         [=](IfcText& f) { return revolved(f, -5, 20, "1.570796326794897"); },
+         10 * (225 + 25) * Pi / 4,
+         {-10, -5, -15},
+         {10, 5, 5},
+         1e-6},
+    };
+}
+
 std::vector<Solid> Constructed()
 {
     return {
@@ -432,6 +523,7 @@ void Check(const Solid& solid, const ReadBack& model, double scale)
     if (part.exact) {
         EXPECT_NEAR(part.solid / volume, 1, solid.slack);
     }
+    EXPECT_EQ(part.openEdges, 0);
     EXPECT_GE(part.normals, 3 * part.triangles * 0.99); // a sliver at a pole may lean
     EXPECT_NEAR(part.enclosed / volume, 1, 0.02);       // the mesh, and that it faces outwards
     for (std::size_t k = 0; k < 3; ++k) {
@@ -444,6 +536,15 @@ void Check(const Solid& solid, const ReadBack& model, double scale)
 TEST(IfcGeometry, Sweeps)
 {
     for (const Solid& solid : Sweeps()) {
+        IfcText file;
+        file.Product("IFCBEAM", "beam", file.Shape({solid.item(file)}));
+        Check(solid, ReadBack(file.Text()), 1);
+    }
+}
+
+TEST(IfcGeometry, SweepsByParametersAndOfOddForms)
+{
+    for (const Solid& solid : OddSweeps()) {
         IfcText file;
         file.Product("IFCBEAM", "beam", file.Shape({solid.item(file)}));
         Check(solid, ReadBack(file.Text()), 1);
