@@ -114,6 +114,10 @@ std::vector<int> FacesWithout(const TopTools_IndexedMapOfShape& faces)
 bool IsNothing(const TopoDS_Shape& face)
 {
     constexpr double NoArea = 1e-6; // square millimetres
+    TopLoc_Location location;
+    if (BRep_Tool::Surface(TopoDS::Face(face), location).IsNull()) {
+        return false;
+    }
     try {
         OCC_CATCH_SIGNALS
         GProp_GProps properties;
