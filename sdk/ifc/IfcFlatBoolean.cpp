@@ -9,9 +9,7 @@
 #include <set>
 #include <unordered_map>
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 /// Points nearer than this to a plane lie in it; points nearer than four times this are one. Millimetres.
@@ -827,6 +825,4 @@ Polyhedron Snapped(const Polyhedron& tool, const Polyhedron& body, double precis
     return snapped;
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -7,9 +7,7 @@
 #include "sdk/ifc/IfcFacets.h"
 #include "sdk/ifc/IfcSolids.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 /// The operation on the body and each of the tools in turn. The result is closed: each edge runs once each
 /// way, and no corner lies on the edge of another face. False, with `result` unspecified, when a body is open
@@ -21,6 +19,4 @@ bool CombineFlat(Context& context, BooleanKind kind, const Polyhedron& body,
 /// face lies, moved into that plane: an opening that ends a hair before the wall's end shall leave no skin.
 Polyhedron Snapped(const Polyhedron& tool, const Polyhedron& body, double precision);
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

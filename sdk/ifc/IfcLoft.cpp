@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 namespace {
 
 /// Angle between the chords of a curve, in radians.
@@ -159,6 +157,4 @@ Polyhedron LoftAlong(Context& context, const Path& path, const Region& region, c
     return Loft(sections, way.ring);
 }
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc

@@ -7,9 +7,7 @@
 #include "sdk/ifc/IfcFacets.h"
 #include "sdk/ifc/IfcProfiles.h"
 
-namespace cadex {
-namespace internal {
-namespace ifc {
+namespace cadex::ifc {
 
 /// The outline of one section and its holes, each as many points as in the sections before it, running
 /// counter-clockwise (holes: clockwise) seen against the way of the sweep.
@@ -25,6 +23,4 @@ Polyhedron Loft(const std::vector<Section>& sections, bool ring);
 Polyhedron LoftAlong(Context& context, const Path& path, const Region& region, const Affine& start,
                      const gp_XYZ* upright);
 
-} // namespace ifc
-} // namespace internal
-} // namespace cadex
+} // namespace cadex::ifc
