@@ -1,0 +1,662 @@
+#include "sdk/mesh/Delaunay.h"
+
+#include <algorithm>
+#include <cmath>
+#include <deque>
+#include <limits>
+#include <numeric>
+
+namespace cadex::mesh {
+
+namespace {
+
+// Products of four differences of such coordinates stay within the range of double; what is smaller than the
+// inverse counts as zero.
+constexpr double LargestCoordinate = 1e60;
+constexpr double SmallestCoordinate = 1e-60;
+
+// So far off, in extents of the points, stand the corners of the triangle around them. They are never part of
+// the region, whose loops keep its triangles from them.
+constexpr PlanePoint SurroundingCorners[] = {{-30, -17}, {31, -19}, {1.3, 35}};
+
+// Fewer points are inserted as they come.
+constexpr std::size_t FewPoints = 24;
+
+constexpr int Next(int corner)
+{
+    return corner == 2 ? 0 : corner + 1;
+}
+constexpr int Previous(int corner)
+{
+    return corner == 0 ? 2 : corner - 1;
+}
+
+std::size_t Index(int corner)
+{
+    return static_cast<std::size_t>(corner);
+}
+
+bool IsUsable(const PlanePoint& point)
+{
+    return std::abs(point.x) <= LargestCoordinate && std::abs(point.y) <= LargestCoordinate;
+}
+
+PlanePoint Cleaned(const PlanePoint& point)
+{
+    const auto clean = [](double value) { return std::abs(value) < SmallestCoordinate ? 0.0 : value; };
+    return {clean(point.x), clean(point.y)};
+}
+
+struct Extent
+{
+    PlanePoint low{std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};
+    PlanePoint high{-std::numeric_limits<double>::max(), -std::numeric_limits<double>::max()};
+
+    explicit Extent(const std::vector<PlanePoint>& points)
+    {
+        for (const PlanePoint& point : points) {
+            low = {std::min(low.x, point.x), std::min(low.y, point.y)};
+            high = {std::max(high.x, point.x), std::max(high.y, point.y)};
+        }
+    }
+    double Size() const { return std::max(high.x - low.x, high.y - low.y); }
+};
+
+/// Place along Hilbert's curve over a square of 2^16 by 2^16 cells.
+std::uint32_t HilbertPlace(std::uint32_t x, std::uint32_t y)
+{
+    std::uint32_t place = 0;
+    for (std::uint32_t side = 1U << 15; side > 0; side /= 2) {
+        const std::uint32_t right = (x & side) != 0 ? 1 : 0;
+        const std::uint32_t upper = (y & side) != 0 ? 1 : 0;
+        place += side * side * ((3 * right) ^ upper);
+        if (upper == 0) {
+            if (right == 1) {
+                x = ~x;
+                y = ~y;
+            }
+            std::swap(x, y);
+        }
+    }
+    return place;
+}
+
+/// Scatters numbers, the same ones everywhere.
+std::uint32_t Scattered(std::uint32_t number)
+{
+    number = (number ^ (number >> 16)) * 0x45d9f3bU;
+    number = (number ^ (number >> 16)) * 0x45d9f3bU;
+    return number ^ (number >> 16);
+}
+
+/// An order of insertion in which each point lies near the one before and the triangulation is never far from
+/// even: rounds of random points, each twice as large as the one before, each along Hilbert's curve.
+///
+/// NOTE: N. Amenta, S. Choi, G. Rote, "Incremental constructions con BRIO", SoCG 2003.
+std::vector<int> InsertionOrder(const std::vector<PlanePoint>& points)
+{
+    std::vector<int> order(points.size());
+    std::iota(order.begin(), order.end(), 0);
+    if (points.size() <= FewPoints) {
+        return order;
+    }
+    const Extent extent(points);
+    const double scale = extent.Size() > 0 ? 65535 / extent.Size() : 0;
+    std::vector<std::uint64_t> keys(points.size());
+    const auto largestRound = static_cast<std::uint32_t>(std::log2(points.size()));
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        std::uint32_t round = 0;
+        for (std::uint32_t bits = Scattered(static_cast<std::uint32_t>(i)); (bits & 1) == 0 && bits != 0;
+             bits /= 2) {
+            ++round;
+        }
+        const auto x = static_cast<std::uint32_t>((points[i].x - extent.low.x) * scale);
+        const auto y = static_cast<std::uint32_t>((points[i].y - extent.low.y) * scale);
+        keys[i] = (static_cast<std::uint64_t>(largestRound - std::min(round, largestRound)) << 32) |
+                  HilbertPlace(x, y);
+    }
+    std::sort(order.begin(), order.end(), [&](int a, int b) {
+        const std::uint64_t left = keys[Index(a)];
+        const std::uint64_t right = keys[Index(b)];
+        return left != right ? left < right : a < b;
+    });
+    return order;
+}
+
+double SquareDistance(const PlanePoint& a, const PlanePoint& b)
+{
+    return (a.x - b.x) * (a.x - b.x) + (a.y - b.y) * (a.y - b.y);
+}
+
+/// Whether `point` lies ahead on the way from `from` to `to`, which it lies in line with.
+bool IsAhead(const PlanePoint& from, const PlanePoint& to, const PlanePoint& point)
+{
+    return (to.x - from.x) * (point.x - from.x) + (to.y - from.y) * (point.y - from.y) > 0;
+}
+
+} // namespace
+
+Delaunay::Outcome Delaunay::Start(const std::vector<PlanePoint>& points, const Loops& loops)
+{
+    myCells.clear();
+    const auto isPoint = [&](int i) { return i >= 0 && Index(i) < points.size(); };
+    if (points.empty() || !std::all_of(points.begin(), points.end(), IsUsable) ||
+        !std::all_of(loops.begin(), loops.end(), [&](const std::vector<int>& loop) {
+            return std::all_of(loop.begin(), loop.end(), isPoint);
+        })) {
+        return Outcome::NotUsable;
+    }
+    Surround(points);
+    bool isDone = InsertAll();
+    for (std::size_t i = 0; i < loops.size() && isDone; ++i) {
+        for (std::size_t k = 0; k < loops[i].size() && isDone; ++k) {
+            const int from = loops[i][k];
+            const int to = loops[i][k + 1 < loops[i].size() ? k + 1 : 0];
+            isDone = Constrain(mySame[Index(from + Surrounding)], mySame[Index(to + Surrounding)]);
+        }
+    }
+    if (!isDone) {
+        myCells.clear();
+        return Outcome::LoopsCross;
+    }
+    MarkInside();
+    if (std::none_of(myCells.begin(), myCells.end(), [](const Cell& cell) { return cell.isInside; })) {
+        myCells.clear();
+        return Outcome::NothingInside;
+    }
+    return Outcome::Done;
+}
+
+void Delaunay::Surround(const std::vector<PlanePoint>& points)
+{
+    const Extent extent(points);
+    const double size = std::max(
+        extent.Size(),
+        std::max({1e-9 * std::abs(extent.low.x), 1e-9 * std::abs(extent.low.y), SmallestCoordinate}));
+    const PlanePoint middle{extent.low.x + (extent.high.x - extent.low.x) / 2,
+                            extent.low.y + (extent.high.y - extent.low.y) / 2};
+    myPoints.clear();
+    myPoints.reserve(points.size() + Surrounding);
+    for (const PlanePoint& corner : SurroundingCorners) {
+        myPoints.push_back({middle.x + corner.x * size, middle.y + corner.y * size});
+    }
+    std::transform(points.begin(), points.end(), std::back_inserter(myPoints), Cleaned);
+    myCells.clear();
+    myCells.reserve(2 * myPoints.size());
+    myCells.push_back({{0, 1, 2}, {None, None, None}});
+    myCellOf.assign(myPoints.size(), 0);
+    mySame.resize(myPoints.size());
+    std::iota(mySame.begin(), mySame.end(), 0);
+    myLast = 0;
+}
+
+bool Delaunay::InsertAll()
+{
+    const std::vector<PlanePoint> points(myPoints.begin() + Surrounding, myPoints.end());
+    for (const int point : InsertionOrder(points)) {
+        const int node = point + Surrounding;
+        const Place place = Locate(At(node), myLast);
+        if (place.cell == None) {
+            return false;
+        }
+        if (place.corner != None) {
+            mySame[Index(node)] = CellAt(place.cell).corners[Index(place.corner)];
+        } else {
+            InsertAt(node, place);
+        }
+    }
+    return true;
+}
+
+// Walks from triangle to triangle. Where loops keep the triangulation from being Delaunay's, a walk that
+// always asked the sides in one order might go round in circles.
+Delaunay::Place Delaunay::Locate(const PlanePoint& point, int start) const
+{
+    int cell = start;
+    for (std::size_t steps = 0; steps <= 2 * myCells.size() + 16; ++steps) {
+        const Cell& here = CellAt(cell);
+        int next = cell;
+        Place place{cell, None, None};
+        int onSides = 0;
+        int corner = static_cast<int>(Scattered(static_cast<std::uint32_t>(steps)) % 3);
+        for (int i = 0; i < 3; ++i, corner = Next(corner)) {
+            const double side = Orientation(At(here.corners[Index(Next(corner))]),
+                                            At(here.corners[Index(Previous(corner))]), point);
+            if (side < 0) {
+                next = here.neighbours[Index(corner)];
+                break;
+            }
+            if (side == 0) {
+                // On two sides: at the corner that is opposite neither.
+                place.corner = onSides++ == 0 ? None : 3 - place.side - corner;
+                place.side = onSides == 1 ? corner : place.side;
+            }
+        }
+        if (next == None) {
+            return {};
+        }
+        if (next == cell) {
+            return place;
+        }
+        cell = next;
+    }
+    return {};
+}
+
+void Delaunay::InsertAt(int node, const Place& place)
+{
+    if (place.side == None) {
+        SplitCell(node, place.cell);
+    } else {
+        SplitSide(node, {place.cell, place.side});
+    }
+    myLast = place.cell;
+    LegaliseAround();
+}
+
+void Delaunay::SplitCell(int node, int cell)
+{
+    const Cell old = CellAt(cell);
+    const int second = static_cast<int>(myCells.size());
+    const int third = second + 1;
+    const auto& [a, b, c] = old.corners;
+    CellAt(cell) = {{node, a, b}, {old.neighbours[2], second, third}, {old.uses[2], 0, 0}, old.isInside};
+    myCells.push_back({{node, b, c}, {old.neighbours[0], third, cell}, {old.uses[0], 0, 0}, old.isInside});
+    myCells.push_back({{node, c, a}, {old.neighbours[1], cell, second}, {old.uses[1], 0, 0}, old.isInside});
+    Replace(old.neighbours[0], cell, second);
+    Replace(old.neighbours[1], cell, third);
+    CellOf(node) = cell;
+    CellOf(a) = cell;
+    CellOf(b) = cell;
+    CellOf(c) = second;
+    myStack = {cell, second, third};
+}
+
+// The cells a, b, c and d, c, b on both sides of the side from b to c become four around the new point. The
+// side between them is one of no loop.
+void Delaunay::SplitSide(int node, Side side)
+{
+    const Side opposite = Opposite(side);
+    const Cell here = CellAt(side.cell);
+    const Cell there = CellAt(opposite.cell);
+    const std::size_t k[] = {Index(side.corner), Index(Next(side.corner)), Index(Previous(side.corner))};
+    const std::size_t m[] = {Index(opposite.corner), Index(Next(opposite.corner)),
+                             Index(Previous(opposite.corner))};
+    const int a = here.corners[k[0]];
+    const int b = here.corners[k[1]];
+    const int c = here.corners[k[2]];
+    const int d = there.corners[m[0]];
+    const int third = static_cast<int>(myCells.size());
+    const int fourth = third + 1;
+    CellAt(side.cell) = {
+        {node, a, b}, {here.neighbours[k[2]], opposite.cell, third}, {here.uses[k[2]], 0, 0}, here.isInside};
+    CellAt(opposite.cell) = {
+        {node, b, d}, {there.neighbours[m[1]], fourth, side.cell}, {there.uses[m[1]], 0, 0}, there.isInside};
+    myCells.push_back(
+        {{node, c, a}, {here.neighbours[k[1]], side.cell, fourth}, {here.uses[k[1]], 0, 0}, here.isInside});
+    myCells.push_back({{node, d, c},
+                       {there.neighbours[m[2]], third, opposite.cell},
+                       {there.uses[m[2]], 0, 0},
+                       there.isInside});
+    Replace(here.neighbours[k[1]], side.cell, third);
+    Replace(there.neighbours[m[2]], opposite.cell, fourth);
+    CellOf(node) = side.cell;
+    CellOf(a) = side.cell;
+    CellOf(b) = side.cell;
+    CellOf(c) = third;
+    CellOf(d) = fourth;
+    myStack = {side.cell, opposite.cell, third, fourth};
+}
+
+// The cells a, b, c and d, c, b become a, b, d and a, d, c.
+void Delaunay::Flip(Side side)
+{
+    const Side opposite = Opposite(side);
+    const Cell here = CellAt(side.cell);
+    const Cell there = CellAt(opposite.cell);
+    const std::size_t k[] = {Index(side.corner), Index(Next(side.corner)), Index(Previous(side.corner))};
+    const std::size_t m[] = {Index(opposite.corner), Index(Next(opposite.corner)),
+                             Index(Previous(opposite.corner))};
+    const int a = here.corners[k[0]];
+    const int b = here.corners[k[1]];
+    const int c = here.corners[k[2]];
+    const int d = there.corners[m[0]];
+    CellAt(side.cell) = {{a, b, d},
+                         {there.neighbours[m[1]], opposite.cell, here.neighbours[k[2]]},
+                         {there.uses[m[1]], 0, here.uses[k[2]]},
+                         here.isInside};
+    CellAt(opposite.cell) = {{a, d, c},
+                             {there.neighbours[m[2]], here.neighbours[k[1]], side.cell},
+                             {there.uses[m[2]], here.uses[k[1]], 0},
+                             there.isInside};
+    Replace(there.neighbours[m[1]], opposite.cell, side.cell);
+    Replace(here.neighbours[k[1]], side.cell, opposite.cell);
+    CellOf(a) = side.cell;
+    CellOf(b) = side.cell;
+    CellOf(d) = side.cell;
+    CellOf(c) = opposite.cell;
+}
+
+/// True when the side belongs to no loop and the point beyond it lies in the circle around its cell.
+bool Delaunay::IsFlippable(Side side) const
+{
+    const Cell& here = CellAt(side.cell);
+    if (here.neighbours[Index(side.corner)] == None || here.uses[Index(side.corner)] != 0) {
+        return false;
+    }
+    const Side opposite = Opposite(side);
+    return IsInCircle(At(here.corners[0]), At(here.corners[1]), At(here.corners[2]),
+                      At(CellAt(opposite.cell).corners[Index(opposite.corner)]));
+}
+
+void Delaunay::LegaliseAround()
+{
+    while (!myStack.empty()) {
+        const int cell = myStack.back();
+        myStack.pop_back();
+        if (IsFlippable({cell, 0})) {
+            const int other = CellAt(cell).neighbours[0];
+            Flip({cell, 0});
+            myStack.push_back(cell);
+            myStack.push_back(other);
+        }
+    }
+}
+
+void Delaunay::Legalise(std::vector<InnerSide>& sides)
+{
+    while (!sides.empty()) {
+        const Side side = FindSide(sides.back().from, sides.back().to);
+        sides.pop_back();
+        if (side.cell == None || !IsFlippable(side)) {
+            continue;
+        }
+        const int other = CellAt(side.cell).neighbours[Index(side.corner)];
+        Flip(side);
+        const auto [a, b, d] = CellAt(side.cell).corners;
+        const int c = CellAt(other).corners[2];
+        sides.insert(sides.end(), {{a, b}, {b, d}, {d, c}, {c, a}});
+    }
+}
+
+/// Makes the way between two points one of sides. False when it crosses another such way.
+bool Delaunay::Constrain(int from, int to)
+{
+    std::vector<InnerSide> crossed;
+    while (from != to) {
+        Side side;
+        int target = StepTowards(from, to, side);
+        if (target == None) {
+            crossed.clear();
+            target = to;
+            if (side.cell == None || !CollectCrossed(from, target, side, crossed) ||
+                !Clear(from, target, crossed)) {
+                return false;
+            }
+            side = FindSide(from, target);
+            if (side.cell == None) {
+                return false;
+            }
+        }
+        MarkUsed(side);
+        Legalise(crossed);
+        from = target;
+    }
+    return true;
+}
+
+/// Looks round `from`: gives the next point when a side leads straight towards `to`, with that side; else
+/// None, with the side that the way crosses.
+int Delaunay::StepTowards(int from, int to, Side& found) const
+{
+    const int start = CellOf(from);
+    int cell = start;
+    do {
+        const int corner = CornerOf(cell, from);
+        const Cell& here = CellAt(cell);
+        const int right = here.corners[Index(Next(corner))];
+        const int left = here.corners[Index(Previous(corner))];
+        const double ofRight = Orientation(At(from), At(to), At(right));
+        if (right == to || (ofRight == 0 && IsAhead(At(from), At(to), At(right)))) {
+            found = {cell, Previous(corner)};
+            return right;
+        }
+        if (ofRight < 0 && left != to && Orientation(At(from), At(to), At(left)) > 0) {
+            found = {cell, corner};
+            return None;
+        }
+        cell = here.neighbours[Index(Next(corner))];
+    } while (cell != None && cell != start);
+    found = {};
+    return None;
+}
+
+/// The sides between `from` and `to`, beginning with `first`; `to` becomes the first point on the way. False
+/// when one of them belongs to a loop.
+bool Delaunay::CollectCrossed(int from, int& to, Side first, std::vector<InnerSide>& crossed) const
+{
+    const int goal = to;
+    for (Side side = first;;) {
+        const Cell& here = CellAt(side.cell);
+        if (here.uses[Index(side.corner)] != 0 || here.neighbours[Index(side.corner)] == None ||
+            crossed.size() > myCells.size()) {
+            return false;
+        }
+        crossed.push_back(
+            {here.corners[Index(Next(side.corner))], here.corners[Index(Previous(side.corner))]});
+        const Side opposite = Opposite(side);
+        const int far = CellAt(opposite.cell).corners[Index(opposite.corner)];
+        const double ofFar = Orientation(At(from), At(goal), At(far));
+        if (far == goal || ofFar == 0) {
+            to = far;
+            return true;
+        }
+        // Seen from beyond, the right end of the crossed side is the one before the far corner.
+        side = {opposite.cell, ofFar > 0 ? Next(opposite.corner) : Previous(opposite.corner)};
+    }
+}
+
+/// Flips the crossed sides out of the way, each when its two cells form a convex quadrilateral.
+///
+/// NOTE: S. W. Sloan, "A fast algorithm for generating constrained Delaunay triangulations", Computers &
+/// Structures 47 (1993). `crossed` becomes the sides that are new.
+bool Delaunay::Clear(int from, int to, std::vector<InnerSide>& crossed)
+{
+    std::deque<InnerSide> waiting(crossed.begin(), crossed.end());
+    crossed.clear();
+    std::size_t idle = 0;
+    while (!waiting.empty()) {
+        const InnerSide link = waiting.front();
+        waiting.pop_front();
+        const Side side = FindSide(link.from, link.to);
+        if (side.cell == None || ++idle > waiting.size() + 1) {
+            return false;
+        }
+        const Side opposite = Opposite(side);
+        const int near = CellAt(side.cell).corners[Index(side.corner)];
+        const int far = CellAt(opposite.cell).corners[Index(opposite.corner)];
+        if (Orientation(At(near), At(link.from), At(far)) <= 0 ||
+            Orientation(At(far), At(link.to), At(near)) <= 0) {
+            waiting.push_back(link);
+            continue;
+        }
+        idle = 0;
+        Flip(side);
+        const auto isEnd = [&](int node) { return node == from || node == to; };
+        const bool isNearRight = Orientation(At(from), At(to), At(near)) < 0;
+        if (!isEnd(near) && !isEnd(far) && isNearRight != (Orientation(At(from), At(to), At(far)) < 0)) {
+            waiting.push_back({near, far});
+        } else {
+            crossed.push_back({near, far});
+        }
+    }
+    return true;
+}
+
+void Delaunay::MarkInside()
+{
+    std::vector<bool> isSeen(myCells.size(), false);
+    myStack = {CellOf(0)};
+    isSeen[Index(CellOf(0))] = true;
+    while (!myStack.empty()) {
+        const int cell = myStack.back();
+        myStack.pop_back();
+        const Cell here = CellAt(cell);
+        for (std::size_t k = 0; k < 3; ++k) {
+            const int other = here.neighbours[k];
+            if (other != None && !isSeen[Index(other)]) {
+                isSeen[Index(other)] = true;
+                CellAt(other).isInside = here.isInside != (here.uses[k] % 2 == 1);
+                myStack.push_back(other);
+            }
+        }
+    }
+}
+
+int Delaunay::Insert(const PlanePoint& point, double clearance, int near)
+{
+    if (myCells.empty() || !IsUsable(point)) {
+        return None;
+    }
+    const PlanePoint cleaned = Cleaned(point);
+    const Place place = Locate(cleaned, near == None ? myLast : CellOf(mySame[Index(near + Surrounding)]));
+    if (place.cell == None) {
+        return None;
+    }
+    const Cell& cell = CellAt(place.cell);
+    if (near == None) {
+        myLast = place.cell;
+    }
+    if (!cell.isInside || place.corner != None || (place.side != None && cell.uses[Index(place.side)] != 0) ||
+        (clearance > 0 && IsNear(cleaned, cell, clearance))) {
+        return None;
+    }
+    const int node = static_cast<int>(myPoints.size());
+    myPoints.push_back(cleaned);
+    myCellOf.push_back(place.cell);
+    mySame.push_back(node);
+    InsertAt(node, place);
+    return node - Surrounding;
+}
+
+bool Delaunay::IsNear(const PlanePoint& point, const Cell& cell, double clearance) const
+{
+    for (int corner = 0; corner < 3; ++corner) {
+        const PlanePoint& from = At(cell.corners[Index(Next(corner))]);
+        const PlanePoint& to = At(cell.corners[Index(Previous(corner))]);
+        const bool isNearSide =
+            cell.uses[Index(corner)] != 0 &&
+            2 * Orientation(from, to, point) < clearance * std::sqrt(SquareDistance(from, to));
+        if (isNearSide || SquareDistance(from, point) < clearance * clearance) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::vector<Delaunay::Triangle> Delaunay::Triangles() const
+{
+    std::vector<Triangle> result;
+    result.reserve(myCells.size());
+    for (const Cell& cell : myCells) {
+        if (cell.isInside) {
+            const auto& [a, b, c] = cell.corners;
+            result.push_back({a - Surrounding, b - Surrounding, c - Surrounding});
+        }
+    }
+    return result;
+}
+
+std::vector<Delaunay::InnerSide> Delaunay::InnerSides() const
+{
+    std::vector<InnerSide> result;
+    for (const Cell& cell : myCells) {
+        for (int corner = 0; corner < 3 && cell.isInside; ++corner) {
+            const int from = cell.corners[Index(Next(corner))];
+            const int to = cell.corners[Index(Previous(corner))];
+            if (from < to && cell.uses[Index(corner)] == 0) {
+                result.push_back({from - Surrounding, to - Surrounding});
+            }
+        }
+    }
+    return result;
+}
+
+void Delaunay::InnerSidesAt(int point, std::vector<InnerSide>& result) const
+{
+    const int node = point + Surrounding;
+    const int start = CellOf(node);
+    int cell = start;
+    do {
+        const int corner = CornerOf(cell, node);
+        const Cell& here = CellAt(cell);
+        result.push_back({point, here.corners[Index(Next(corner))] - Surrounding});
+        cell = here.neighbours[Index(Next(corner))];
+    } while (cell != None && cell != start);
+}
+
+bool Delaunay::IsInnerSide(const InnerSide& side) const
+{
+    const Side found = FindSide(side.from + Surrounding, side.to + Surrounding);
+    return found.cell != None && CellAt(found.cell).isInside &&
+           CellAt(found.cell).uses[Index(found.corner)] == 0;
+}
+
+/// The side with `from` and `to` counter-clockwise; its cell is None when there is none.
+Delaunay::Side Delaunay::FindSide(int from, int to) const
+{
+    // One cannot go all round a corner of the surrounding triangle.
+    const bool isTurned = from < Surrounding;
+    const int middle = isTurned ? to : from;
+    const int start = CellOf(middle);
+    int cell = start;
+    do {
+        const int corner = CornerOf(cell, middle);
+        const Cell& here = CellAt(cell);
+        if (!isTurned && here.corners[Index(Next(corner))] == to) {
+            return {cell, Previous(corner)};
+        }
+        if (isTurned && here.corners[Index(Previous(corner))] == from) {
+            return {cell, Next(corner)};
+        }
+        cell = here.neighbours[Index(Next(corner))];
+    } while (cell != None && cell != start);
+    return {};
+}
+
+/// The same side seen from the other cell.
+Delaunay::Side Delaunay::Opposite(Side side) const
+{
+    const int other = CellAt(side.cell).neighbours[Index(side.corner)];
+    const std::array<int, 3>& neighbours = CellAt(other).neighbours;
+    const int corner = neighbours[0] == side.cell ? 0 : neighbours[1] == side.cell ? 1 : 2;
+    return {other, corner};
+}
+
+int Delaunay::CornerOf(int cell, int node) const
+{
+    const std::array<int, 3>& corners = CellAt(cell).corners;
+    return corners[0] == node ? 0 : corners[1] == node ? 1 : 2;
+}
+
+void Delaunay::MarkUsed(Side side)
+{
+    // Beyond a few uses only odd and even matter.
+    const auto mark = [](std::uint8_t& uses) { uses = uses < 200 ? uses + 1 : uses - 1; };
+    mark(CellAt(side.cell).uses[Index(side.corner)]);
+    if (CellAt(side.cell).neighbours[Index(side.corner)] != None) {
+        const Side opposite = Opposite(side);
+        mark(CellAt(opposite.cell).uses[Index(opposite.corner)]);
+    }
+}
+
+void Delaunay::Replace(int cell, int before, int after)
+{
+    if (cell != None) {
+        for (int& neighbour : CellAt(cell).neighbours) {
+            neighbour = neighbour == before ? after : neighbour;
+        }
+    }
+}
+
+} // namespace cadex::mesh
