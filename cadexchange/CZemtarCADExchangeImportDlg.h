@@ -1,7 +1,5 @@
 #pragma once
 
-#include "common/ZemtarExport.h"
-
 #include <QDialog>
 #include <QString>
 
@@ -24,7 +22,7 @@ namespace Zemtar {
 /// The values lie in the host's settings store under "Importers/NAME/TesselationValue" (int) and
 /// "Importers/NAME/ParallelProcessing" (bool). They are written whenever the dialog is destroyed, also when
 /// the user closed it without accepting.
-class ZEMTAR_EXPORT CZemtarCADExchangeImportDlg : public QDialog
+class CZemtarCADExchangeImportDlg : public QDialog
 {
     Q_OBJECT
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "common/ZemtarExport.h"
 #include "host/CZemtarWriter.h"
 
 namespace cadex {
@@ -17,7 +16,7 @@ namespace Zemtar {
 ///     bool written = CZemtarFile::FileExists("/tmp/engine.step");
 ///
 /// Exports run on the host's GUI thread and never overlap: the walk behind them is a singleton.
-class ZEMTAR_EXPORT CZemtarCADExchangeWriter : public CZemtarWriter
+class CZemtarCADExchangeWriter : public CZemtarWriter
 {
 public:
     /// The numbering is that of the importer. Creo, NX and SolidWorks keep their numbers although nothing

@@ -3,7 +3,6 @@
 #include "host/CZemtarGeometry.h"
 #include "host/CZemtarSceneNode.h"
 #include "host/CZemtarTextureCoordinatesTable.h"
-#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
@@ -15,7 +14,7 @@ class CZemtarMaterial;
 ///     object->SetGeometry(geometry);
 ///     object->SetMaterial(material);
 ///     object->SetParent(part);
-class ZEMTAR_CORE_EXPORT CZemtar3DObject : public CZemtarSceneNode
+class CZemtar3DObject : public CZemtarSceneNode
 {
 public:
     /// Makes a mesh node without geometry in `document`, which owns it; null without a document.

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "host/CZemtarFont.h"
-#include "host/ZemtarCoreExport.h"
 
 #include <vector>
 
@@ -9,7 +8,7 @@ namespace Zemtar {
 
 /// The one place that knows which font families 3D text can be made of; filled at start-up, asked by text
 /// tools.
-class ZEMTAR_CORE_EXPORT CZemtar3DTextGeometryGenerator
+class CZemtar3DTextGeometryGenerator
 {
 public:
     /// Gives the process-wide object; the caller does not own it.

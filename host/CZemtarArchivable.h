@@ -1,11 +1,9 @@
 #pragma once
 
-#include "host/ZemtarCoreExport.h"
-
 namespace Zemtar {
 
 /// Base of all that a document archives.
-class ZEMTAR_CORE_EXPORT CZemtarArchivable
+class CZemtarArchivable
 {
 public:
     virtual ~CZemtarArchivable() = default;

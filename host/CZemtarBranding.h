@@ -1,7 +1,5 @@
 #pragma once
 
-#include "host/ZemtarCoreExport.h"
-
 #include <string>
 
 namespace Zemtar {
@@ -10,7 +8,7 @@ namespace Zemtar {
 ///
 ///     std::string organisation =
 ///     CZemtarBranding::getInstance()->getString(CZemtarBranding::OrganizationName);
-class ZEMTAR_CORE_EXPORT CZemtarBranding
+class CZemtarBranding
 {
 public:
     /// The numbers are fixed: plug-ins are built against them.

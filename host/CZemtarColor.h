@@ -1,12 +1,10 @@
 #pragma once
 
-#include "host/ZemtarCoreExport.h"
-
 namespace Zemtar {
 
 /// A colour: red, green, blue and alpha as doubles, nominally 0 to 1, alpha 1 opaque. Values outside are kept
 /// as they stand. Opaque black by default.
-class ZEMTAR_CORE_EXPORT CZemtarColor
+class CZemtarColor
 {
 public:
     CZemtarColor() = default;

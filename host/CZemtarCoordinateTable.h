@@ -2,7 +2,6 @@
 
 #include "host/CZemtarEntity.h"
 #include "host/CZemtarUnit.h"
-#include "host/ZemtarCoreExport.h"
 
 #include <cstddef>
 #include <vector>
@@ -17,7 +16,7 @@ namespace Zemtar {
 ///
 /// Indices beyond `Count()` are undefined behaviour. Pointers from `Data` hold until the table grows.
 template <std::size_t EntryWidth>
-class ZEMTAR_CORE_EXPORT CZemtarCoordinateTable : public CZemtarEntity
+class CZemtarCoordinateTable : public CZemtarEntity
 {
 public:
     static constexpr std::size_t Width = EntryWidth;

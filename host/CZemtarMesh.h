@@ -1,7 +1,5 @@
 #pragma once
 
-#include "host/ZemtarCoreExport.h"
-
 namespace Zemtar {
 
 class CZemtarPolygonsTable;
@@ -11,7 +9,7 @@ class CZemtarVerticiesNormalsTable;
 class CZemtarVerticiesTable;
 
 /// Operations on mesh tables.
-class ZEMTAR_CORE_EXPORT CZemtarMesh
+class CZemtarMesh
 {
 public:
     CZemtarMesh() = delete;

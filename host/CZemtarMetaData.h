@@ -1,7 +1,6 @@
 #pragma once
 
 #include "host/CZemtarString.h"
-#include "host/ZemtarCoreExport.h"
 
 #include <map>
 #include <utility>
@@ -13,7 +12,7 @@ namespace Zemtar {
 /// at first.
 ///
 ///     node->MetaData()->SetValue("steel", "Material", "Properties", "");
-class ZEMTAR_CORE_EXPORT CZemtarMetaData
+class CZemtarMetaData
 {
 public:
     using NamedValues = std::vector<std::pair<CZemtarString, CZemtarString>>;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "host/CZemtarMatrix.h"
-#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
@@ -20,7 +19,7 @@ class CZemtarSceneNode;
 ///     };
 ///     CZemtarMatrix root;
 ///     counter.TraverseDocument(document, root, nullptr);
-class ZEMTAR_CORE_EXPORT CZemtarNodeVisitor
+class CZemtarNodeVisitor
 {
 public:
     /// Is called for each node, deleted ones included, with the transform from the node's own coordinates to

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "host/CZemtarEntity.h"
-#include "host/ZemtarCoreExport.h"
 
 #include <cstddef>
 #include <utility>
@@ -10,7 +9,7 @@
 namespace Zemtar {
 
 /// The line segments of a geometry: pairs of vertex indices in one block of memory.
-class ZEMTAR_CORE_EXPORT CZemtarPolyLinesTable : public CZemtarEntity
+class CZemtarPolyLinesTable : public CZemtarEntity
 {
 public:
     /// Makes an empty table in `document`, which owns it; null without a document.

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "host/CZemtarString.h"
-#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
@@ -9,7 +8,7 @@ class CZemtarDocument;
 
 /// Base of importer plug-ins. Has no virtual destructor: the host never deletes an importer through this
 /// class.
-class ZEMTAR_CORE_EXPORT CZemtarReader
+class CZemtarReader
 {
 public:
     CZemtarReader();

@@ -3,7 +3,6 @@
 #include "host/CZemtarEntity.h"
 #include "host/CZemtarMatrix.h"
 #include "host/CZemtarString.h"
-#include "host/ZemtarCoreExport.h"
 
 #include <memory>
 #include <vector>
@@ -23,7 +22,7 @@ class CZemtarTreeCopy;
 ///     part->SetParent(assembly);
 ///
 /// A node takes a few hundred bytes; matrix, metadata and solid hint are held only where they were set.
-class ZEMTAR_CORE_EXPORT CZemtarSceneNode : public CZemtarEntity
+class CZemtarSceneNode : public CZemtarEntity
 {
 public:
     /// Parts and assemblies give the scene its structure; plain groups, the default, only place what is below

@@ -2,14 +2,13 @@
 
 #include "host/CZemtarEntity.h"
 #include "host/CZemtarString.h"
-#include "host/ZemtarCoreExport.h"
 
 #include <set>
 
 namespace Zemtar {
 
 /// A named state of the scene: which nodes are hidden in it.
-class ZEMTAR_CORE_EXPORT CZemtarSceneState : public CZemtarEntity
+class CZemtarSceneState : public CZemtarEntity
 {
 public:
     /// Makes a state in which every node shows in `document`, which owns it; null without a document.

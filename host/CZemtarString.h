@@ -1,7 +1,5 @@
 #pragma once
 
-#include "host/ZemtarCoreExport.h"
-
 #include <iosfwd>
 #include <memory>
 #include <string>
@@ -20,7 +18,7 @@ namespace Zemtar {
 /// taken and given as it stands. Editing operations change the string in place and return it, so that they
 /// chain. Positions count code points from 0. In paths "/" and "\" both separate, on every platform, unless
 /// an operation names its separator.
-class ZEMTAR_CORE_EXPORT CZemtarString
+class CZemtarString
 {
 public:
     static_assert(sizeof(wchar_t) == 4, "CZemtarString holds 32-bit code points");
@@ -136,7 +134,7 @@ public:
         return CZemtarString(left) + text;
     }
     /// Writes UTF-8.
-    friend ZEMTAR_CORE_EXPORT std::ostream& operator<<(std::ostream& stream, const CZemtarString& text);
+    friend std::ostream& operator<<(std::ostream& stream, const CZemtarString& text);
 
 private:
     std::wstring m_text;

@@ -1,11 +1,9 @@
 #pragma once
 
-#include "host/ZemtarCoreExport.h"
-
 namespace Zemtar {
 
 /// One texture coordinate (u, v); (0, 0) is the image's lower left corner, (1, 1) its upper right one.
-class ZEMTAR_CORE_EXPORT CZemtarTextureCoordinate
+class CZemtarTextureCoordinate
 {
 public:
     CZemtarTextureCoordinate() = default;

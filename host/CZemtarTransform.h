@@ -2,12 +2,11 @@
 
 #include "host/CZemtarEntity.h"
 #include "host/CZemtarMatrix.h"
-#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
 /// A transform as an object of a document: one matrix, the identity at first.
-class ZEMTAR_CORE_EXPORT CZemtarTransform : public CZemtarEntity
+class CZemtarTransform : public CZemtarEntity
 {
 public:
     /// Makes an identity transform in `document`, which owns it; null without a document.

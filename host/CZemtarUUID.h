@@ -1,7 +1,6 @@
 #pragma once
 
 #include "host/CZemtarString.h"
-#include "host/ZemtarCoreExport.h"
 
 #include <array>
 
@@ -11,7 +10,7 @@ namespace Zemtar {
 ///
 ///     CZemtarUUID id("{6BA7B810-9DAD-11D1-80B4-00C04FD430C8}");
 ///     CZemtarString text = id;   // "{6ba7b810-9dad-11d1-80b4-00c04fd430c8}"
-class ZEMTAR_CORE_EXPORT CZemtarUUID
+class CZemtarUUID
 {
 public:
     /// Gives the null UUID, all zero.

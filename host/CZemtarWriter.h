@@ -2,7 +2,6 @@
 
 #include "host/CZemtarString.h"
 #include "host/CZemtarUnit.h"
-#include "host/ZemtarCoreExport.h"
 
 #include <vector>
 
@@ -16,7 +15,7 @@ class CZemtarSectionPlane;
 class CZemtarTransform;
 
 /// Base of exporter plug-ins.
-class ZEMTAR_CORE_EXPORT CZemtarWriter
+class CZemtarWriter
 {
 public:
     CZemtarWriter();

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "common/ZemtarExport.h"
 #include "host/CZemtarColor.h"
 #include "host/CZemtarString.h"
 #include "host/CZemtarUUID.h"
@@ -18,7 +17,7 @@ namespace Zemtar {
 ///
 /// Host strings hold 32-bit code points up to the terminating zero, Qt's UTF-16 units. Every conversion is by
 /// value and never fails.
-class ZEMTAR_EXPORT CZemtarConvert
+class CZemtarConvert
 {
 public:
     /// Converts without normalisation; a zero inside the text ends the host string.

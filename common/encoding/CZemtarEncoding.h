@@ -1,6 +1,5 @@
 #pragma once
 
-#include "common/ZemtarExport.h"
 #include "host/CZemtarString.h"
 
 class QString;
@@ -20,7 +19,7 @@ namespace Zemtar {
 /// is left behind and the result is the source path; a source is never changed unless it is to be
 /// overwritten. Text is read in text mode, so carriage returns are dropped, and written without a byte-order
 /// mark.
-class ZEMTAR_EXPORT CZemtarEncoding
+class CZemtarEncoding
 {
 public:
     /// Returns the charset name that uchardet reports, for example "UTF-8", "ASCII", "UHC" or "ISO-8859-1";

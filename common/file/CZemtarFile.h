@@ -1,6 +1,5 @@
 #pragma once
 
-#include "common/ZemtarExport.h"
 #include "host/CZemtarString.h"
 
 namespace Zemtar {
@@ -13,7 +12,7 @@ namespace Zemtar {
 ///
 /// Nothing throws or logs: a failure is false or an empty string. Nothing is created or deleted beyond what a
 /// function says.
-class ZEMTAR_EXPORT CZemtarFile
+class CZemtarFile
 {
 public:
     // Files and paths

@@ -1,8 +1,6 @@
 // The SDK's own memory functions and a standard allocator on top of them.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
-
 #include <cstddef>
 #include <new>
 
@@ -10,14 +8,14 @@ namespace cadex {
 
 /// Returns `size` bytes, aligned for any fundamental type. Throws std::bad_alloc when there is no memory.
 /// A size of 0 gives a unique pointer. Released with cadex_free.
-CADEX_EXPORT void* cadex_malloc(std::size_t size);
+void* cadex_malloc(std::size_t size);
 
 /// Releases memory of cadex_malloc; null is allowed.
-CADEX_EXPORT void cadex_free(void* memory) noexcept;
+void cadex_free(void* memory) noexcept;
 
 /// Standard allocator on cadex_malloc; any two instances are interchangeable.
 template <typename T>
-class CADEX_EXPORT Base_Allocator
+class Base_Allocator
 {
 public:
     using value_type = T;
@@ -46,7 +44,7 @@ public:
 namespace internal {
 
 /// Empty base of the classes whose objects live in the SDK's memory.
-struct CADEX_EXPORT Allocated
+struct Allocated
 {
     static void* operator new(std::size_t size) { return cadex_malloc(size); }
     static void* operator new[](std::size_t size) { return cadex_malloc(size); }

@@ -1,11 +1,9 @@
 // Base of every reader's parameters; nothing in it is set by applications.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
-
 namespace cadex {
 
-class CADEX_EXPORT Base_ReaderParameters
+class Base_ReaderParameters
 {
 public:
     virtual ~Base_ReaderParameters() = default;

@@ -3,8 +3,6 @@
 //     Base_Settings::Default()->SetValue(Base_Settings::ConcurrentMode, false);
 #pragma once
 
-#include <cadex/Base_Export.hxx>
-
 #include <memory>
 
 #include <cadex/Base_UTF16String.hxx>
@@ -12,7 +10,7 @@
 namespace cadex {
 
 /// All calls may come from any thread.
-class CADEX_EXPORT Base_Settings
+class Base_Settings
 {
 public:
     enum Id

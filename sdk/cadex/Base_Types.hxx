@@ -1,8 +1,6 @@
 // Integer names of the SDK, and the tag that makes a handle refer to a new, empty object.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
-
 #include <cstdint>
 
 namespace cadex {
@@ -20,7 +18,7 @@ typedef U16 UTF16;
 typedef U32 UTF32;
 
 /// `ModelData_Part part{initialized()};` makes a new empty part; `ModelData_Part part;` makes a null handle.
-struct CADEX_EXPORT initialized
+struct initialized
 {
 };
 

@@ -5,8 +5,6 @@
 //     bool ok = writer.Transfer(model) && writer.WriteFile("bracket.step");
 #pragma once
 
-#include <cadex/Base_Export.hxx>
-
 #include <iosfwd>
 #include <memory>
 
@@ -24,7 +22,7 @@ class WriterEngine;
 }
 
 /// Failures are a false result; nothing is thrown. Deleting through this base is allowed.
-class CADEX_EXPORT Base_Writer : public internal::Allocated
+class Base_Writer : public internal::Allocated
 {
 public:
     virtual ~Base_Writer();

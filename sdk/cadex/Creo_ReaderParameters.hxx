@@ -1,12 +1,11 @@
 // Parameters of Creo_Reader; it has none of its own.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
 #include <cadex/Base_ReaderParameters.hxx>
 
 namespace cadex {
 
-class CADEX_EXPORT Creo_ReaderParameters : public Base_ReaderParameters
+class Creo_ReaderParameters : public Base_ReaderParameters
 {
 public:
     Creo_ReaderParameters() = default;

@@ -1,12 +1,11 @@
 // Parameters of IFC_Reader; it has none of its own.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
 #include <cadex/Base_ReaderParameters.hxx>
 
 namespace cadex {
 
-class CADEX_EXPORT IFC_ReaderParameters : public Base_ReaderParameters
+class IFC_ReaderParameters : public Base_ReaderParameters
 {
 public:
     IFC_ReaderParameters() = default;

@@ -1,12 +1,11 @@
 // Parameters of IGES_Reader; it has none of its own.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
 #include <cadex/Base_ReaderParameters.hxx>
 
 namespace cadex {
 
-class CADEX_EXPORT IGES_ReaderParameters : public Base_ReaderParameters
+class IGES_ReaderParameters : public Base_ReaderParameters
 {
 public:
     IGES_ReaderParameters() = default;

@@ -3,7 +3,6 @@
 //     ModelAlgo_BRepMesher(ModelAlgo_BRepMesherParameters()).Compute(model, true);
 #pragma once
 
-#include <cadex/Base_Export.hxx>
 #include <cadex/ModelAlgo_BRepMesherParameters.hxx>
 
 namespace cadex {
@@ -11,7 +10,7 @@ namespace cadex {
 class ModelData_Model;
 class ModelData_SceneGraphElement;
 
-class CADEX_EXPORT ModelAlgo_BRepMesher
+class ModelAlgo_BRepMesher
 {
 public:
     ModelAlgo_BRepMesher() = default;

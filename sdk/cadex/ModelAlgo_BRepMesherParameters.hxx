@@ -1,11 +1,9 @@
 // How finely B-Reps are meshed.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
-
 namespace cadex {
 
-class CADEX_EXPORT ModelAlgo_BRepMesherParameters
+class ModelAlgo_BRepMesherParameters
 {
 public:
     /// Presets of chord (relative) and angle.

@@ -1,8 +1,6 @@
 // Result of ModelAlgo_ValidationProperty: millimetres, square and cubic millimetres.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
-
 #include <functional>
 #include <utility>
 
@@ -10,7 +8,7 @@
 
 namespace cadex {
 
-class CADEX_EXPORT ModelAlgo_ValidationPropertyData
+class ModelAlgo_ValidationPropertyData
 {
 public:
     ModelAlgo_ValidationPropertyData() = default; ///< zeros

@@ -4,8 +4,6 @@
 //     part.SetAppearance(red);
 #pragma once
 
-#include <cadex/Base_Export.hxx>
-
 #include <cstddef>
 
 #include <cadex/ModelData_BaseObject.hxx>
@@ -15,7 +13,7 @@
 
 namespace cadex {
 
-class CADEX_EXPORT ModelData_Appearance : public ModelData_BaseObject
+class ModelData_Appearance : public ModelData_BaseObject
 {
 public:
     ModelData_Appearance() = default; ///< null handle
@@ -42,14 +40,14 @@ public:
 
 /// Compares content: colour, material, and the textures' identity. Compare base-class references for the
 /// identity of the appearances themselves.
-CADEX_EXPORT bool operator==(const ModelData_Appearance& theLeft, const ModelData_Appearance& theRight);
+bool operator==(const ModelData_Appearance& theLeft, const ModelData_Appearance& theRight);
 inline bool operator!=(const ModelData_Appearance& theLeft, const ModelData_Appearance& theRight)
 {
     return !(theLeft == theRight);
 }
 
 /// Hashes content, in agreement with ==.
-struct CADEX_EXPORT ModelData_AppearanceHash
+struct ModelData_AppearanceHash
 {
     std::size_t operator()(const ModelData_Appearance& theAppearance) const;
 };

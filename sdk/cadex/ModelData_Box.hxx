@@ -1,12 +1,11 @@
 // Axis-aligned box.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
 #include <cadex/ModelData_Point.hxx>
 
 namespace cadex {
 
-class CADEX_EXPORT ModelData_Box
+class ModelData_Box
 {
 public:
     ModelData_Box(); ///< empty: its smallest corner lies above its largest

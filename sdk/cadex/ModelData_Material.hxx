@@ -1,12 +1,11 @@
 // Phong material: four colours and a shininess. The alpha of the diffuse colour is the opacity.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
 #include <cadex/ModelData_Color.hxx>
 
 namespace cadex {
 
-class CADEX_EXPORT ModelData_Material
+class ModelData_Material
 {
 public:
     /// The usual defaults: ambient 0.2, diffuse 0.8, specular and emission black, shininess 0.

@@ -1,13 +1,12 @@
 // Texture whose image lies in memory.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
 #include <cadex/ModelData_PixMap.hxx>
 #include <cadex/ModelData_Texture.hxx>
 
 namespace cadex {
 
-class CADEX_EXPORT ModelData_PixMapTexture : public ModelData_Texture
+class ModelData_PixMapTexture : public ModelData_Texture
 {
 public:
     ModelData_PixMapTexture() = default; ///< null handle

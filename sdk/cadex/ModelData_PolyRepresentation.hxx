@@ -1,8 +1,6 @@
 // The tessellated shape of a part: triangle, polyline and point sets in order.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
-
 #include <cstddef>
 #include <vector>
 
@@ -12,7 +10,7 @@
 namespace cadex {
 
 /// Elements are viewed as vertex sets; their TypeId() tells the class to which the reference may be cast.
-class CADEX_EXPORT ModelData_PolyShapeList
+class ModelData_PolyShapeList
 {
 public:
     typedef std::size_t SizeType;
@@ -26,7 +24,7 @@ private:
     std::vector<ModelData_PolyVertexSet> myShapes;
 };
 
-class CADEX_EXPORT ModelData_PolyRepresentation : public ModelData_Representation
+class ModelData_PolyRepresentation : public ModelData_Representation
 {
 public:
     ModelData_PolyRepresentation() = default; ///< null handle

@@ -5,8 +5,6 @@
 //     part.AddProperties(table);
 #pragma once
 
-#include <cadex/Base_Export.hxx>
-
 #include <cstddef>
 #include <ctime>
 
@@ -16,7 +14,7 @@
 
 namespace cadex {
 
-class CADEX_EXPORT ModelData_PropertyTable : public ModelData_BaseObject
+class ModelData_PropertyTable : public ModelData_BaseObject
 {
 public:
     typedef time_t TimeVal;

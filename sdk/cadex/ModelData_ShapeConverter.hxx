@@ -1,8 +1,6 @@
 // From an element to a shape of the geometry kernel.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
-
 class TopoDS_Shape;
 
 namespace cadex {
@@ -10,7 +8,7 @@ namespace cadex {
 class ModelData_Model;
 class ModelData_SceneGraphElement;
 
-class CADEX_EXPORT ModelData_ShapeConverter
+class ModelData_ShapeConverter
 {
 public:
     /// The shape of a part with one B-Rep; else a compound with the placements inside the element applied. A

@@ -1,8 +1,6 @@
 // Textures of an appearance, in order of addition.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
-
 #include <cstddef>
 
 #include <cadex/ModelData_BaseObject.hxx>
@@ -12,7 +10,7 @@ namespace cadex {
 class ModelData_Texture;
 class ModelData_TextureVisitor;
 
-class CADEX_EXPORT ModelData_TextureSet : public ModelData_BaseObject
+class ModelData_TextureSet : public ModelData_BaseObject
 {
 public:
     ModelData_TextureSet() = default; ///< null handle

@@ -1,14 +1,12 @@
 // Visits the textures of a set by their concrete class.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
-
 namespace cadex {
 
 class ModelData_FileTexture;
 class ModelData_PixMapTexture;
 
-class CADEX_EXPORT ModelData_TextureVisitor
+class ModelData_TextureVisitor
 {
 public:
     virtual ~ModelData_TextureVisitor() = default;

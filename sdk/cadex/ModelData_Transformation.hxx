@@ -6,12 +6,11 @@
 // turns a model of metres into one of millimetres.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
 #include <cadex/ModelData_Vector.hxx>
 
 namespace cadex {
 
-class CADEX_EXPORT ModelData_Transformation
+class ModelData_Transformation
 {
 public:
     ModelData_Transformation() = default; ///< identity

@@ -1,12 +1,11 @@
 // Parameters of Rhino_Reader; it has none of its own.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
 #include <cadex/Base_ReaderParameters.hxx>
 
 namespace cadex {
 
-class CADEX_EXPORT Rhino_ReaderParameters : public Base_ReaderParameters
+class Rhino_ReaderParameters : public Base_ReaderParameters
 {
 public:
     Rhino_ReaderParameters() = default;

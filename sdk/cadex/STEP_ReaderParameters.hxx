@@ -1,12 +1,11 @@
 // Parameters of STEP_Reader.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
 #include <cadex/Base_ReaderParameters.hxx>
 
 namespace cadex {
 
-class CADEX_EXPORT STEP_ReaderParameters : public Base_ReaderParameters
+class STEP_ReaderParameters : public Base_ReaderParameters
 {
 public:
     /// Which of several representations of one part is read.

@@ -4,8 +4,6 @@
 // internal::MakeHandle.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
-
 #include <atomic>
 #include <cstddef>
 #include <utility>
@@ -38,7 +36,7 @@ enum TypeId : int
 };
 
 /// Shared, counted object behind a handle. Counting is safe across threads; the content is not guarded.
-class CADEX_EXPORT ObjectImpl : public Allocated
+class ObjectImpl : public Allocated
 {
 public:
     explicit ObjectImpl(int type) : myType(type) {}
@@ -67,7 +65,7 @@ private:
 
 /// Counted pointer to an ObjectImpl or a class derived from it.
 template <typename T>
-class CADEX_EXPORT Shared
+class Shared
 {
 public:
     Shared() = default;

@@ -3,8 +3,6 @@
 // to fill them.
 #pragma once
 
-#include <cadex/Base_Export.hxx>
-
 #include <cstddef>
 #include <vector>
 
@@ -19,7 +17,7 @@ namespace cadex {
 namespace internal {
 
 /// Positions in millimetres, in the part's coordinates.
-class CADEX_EXPORT PolyVertexSetImpl : public ObjectImpl
+class PolyVertexSetImpl : public ObjectImpl
 {
 public:
     using ObjectImpl::ObjectImpl;
@@ -30,7 +28,7 @@ public:
 
 /// One array of values with an index for each corner, three corners a triangle.
 template <typename T>
-struct CADEX_EXPORT CornerStream
+struct CornerStream
 {
     std::vector<T> values;
     std::vector<U32> indices; ///< empty while the corners use the indices of the positions
@@ -39,7 +37,7 @@ struct CADEX_EXPORT CornerStream
     std::size_t offered = 0; ///< triangles that calls have offered so far, rejected ones included
 };
 
-class CADEX_EXPORT TriangleSetImpl : public PolyVertexSetImpl
+class TriangleSetImpl : public PolyVertexSetImpl
 {
 public:
     TriangleSetImpl() : PolyVertexSetImpl(TypeIndexedTriangleSet) {}
@@ -55,7 +53,7 @@ public:
     std::vector<std::size_t> rejected; ///< ordinals of the rejected ones among the offered, ascending
 };
 
-class CADEX_EXPORT PolyLineSetImpl : public PolyVertexSetImpl
+class PolyLineSetImpl : public PolyVertexSetImpl
 {
 public:
     PolyLineSetImpl() : PolyVertexSetImpl(TypePolyLineSet) {}

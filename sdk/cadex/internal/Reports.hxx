@@ -8,8 +8,6 @@
 // The commercial SDK has no such header: guard its use with __has_include(<cadex/internal/Reports.hxx>).
 #pragma once
 
-#include <cadex/Base_Export.hxx>
-
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -18,7 +16,7 @@
 namespace cadex {
 namespace internal {
 
-struct CADEX_EXPORT Report
+struct Report
 {
     enum class Kind
     {
@@ -35,7 +33,7 @@ struct CADEX_EXPORT Report
 
 /// One list for the process, guarded by a lock of its own: engines add from any thread. It holds at most a
 /// thousand different reports; equal kinds and texts are counted, not repeated.
-class CADEX_EXPORT Reports
+class Reports
 {
 public:
     static void Add(Report::Kind kind, std::string text, std::uint64_t record = 0);

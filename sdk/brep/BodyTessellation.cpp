@@ -1,0 +1,141 @@
+#include "sdk/brep/BodyTessellation.h"
+
+#include <functional>
+#include <string>
+#include <utility>
+
+#include <OSD_Parallel.hxx>
+#include <Standard_ErrorHandler.hxx>
+#include <Standard_Failure.hxx>
+
+#include <cadex/internal/Reports.hxx>
+
+#include "sdk/brep/KernelFaces.h"
+
+namespace cadex::brep {
+
+namespace {
+
+using internal::Report;
+using internal::Reports;
+using mesh::FaceTriangles;
+
+// From this many faces on, threads gain more than they cost (see bench/tessellation.cpp).
+constexpr std::size_t ParallelFaces = 64;
+
+ModelData_Point ToPoint(const gp_Pnt& point)
+{
+    return {point.X(), point.Y(), point.Z()};
+}
+
+/// Runs the work for 0 .. count - 1, in any order.
+void ForEach(std::size_t count, bool isParallel, const std::function<void(std::size_t)>& work)
+{
+    OSD_Parallel::For(
+        0, static_cast<int>(count), [&](int i) { work(static_cast<std::size_t>(i)); },
+        !isParallel || count < ParallelFaces);
+}
+
+/// False when the kernel refuses; processor faults inside it count as refusals.
+bool Try(const std::function<void()>& work)
+{
+    try {
+        OCC_CATCH_SIGNALS
+        work();
+        return true;
+    } catch (const Standard_Failure&) {
+        return false;
+    }
+}
+
+FaceTriangles Converted(FaceMesh&& mesh, const EdgeDiscretisation& edges)
+{
+    FaceTriangles result;
+    result.normals = std::move(mesh.normals);
+    result.triangles = std::move(mesh.triangles);
+    std::vector<U32> ownPoints(mesh.ownPoints.size(), mesh::NoIndex);
+    bool isRepeated = false;
+    for (const int point : mesh.points) {
+        const auto next = static_cast<U32>(result.points.size());
+        if (point >= 0) {
+            result.points.push_back(ToPoint(edges.Point(point)));
+            result.shared.push_back(static_cast<U32>(point));
+            result.pointOf.push_back(next);
+            continue;
+        }
+        const auto own = static_cast<std::size_t>(-1 - point);
+        if (ownPoints[own] == mesh::NoIndex) {
+            ownPoints[own] = next;
+            result.points.push_back(ToPoint(mesh.ownPoints[own]));
+            result.shared.push_back(mesh::NoIndex);
+        } else {
+            isRepeated = true;
+        }
+        result.pointOf.push_back(ownPoints[own]);
+    }
+    if (!isRepeated) {
+        result.pointOf.clear();
+    }
+    return result;
+}
+
+} // namespace
+
+BodyTessellation::BodyTessellation(const Description& description, const occt::MeshTolerances& tolerances)
+    : myBody(MakeBody(description)),
+      myTolerances(tolerances),
+      mySize(SizeOf(myBody)),
+      myResolved(description.faces.size()),
+      myEdges(myBody, tolerances, mySize),
+      myFaces(description.faces.size())
+{
+    ForEach(myResolved.size(), myTolerances.parallel,
+            [&](std::size_t face) { myResolved[face] = ResolveFace(myBody, static_cast<int>(face)); });
+    DivideEdges(myResolved, myEdges);
+    MeshFaces();
+}
+
+void BodyTessellation::MeshFaces()
+{
+    ForEach(myFaces.size(), myTolerances.parallel, [&](std::size_t face) { MeshFace(face); });
+    for (std::size_t face = 0; face < myFaces.size(); ++face) {
+        if (!myFaces[face].triangles.empty()) {
+            continue;
+        }
+        if (!Try([&] {
+                myFaces[face] = MeshWithKernel(myBody, static_cast<int>(face), myResolved[face], myEdges);
+            })) {
+            myFaces[face].Clear();
+        }
+        if (myFaces[face].triangles.empty()) {
+            const ResolveStatus status = myResolved[face].status;
+            Reports::Add(Report::Kind::LeftOut,
+                         std::string("a face that cannot be meshed: ") +
+                             (status != ResolveStatus::Done ? TextOf(status) : "its loops cross"),
+                         myBody.description->faces[face].record);
+        }
+    }
+}
+
+void BodyTessellation::MeshFace(std::size_t face)
+{
+    Try([&] { myFaces[face] = Converted(TessellateFace(myBody, myEdges, myResolved[face]), myEdges); });
+}
+
+std::vector<ModelData_Point> BodyTessellation::PolylineOf(const LooseCurve& curve) const
+{
+    std::vector<ModelData_Point> result;
+    const auto number = static_cast<std::size_t>(curve.edge);
+    if (curve.edge < 0 || number >= myBody.edges.size() || !myBody.edges[number].isUsable) {
+        return result;
+    }
+    const BodyEdge& edge = myBody.edges[number];
+    Try([&] {
+        for (const double parameter : DivideCurve(edge, myTolerances, mySize).parameters) {
+            result.push_back(ToPoint(edge.Value(parameter)));
+        }
+    });
+    return result;
+}
+
+} // namespace cadex::brep

@@ -1,0 +1,46 @@
+// All faces and loose curves of a description as triangles and polylines.
+//
+//     const BodyTessellation body(description, tolerances);
+//     for (std::size_t face = 0; face < description.faces.size(); ++face) { ... body.TrianglesOf(face) ... }
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include <cadex/ModelData_Point.hxx>
+
+#include "sdk/brep/FaceTessellation.h"
+#include "sdk/mesh/TriangleAssembly.h"
+#include "sdk/occt/ShapeMesher.h"
+
+namespace cadex::brep {
+
+class BodyTessellation
+{
+public:
+    /// Does the work, on several threads where the tolerances allow them and the body is large; the result is
+    /// the same. The description must outlive the object. A face that comes to nothing here goes to the
+    /// kernel's mesher, on the points that its neighbours have on its edges; one that even so comes to
+    /// nothing is left out and reported (cadex/internal/Reports.hxx). Throws std::bad_alloc, nothing else; to
+    /// be called under the engine's guard.
+    BodyTessellation(const Description& description, const occt::MeshTolerances& tolerances);
+
+    /// In the sense of the face's own normal; shared points are numbered over the body.
+    const mesh::FaceTriangles& TrianglesOf(std::size_t face) const { return myFaces[face]; }
+
+    /// Points of a loose curve, from start to end; fewer than two when it has no extent.
+    std::vector<ModelData_Point> PolylineOf(const LooseCurve& curve) const;
+
+private:
+    void MeshFaces();
+    void MeshFace(std::size_t face);
+
+    const Body myBody;
+    const occt::MeshTolerances myTolerances;
+    const double mySize;
+    std::vector<ResolvedFace> myResolved;
+    EdgeDiscretisation myEdges;
+    std::vector<mesh::FaceTriangles> myFaces;
+};
+
+} // namespace cadex::brep

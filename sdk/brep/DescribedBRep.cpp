@@ -1,0 +1,196 @@
+#include "sdk/brep/DescribedBRep.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include <BRep_Builder.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopoDS.hxx>
+#include <TopoDS_Compound.hxx>
+
+#include "sdk/brep/BodyTessellation.h"
+#include "sdk/brep/ShapeBuilder.h"
+#include "sdk/occt/MeshExtraction.h"
+#include "sdk/occt/PolySets.h"
+
+namespace cadex::brep {
+
+namespace {
+
+using mesh::FaceTriangles;
+using mesh::TriangleTables;
+using occt::AppearanceGroups;
+
+/// A face where a shell uses it, and the group that takes its triangles.
+struct PlacedFace
+{
+    std::size_t face;
+    bool isTurned;
+    std::size_t group;
+};
+
+const ModelData_Appearance& AppearanceOr(const ModelData_Appearance& own, const ModelData_Appearance& other)
+{
+    return own.IsNull() ? other : own;
+}
+
+class FaceCollector
+{
+public:
+    FaceCollector(const Description& description, bool mergeFaceSets)
+        : myDescription(description), myIsMerged(mergeFaceSets), myGroups(description.appearance)
+    {
+    }
+
+    /// Of the solids, then of the sheets; sorted by groups.
+    std::vector<PlacedFace> Collect()
+    {
+        for (const Solid& solid : myDescription.solids) {
+            AddShell(solid.outer);
+            for (const int shell : solid.voids) {
+                AddShell(shell);
+            }
+        }
+        for (const int shell : myDescription.sheets) {
+            AddShell(shell);
+        }
+        std::stable_sort(myFaces.begin(), myFaces.end(),
+                         [](const PlacedFace& a, const PlacedFace& b) { return a.group < b.group; });
+        return std::move(myFaces);
+    }
+
+    std::size_t GroupOf(const ModelData_Appearance& own)
+    {
+        const ModelData_Appearance& appearance = AppearanceOr(own, myDescription.appearance);
+        return myIsMerged ? myGroups.NumberOf(appearance) : myGroups.Append(appearance);
+    }
+    const std::vector<ModelData_Appearance>& Appearances() const { return myGroups.All(); }
+
+private:
+    void AddShell(int number)
+    {
+        const auto shell = static_cast<std::size_t>(number);
+        if (number < 0 || shell >= myDescription.shells.size()) {
+            return;
+        }
+        for (const FaceUse& use : myDescription.shells[shell].faces) {
+            const auto face = static_cast<std::size_t>(use.face);
+            if (use.face >= 0 && face < myDescription.faces.size()) {
+                myFaces.push_back({face, !use.forward, GroupOf(myDescription.faces[face].appearance)});
+            }
+        }
+    }
+
+    const Description& myDescription;
+    const bool myIsMerged;
+    AppearanceGroups myGroups;
+    std::vector<PlacedFace> myFaces;
+};
+
+std::vector<TriangleTables> Assembled(const BodyTessellation& body, const std::vector<PlacedFace>& faces,
+                                      std::size_t groupCount)
+{
+    mesh::TriangleAssembly assembly(groupCount);
+    for (auto first = faces.begin(); first != faces.end();) {
+        const auto last = std::find_if(first, faces.end(),
+                                       [&](const PlacedFace& face) { return face.group != first->group; });
+        std::size_t triangles = 0;
+        std::size_t points = 0;
+        for (auto it = first; it != last; ++it) {
+            triangles += body.TrianglesOf(it->face).triangles.size();
+            points += body.TrianglesOf(it->face).points.size();
+        }
+        assembly.Reserve(first->group, triangles, points);
+        for (; first != last; ++first) {
+            assembly.Add(first->group, body.TrianglesOf(first->face), first->isTurned);
+        }
+    }
+    return assembly.Take();
+}
+
+void Append(TriangleTables&& from, TriangleTables& to)
+{
+    const auto point = static_cast<U32>(to.points.size());
+    const auto normal = static_cast<U32>(to.normals.size());
+    to.points.insert(to.points.end(), from.points.begin(), from.points.end());
+    to.normals.insert(to.normals.end(), from.normals.begin(), from.normals.end());
+    for (const U32 index : from.pointIndices) {
+        to.pointIndices.push_back(point + index);
+    }
+    for (const U32 index : from.normalIndices) {
+        to.normalIndices.push_back(normal + index);
+    }
+}
+
+/// What the description holds as the kernel made it goes through the kernel's mesher.
+void AddKernelShapes(const Description& description, const occt::MeshTolerances& tolerances,
+                     FaceCollector& collector, std::vector<TriangleTables>& tables)
+{
+    for (const KernelShape& item : description.kernelShapes) {
+        occt::MeshFaces(item.shape, tolerances);
+        std::vector<occt::GroupedFace> faces;
+        for (TopExp_Explorer it(item.shape, TopAbs_FACE); it.More(); it.Next()) {
+            faces.push_back({TopoDS::Face(it.Current()), collector.GroupOf(item.appearance)});
+        }
+        std::vector<TriangleTables> own = ExtractTriangles(faces, collector.Appearances().size());
+        occt::ForgetTriangulations(item.shape);
+        tables.resize(own.size());
+        for (std::size_t group = 0; group < own.size(); ++group) {
+            Append(std::move(own[group]), tables[group]);
+        }
+    }
+}
+
+void AddCurves(const Description& description, const BodyTessellation& body, const Base_UTF16String& name,
+               ModelData_PolyRepresentation& result)
+{
+    AppearanceGroups groups(description.appearance);
+    std::vector<std::vector<occt::Polyline>> curves(1);
+    for (const LooseCurve& curve : description.curves) {
+        const std::size_t group = groups.NumberOf(AppearanceOr(curve.appearance, description.appearance));
+        curves.resize(groups.All().size());
+        curves[group].push_back(body.PolylineOf(curve));
+    }
+    occt::AddPolylineSets(std::move(curves), groups.All(), name, result);
+}
+
+} // namespace
+
+ModelData_PolyRepresentation DescribedBRep::Mesh(const occt::MeshTolerances& tolerances, bool mergeFaceSets,
+                                                 const Base_UTF16String& setName) const
+{
+    const BodyTessellation body(myDescription, tolerances);
+    FaceCollector collector(myDescription, mergeFaceSets);
+    const std::vector<PlacedFace> faces = collector.Collect();
+    std::vector<TriangleTables> tables = Assembled(body, faces, collector.Appearances().size());
+    AddKernelShapes(myDescription, tolerances, collector, tables);
+    ModelData_PolyRepresentation result{initialized()};
+    occt::AddTriangleSets(std::move(tables), collector.Appearances(), setName, result);
+    AddCurves(myDescription, body, setName, result);
+    return occt::NullIfEmpty(result);
+}
+
+const TopoDS_Shape& DescribedBRep::Shape() const
+{
+    if (!myShape) {
+        myShape = BuildShape(MakeBody(myDescription)).shape;
+    }
+    return *myShape;
+}
+
+std::optional<occt::MassProperties> DescribedBRep::Mass() const
+{
+    if (!myMass.isKnown) {
+        myMass.value = Shape().IsNull() ? std::nullopt : occt::ComputeMass(Shape());
+        myMass.isKnown = true;
+    }
+    return myMass.value;
+}
+
+double DescribedBRep::Area() const
+{
+    return Shape().IsNull() ? 0 : occt::ComputeArea(Shape());
+}
+
+} // namespace cadex::brep

@@ -1,0 +1,541 @@
+#include "sdk/brep/FaceTessellation.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <optional>
+#include <utility>
+
+#include <gp_Pnt2d.hxx>
+#include <gp_Vec.hxx>
+
+#include "sdk/brep/FaceNormals.h"
+#include "sdk/brep/FaceSteps.h"
+#include "sdk/brep/SurfaceProjection.h"
+#include "sdk/mesh/Delaunay.h"
+
+namespace cadex::brep {
+
+namespace {
+
+using mesh::Delaunay;
+using mesh::PlanePoint;
+
+// Halvings of one span of an edge that follows a surface.
+constexpr int MostHalvings = 8;
+
+// A point of the grid keeps this distance, in steps, from points that are there.
+constexpr double GridClearance = 0.45;
+constexpr double MostGridPoints = 2e5;
+constexpr std::size_t MostNodes = 100000;
+
+// Lines of the grid follow the parameters of the loops' points where those are not closer than this share of
+// a step; the last one may be as near to the end as the other share.
+constexpr double LineSpacing = 0.6;
+constexpr double LastLineSpacing = 0.3;
+constexpr double StepSlack = 0.05;
+
+// A mesh follows the surface no better than its rim does: share of the coarsest edge's squared chord.
+constexpr double RimShare = 0.3;
+// Normals may turn by so much more than the angle before a side is divided, and not on the smallest sides
+// (squared length in squared chords).
+constexpr double TurnSlack = 1.2;
+constexpr double SmallestTurnSide = 64;
+constexpr double SmallestSide = 4;
+
+ModelData_Vectorf ToFloat(const gp_XYZ& unit)
+{
+    // Rounding noise of a zero component would keep equal normals of neighbouring faces apart.
+    const auto clean = [](double value) { return std::abs(value) < 1e-9 ? 0.0F : static_cast<float>(value); };
+    return {clean(unit.X()), clean(unit.Y()), clean(unit.Z())};
+}
+
+/// Square of the distance of `point` from the line through `from` and `to`, which are `square` apart.
+double SquareOff(const gp_XYZ& from, const gp_XYZ& to, double square, const gp_XYZ& point)
+{
+    const gp_XYZ way = to - from;
+    const gp_XYZ side = point - from;
+    return (side - way * (side.Dot(way) / square)).SquareModulus();
+}
+
+gp_Pnt2d Middle(const gp_Pnt2d& a, const gp_Pnt2d& b)
+{
+    return gp_Pnt2d((a.XY() + b.XY()) / 2);
+}
+
+/// The parameters of an edge's points, with more in between where the straight way between two of them in the
+/// surface's parameters is no straight one in space.
+class EdgeFollower
+{
+public:
+    EdgeFollower(const Surface& surface, const CurveOnSurface& curve, double chord)
+        : mySurface(surface), myCurve(curve), myLimit(chord * chord / 4)
+    {
+    }
+
+    std::vector<double> Run(const std::vector<double>& parameters)
+    {
+        myResult = {parameters.front()};
+        for (std::size_t i = 0; i + 1 < parameters.size(); ++i) {
+            Span(parameters[i], parameters[i + 1], MostHalvings);
+        }
+        return std::move(myResult);
+    }
+
+private:
+    void Span(double from, double to, int halvings)
+    {
+        if (halvings > 0 && LeavesSurface(myCurve.Value(from), myCurve.Value(to))) {
+            const double middle = from + (to - from) / 2;
+            Span(from, middle, halvings - 1);
+            Span(middle, to, halvings - 1);
+        } else {
+            myResult.push_back(to);
+        }
+    }
+
+    bool LeavesSurface(const gp_Pnt2d& from, const gp_Pnt2d& to) const
+    {
+        const gp_XYZ start = mySurface.Value(from).XYZ();
+        const gp_XYZ end = mySurface.Value(to).XYZ();
+        const double square = (end - start).SquareModulus();
+        return square > myLimit &&
+               SquareOff(start, end, square, mySurface.Value(Middle(from, to)).XYZ()) > myLimit;
+    }
+
+    const Surface& mySurface;
+    const CurveOnSurface& myCurve;
+    const double myLimit;
+    std::vector<double> myResult;
+};
+
+/// Whether straight ways in the parameters are as straight in space as the edges along them.
+bool KeepsStraight(const Surface& surface, const CurveOnSurface& curve)
+{
+    const bool isRuled = IsElementary(surface.kind) || surface.kind == SurfaceKind::Extrusion;
+    return curve.IsStraight() && isRuled;
+}
+
+class Tessellation
+{
+public:
+    Tessellation(const Body& body, const EdgeDiscretisation& edges, const ResolvedFace& face)
+        : myBody(body), myEdges(edges), myFace(face), mySurface(*face.surface)
+    {
+    }
+
+    FaceMesh Run()
+    {
+        DivideOwnEdges();
+        ChooseSteps();
+        AddLoops();
+        if (!TriangulateSmall() && !Triangulate()) {
+            return {};
+        }
+        AddNormals();
+        return std::move(myMesh);
+    }
+
+private:
+    using Triangle = std::array<int, 3>;
+
+    // ------------------------------------------------------------------------------------------- loops
+
+    /// Points of the face's own come first: its vertices, then what divides its edges.
+    void DivideOwnEdges()
+    {
+        for (const Vertex& vertex : myFace.ownVertices) {
+            myMesh.ownPoints.push_back(vertex.point);
+        }
+        for (const BodyEdge& edge : myFace.ownEdges) {
+            myOwnLines.push_back(DivideEdge(edge, myEdges.Tolerances(), myEdges.BodySize()));
+            EdgePolyline& line = myOwnLines.back();
+            line.firstInner = static_cast<int>(myMesh.ownPoints.size());
+            for (std::size_t i = 1; i + 1 < line.parameters.size(); ++i) {
+                myMesh.ownPoints.push_back(edge.Value(line.parameters[i]));
+            }
+        }
+    }
+
+    void ChooseSteps()
+    {
+        double sum = 0;
+        double coarsest = 0;
+        int count = 0;
+        for (int k = 0; k < 2; ++k) {
+            myBox.low[k] = std::numeric_limits<double>::max();
+            myBox.high[k] = -std::numeric_limits<double>::max();
+        }
+        for (const Ring& ring : myFace.rings) {
+            for (int k = 0; k < 2; ++k) {
+                myBox.low[k] = std::min(myBox.low[k], ring.low[k]);
+                myBox.high[k] = std::max(myBox.high[k], ring.high[k]);
+            }
+            for (const RingUse& use : ring.uses) {
+                if (use.kind != UseKind::Pole) {
+                    const double chord = LineOf(use).chord;
+                    sum += chord;
+                    coarsest = std::max(coarsest, chord);
+                    ++count;
+                }
+            }
+        }
+        myChord =
+            count > 0 ? sum / count : ChordFor(myEdges.Tolerances(), myEdges.BodySize(), myEdges.BodySize());
+        myLimit = std::max(myChord * myChord, RimShare * coarsest * coarsest);
+        mySteps = StepsFor(mySurface, myBox, myChord, myEdges.Tolerances().angle);
+    }
+
+    const EdgePolyline& LineOf(const RingUse& use) const
+    {
+        return use.kind == UseKind::Own ? myOwnLines[static_cast<std::size_t>(use.edge)]
+                                        : myEdges.Of(use.edge);
+    }
+
+    void AddLoops()
+    {
+        for (const Ring& ring : myFace.rings) {
+            const std::size_t first = myPlaces.size();
+            for (const RingUse& use : ring.uses) {
+                if (use.kind == UseKind::Pole) {
+                    AddPole(use);
+                } else {
+                    AddEdge(use);
+                }
+            }
+            myLoops.emplace_back();
+            for (std::size_t node = first; node < myPlaces.size(); ++node) {
+                myLoops.back().push_back(static_cast<int>(node));
+            }
+        }
+    }
+
+    /// All points but the last, which is the first one of the next use.
+    void AddEdge(const RingUse& use)
+    {
+        const EdgePolyline& line = LineOf(use);
+        const std::size_t count = line.parameters.size();
+        for (std::size_t i = 0; i + 1 < count; ++i) {
+            const std::size_t place = use.forward ? i : count - 1 - i;
+            const int point = PointOf(use, line, place);
+            gp_Pnt2d where;
+            if (mySurface.kind == SurfaceKind::Plane) {
+                ProjectElementary(mySurface, PositionOf(point), where);
+            } else {
+                where = use.curve.Value(line.parameters[place]);
+            }
+            AddNode(where, point);
+        }
+    }
+
+    /// As many nodes along the pole as its neighbours in the face have.
+    void AddPole(const RingUse& use)
+    {
+        const gp_Pnt2d from = use.From();
+        const gp_Vec2d way(from, use.To());
+        const double length =
+            std::max(std::abs(way.X()) / mySteps.step[0], std::abs(way.Y()) / mySteps.step[1]);
+        const int count = std::max(1, static_cast<int>(std::min(std::ceil(length), 1e3)));
+        for (int i = 0; i < count; ++i) {
+            AddNode(from.Translated(way * (static_cast<double>(i) / count)), VertexPoint(use.pole));
+        }
+    }
+
+    int PointOf(const RingUse& use, const EdgePolyline& line, std::size_t place) const
+    {
+        if (use.kind != UseKind::Own) {
+            return myEdges.NumberOf(use.edge, place);
+        }
+        const BodyEdge& edge = myFace.ownEdges[static_cast<std::size_t>(use.edge)];
+        if (place == 0 || place + 1 == line.parameters.size()) {
+            return VertexPoint(place == 0 ? edge.start : edge.end);
+        }
+        return -line.firstInner - static_cast<int>(place);
+    }
+
+    int VertexPoint(int vertex) const
+    {
+        const int count = static_cast<int>(myBody.vertices.size());
+        return vertex < count ? vertex : -1 - (vertex - count);
+    }
+
+    gp_Pnt PositionOf(int point) const
+    {
+        return point >= 0 ? myEdges.Point(point) : myMesh.ownPoints[static_cast<std::size_t>(-1 - point)];
+    }
+
+    void AddNode(const gp_Pnt2d& place, int point)
+    {
+        myPlaces.push_back(place);
+        myScaled.push_back(Scaled(place));
+        myMesh.points.push_back(point);
+    }
+
+    PlanePoint Scaled(const gp_Pnt2d& place) const
+    {
+        return {place.X() / mySteps.step[0], place.Y() / mySteps.step[1]};
+    }
+
+    // ----------------------------------------------------------------------------------- triangulation
+
+    /// Three or four points on a surface that is not curved between them, which most planar faces are.
+    bool TriangulateSmall()
+    {
+        if (mySteps.isCurved || myLoops.size() != 1 || myPlaces.size() > 4) {
+            return false;
+        }
+        const std::vector<PlanePoint>& p = myScaled;
+        if (p.size() == 3) {
+            myMesh.triangles = {{0, 1, 2}};
+            return Orientation(p[0], p[1], p[2]) > 0;
+        }
+        const auto isLeft = [&](std::size_t a, std::size_t b, std::size_t c) {
+            return Orientation(p[a], p[b], p[c]) > 0;
+        };
+        const bool isFirst = p.size() == 4 && isLeft(0, 1, 2) && isLeft(0, 2, 3);
+        const bool isSecond = p.size() == 4 && isLeft(0, 1, 3) && isLeft(1, 2, 3);
+        if (isFirst && (!isSecond || !IsInCircle(p[0], p[1], p[2], p[3]))) {
+            myMesh.triangles = {{0, 1, 2}, {0, 2, 3}};
+        } else if (isSecond) {
+            myMesh.triangles = {{0, 1, 3}, {1, 2, 3}};
+        }
+        return isFirst || isSecond;
+    }
+
+    bool Triangulate()
+    {
+        if (myDelaunay.Start(myScaled, myLoops) != Delaunay::Outcome::Done) {
+            return false;
+        }
+        if (mySteps.needsGrid) {
+            AddGrid();
+        }
+        if (mySteps.isCurved) {
+            Refine();
+        }
+        myMesh.triangles = myDelaunay.Triangles();
+        return true;
+    }
+
+    void AddGrid()
+    {
+        const std::vector<double> us = GridLines(0);
+        const std::vector<double> vs = GridLines(1);
+        if (static_cast<double>(us.size()) * static_cast<double>(vs.size()) > MostGridPoints) {
+            return;
+        }
+        for (std::size_t row = 0; row < vs.size(); ++row) {
+            // Rows of a sphere get shorter towards its poles.
+            const double length = mySteps.narrowsToPoles ? std::cos(vs[row]) : 1;
+            const std::size_t stride = length > 0.5 ? 1 : length > 0.25 ? 2 : length > 0.125 ? 4 : 8;
+            for (std::size_t i = 0; i < us.size(); i += stride) {
+                // From row to row to and fro, so that each point is near the one before.
+                const std::size_t column = row % 2 == 0 ? i : (us.size() - 1) / stride * stride - i;
+                AddInnerNode({us[column], vs[row]}, GridClearance, Delaunay::None);
+            }
+        }
+    }
+
+    /// Parameters between the bounds, through those of the loops' points, thinned out and filled up to the
+    /// step: points beside the rows of the loops' own would make the mesh zigzag.
+    std::vector<double> GridLines(int k) const
+    {
+        std::vector<double> known;
+        for (const gp_Pnt2d& place : myPlaces) {
+            known.push_back(place.Coord(k + 1));
+        }
+        std::sort(known.begin(), known.end());
+        const double step = mySteps.step[k];
+        std::vector<double> base{known.front()};
+        for (const double value : known) {
+            if (value - base.back() >= LineSpacing * step) {
+                base.push_back(value);
+            }
+        }
+        if (base.size() == 1 || known.back() - base.back() > LastLineSpacing * step) {
+            base.push_back(known.back());
+        } else {
+            base.back() = known.back();
+        }
+        std::vector<double> lines;
+        for (std::size_t i = 0; i + 1 < base.size(); ++i) {
+            const double range = base[i + 1] - base[i];
+            const double spans = std::min(std::max(1.0, std::ceil(range / step - StepSlack)), MostGridPoints);
+            for (int j = i == 0 ? 1 : 0; j < spans; ++j) {
+                lines.push_back(base[i] + range * j / spans);
+            }
+        }
+        return lines;
+    }
+
+    int AddInnerNode(const gp_Pnt2d& place, double clearance, int near)
+    {
+        const int node = myDelaunay.Insert(Scaled(place), clearance, near);
+        if (node != Delaunay::None) {
+            AddNode(place, -1 - static_cast<int>(myMesh.ownPoints.size()));
+            myMesh.ownPoints.push_back(mySurface.Value(place));
+        }
+        return node;
+    }
+
+    // -------------------------------------------------------------------------------------- refinement
+
+    /// Adds the middle of each side that leaves the surface, or along which it turns too far.
+    void Refine()
+    {
+        FaceNormals normals(mySurface, myBox);
+        std::vector<Delaunay::InnerSide> sides = myDelaunay.InnerSides();
+        for (std::size_t i = 0; i < sides.size() && myPlaces.size() < MostNodes; ++i) {
+            const Delaunay::InnerSide side = sides[i];
+            if (myDelaunay.IsInnerSide(side) && IsTooCoarse(side, normals)) {
+                const gp_Pnt2d middle = Middle(myPlaces[static_cast<std::size_t>(side.from)],
+                                               myPlaces[static_cast<std::size_t>(side.to)]);
+                const int node = AddInnerNode(middle, 0, side.from);
+                if (node != Delaunay::None) {
+                    myDelaunay.InnerSidesAt(node, sides);
+                }
+            }
+        }
+    }
+
+    bool IsTooCoarse(const Delaunay::InnerSide& side, FaceNormals& normals)
+    {
+        const auto from = static_cast<std::size_t>(side.from);
+        const auto to = static_cast<std::size_t>(side.to);
+        const gp_XYZ start = PositionOf(myMesh.points[from]).XYZ();
+        const gp_XYZ end = PositionOf(myMesh.points[to]).XYZ();
+        const double square = (end - start).SquareModulus();
+        if (square < SmallestSide * myLimit) {
+            return false;
+        }
+        const gp_XYZ middle = mySurface.Value(Middle(myPlaces[from], myPlaces[to])).XYZ();
+        if (SquareOff(start, end, square, middle) > myLimit) {
+            return true;
+        }
+        if (!mySteps.needsGrid || square < SmallestTurnSide * myLimit) {
+            return false;
+        }
+        const std::optional<gp_XYZ> a = normals.At(myPlaces[from]);
+        const std::optional<gp_XYZ> b = normals.At(myPlaces[to]);
+        return a && b && a->Dot(*b) < std::cos(std::min(TurnSlack * myEdges.Tolerances().angle, M_PI));
+    }
+
+    // ----------------------------------------------------------------------------------------- normals
+
+    void AddNormals()
+    {
+        DropPointTriangles();
+        const double sign = myFace.forward ? 1 : -1;
+        FaceNormals normals(mySurface, myBox);
+        if (mySurface.kind == SurfaceKind::Plane) {
+            myMesh.normals = {ToFloat(*normals.At({0, 0}) * sign)};
+        } else {
+            for (const gp_Pnt2d& place : myPlaces) {
+                const std::optional<gp_XYZ> normal = normals.At(place);
+                myMesh.normals.push_back(normal ? ToFloat(*normal * sign) : ModelData_Vectorf());
+            }
+            AddLimits(normals, sign);
+        }
+        if (!myFace.forward) {
+            for (Triangle& triangle : myMesh.triangles) {
+                std::swap(triangle[1], triangle[2]);
+            }
+        }
+    }
+
+    void DropPointTriangles()
+    {
+        std::erase_if(myMesh.triangles, [&](const Triangle& triangle) {
+            const auto point = [&](std::size_t k) {
+                return myMesh.points[static_cast<std::size_t>(triangle[k])];
+            };
+            return point(0) == point(1) || point(1) == point(2) || point(2) == point(0);
+        });
+    }
+
+    /// At a pole each triangle has a node, and a normal, of its own.
+    void AddLimits(FaceNormals& normals, double sign)
+    {
+        const ModelData_Vectorf none;
+        for (Triangle& triangle : myMesh.triangles) {
+            for (std::size_t k = 0; k < 3; ++k) {
+                const auto node = static_cast<std::size_t>(triangle[k]);
+                if (node >= myPlaces.size() || myMesh.normals[node] != none) {
+                    continue;
+                }
+                const auto next = static_cast<std::size_t>(triangle[(k + 1) % 3]);
+                const auto last = static_cast<std::size_t>(triangle[(k + 2) % 3]);
+                if (next >= myPlaces.size() || last >= myPlaces.size()) {
+                    continue;
+                }
+                const std::optional<gp_XYZ> limit =
+                    normals.LimitAt(myPlaces[node], Middle(myPlaces[next], myPlaces[last]));
+                if (limit) {
+                    triangle[k] = static_cast<int>(myMesh.points.size());
+                    myMesh.points.push_back(myMesh.points[node]);
+                    myMesh.normals.push_back(ToFloat(*limit * sign));
+                }
+            }
+        }
+    }
+
+    const Body& myBody;
+    const EdgeDiscretisation& myEdges;
+    const ResolvedFace& myFace;
+    const Surface& mySurface;
+    FaceMesh myMesh;
+    Delaunay myDelaunay;
+    std::vector<EdgePolyline> myOwnLines;
+    Delaunay::Loops myLoops;
+    std::vector<gp_Pnt2d> myPlaces;   ///< of the nodes
+    std::vector<PlanePoint> myScaled; ///< the places, in steps
+    ParameterBox myBox;
+    FaceSteps mySteps;
+    double myChord = 0; ///< mean of those of the edges
+    double myLimit = 0; ///< square of what a side may lie off the surface
+};
+
+void FollowSurface(const ResolvedFace& face, EdgeDiscretisation& edges)
+{
+    for (const Ring& ring : face.rings) {
+        for (const RingUse& use : ring.uses) {
+            if (use.kind != UseKind::Edge || KeepsStraight(*face.surface, use.curve)) {
+                continue;
+            }
+            const EdgePolyline& line = edges.Of(use.edge);
+            std::vector<double> finer =
+                EdgeFollower(*face.surface, use.curve, line.chord).Run(line.parameters);
+            if (finer.size() > line.parameters.size()) {
+                edges.Refine(use.edge, std::move(finer));
+            }
+        }
+    }
+}
+
+} // namespace
+
+void DivideEdges(const std::vector<ResolvedFace>& faces, EdgeDiscretisation& edges)
+{
+    for (const ResolvedFace& face : faces) {
+        for (const Ring& ring : face.rings) {
+            for (const RingUse& use : ring.uses) {
+                if (use.kind == UseKind::Edge) {
+                    edges.Divide(use.edge);
+                }
+            }
+        }
+    }
+    for (const ResolvedFace& face : faces) {
+        if (face.status == ResolveStatus::Done && face.surface->kind != SurfaceKind::Plane) {
+            FollowSurface(face, edges);
+        }
+    }
+}
+
+FaceMesh TessellateFace(const Body& body, const EdgeDiscretisation& edges, const ResolvedFace& face)
+{
+    return face.status == ResolveStatus::Done ? Tessellation(body, edges, face).Run() : FaceMesh();
+}
+
+} // namespace cadex::brep
