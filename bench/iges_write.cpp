@@ -30,7 +30,7 @@
 #include "sdk/model/TriangleSets.h"
 #include "sdk/occt/EngineScope.h"
 #include "sdk/occt/MeshToShape.h"
-#include "sdk/occt/OcctBRep.h"
+#include "sdk/occt/FacetedBRep.h"
 
 using namespace cadex;
 

@@ -26,7 +26,7 @@
 
 #include "sdk/model/TriangleSets.h"
 #include "sdk/occt/MeshToShape.h"
-#include "sdk/occt/OcctBRep.h"
+#include "sdk/occt/FacetedBRep.h"
 
 namespace cadex {
 namespace {

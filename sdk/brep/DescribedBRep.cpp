@@ -171,7 +171,7 @@ ModelData_PolyRepresentation DescribedBRep::Mesh(const occt::MeshTolerances& tol
     return occt::NullIfEmpty(result);
 }
 
-const TopoDS_Shape& DescribedBRep::Shape() const
+TopoDS_Shape DescribedBRep::KernelShape() const
 {
     if (!myShape) {
         myShape = BuildShape(MakeBody(myDescription)).shape;
@@ -179,18 +179,16 @@ const TopoDS_Shape& DescribedBRep::Shape() const
     return *myShape;
 }
 
-std::optional<occt::MassProperties> DescribedBRep::Mass() const
+std::optional<occt::MassProperties> DescribedBRep::IntegrateMass() const
 {
-    if (!myMass.isKnown) {
-        myMass.value = Shape().IsNull() ? std::nullopt : occt::ComputeMass(Shape());
-        myMass.isKnown = true;
-    }
-    return myMass.value;
+    const TopoDS_Shape shape = KernelShape();
+    return shape.IsNull() ? std::nullopt : occt::ComputeMass(shape);
 }
 
 double DescribedBRep::Area() const
 {
-    return Shape().IsNull() ? 0 : occt::ComputeArea(Shape());
+    const TopoDS_Shape shape = KernelShape();
+    return shape.IsNull() ? 0 : occt::ComputeArea(shape);
 }
 
 } // namespace cadex::brep

@@ -11,6 +11,7 @@
 #include "sdk/ifc/IfcBodies.h"
 #include "sdk/model/TriangleSets.h"
 #include "sdk/occt/CurvePolylines.h"
+#include "sdk/occt/FacetedBRep.h"
 #include "sdk/occt/OcctBRep.h"
 
 namespace cadex::ifc {

@@ -1,9 +1,9 @@
 // The object behind ModelData_BRepRepresentation. This room knows no geometry kernel: an engine derives a
 // class that holds its shape, with the appearances of its faces, and wraps it.
 //
-//     class OcctBRep : public BRepImpl { TopoDS_Shape shape; ... };
-//     auto brep = MakeHandle<ModelData_BRepRepresentation>(new OcctBRep(shape));
-//     auto* back = dynamic_cast<OcctBRep*>(brep.Impl());
+//     class KernelBody : public BRepImpl { ... };
+//     auto brep = MakeHandle<ModelData_BRepRepresentation>(new KernelBody(shape));
+//     auto* back = dynamic_cast<KernelBody*>(brep.Impl());
 #pragma once
 
 #include <cadex/internal/Object.hxx>

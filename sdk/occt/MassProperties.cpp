@@ -19,7 +19,7 @@
 
 #include <cadex/Base_Settings.hxx>
 
-#include "sdk/occt/OcctBRep.h"
+#include "sdk/occt/FacetedBRep.h"
 
 namespace cadex::occt {
 

@@ -19,7 +19,7 @@
 #include <gp_Vec.hxx>
 
 #include "sdk/mesh/MeshBodies.h"
-#include "sdk/occt/OcctBRep.h"
+#include "sdk/occt/FacetedBRep.h"
 
 namespace cadex::occt {
 

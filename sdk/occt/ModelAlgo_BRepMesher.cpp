@@ -5,9 +5,8 @@
 #include <cadex/ModelData_Part.hxx>
 
 #include "sdk/mesh/DistinctParts.h"
+#include "sdk/occt/EngineBRep.h"
 #include "sdk/occt/EngineScope.h"
-#include "sdk/occt/OcctBRep.h"
-#include "sdk/occt/PartMesher.h"
 
 namespace cadex {
 
@@ -25,10 +24,8 @@ void MeshParts(std::vector<ModelData_Part> parts, const ModelAlgo_BRepMesherPara
         ModelData_PolyRepresentation mesh;
         // One part's failure costs that part alone.
         occt::RunGuarded(occt::EngineUse::Geometry, [&] {
-            if (const auto* exact = occt::BRepOf<occt::OcctBRep>(brep)) {
-                mesh = occt::MeshShape(*exact, tolerances, parameters.MergeFaceSets(), part.Name());
-            } else if (const auto* facets = occt::BRepOf<occt::FacetedBRep>(brep)) {
-                mesh = occt::MeshFacets(*facets, part.Name());
+            if (const auto* body = occt::BRepOf<occt::EngineBRep>(brep)) {
+                mesh = body->Mesh(tolerances, parameters.MergeFaceSets(), part.Name());
             }
             return true;
         });

@@ -2,16 +2,13 @@
 
 #include <cmath>
 
-#include <TopoDS_Shape.hxx>
-
 #include <cadex/ModelData_BRepRepresentation.hxx>
 #include <cadex/ModelData_Part.hxx>
 #include <cadex/ModelData_SceneGraphElement.hxx>
 
 #include "sdk/mesh/PlacedParts.h"
+#include "sdk/occt/EngineBRep.h"
 #include "sdk/occt/EngineScope.h"
-#include "sdk/occt/MassProperties.h"
-#include "sdk/occt/OcctBRep.h"
 
 namespace cadex {
 
@@ -19,37 +16,19 @@ namespace {
 
 using occt::MassProperties;
 
-template <typename BRep, typename Source>
-std::optional<MassProperties> Known(const BRep& brep, const Source& source)
-{
-    if (!brep.mass.isKnown) {
-        brep.mass.value = occt::ComputeMass(source);
-        brep.mass.isKnown = true;
-    }
-    return brep.mass.value;
-}
-
-/// A shared part is integrated once: its object remembers.
+/// A shared part is integrated once: its body remembers.
 std::optional<MassProperties> MassOf(const ModelData_Part& part)
 {
     const ModelData_BRepRepresentation brep = part.BRepRepresentation();
-    if (const auto* exact = occt::BRepOf<occt::OcctBRep>(brep)) {
-        return Known(*exact, exact->shape);
-    }
-    if (const auto* facets = occt::BRepOf<occt::FacetedBRep>(brep)) {
-        return Known(*facets, *facets);
-    }
-    return std::nullopt;
+    const auto* body = occt::BRepOf<occt::EngineBRep>(brep);
+    return body != nullptr ? body->Mass() : std::nullopt;
 }
 
 double AreaOf(const ModelData_Part& part)
 {
     const ModelData_BRepRepresentation brep = part.BRepRepresentation();
-    if (const auto* exact = occt::BRepOf<occt::OcctBRep>(brep)) {
-        return occt::ComputeArea(exact->shape);
-    }
-    const auto* facets = occt::BRepOf<occt::FacetedBRep>(brep);
-    return facets != nullptr ? occt::ComputeArea(*facets) : 0;
+    const auto* body = occt::BRepOf<occt::EngineBRep>(brep);
+    return body != nullptr ? body->Area() : 0;
 }
 
 /// Sum over the placed parts; parts without a B-rep count nothing, a part whose mass is unknown leaves all

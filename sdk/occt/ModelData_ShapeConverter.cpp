@@ -14,9 +14,8 @@
 #include <cadex/ModelData_Part.hxx>
 
 #include "sdk/mesh/PlacedParts.h"
+#include "sdk/occt/EngineBRep.h"
 #include "sdk/occt/EngineScope.h"
-#include "sdk/occt/MeshToShape.h"
-#include "sdk/occt/OcctBRep.h"
 
 namespace cadex {
 
@@ -27,28 +26,11 @@ using mesh::Affine;
 // A scale factor this near to 1 is none: the kernel's own limit for locations.
 constexpr double RigidTolerance = 1e-12;
 
-constexpr std::size_t MostFacets = 1000;
-
-std::size_t NumberOfFacets(const occt::FacetedBRep& facets)
-{
-    std::size_t count = 0;
-    for (const occt::FacetGroup& group : facets.groups) {
-        count += group.indices.size() / 3;
-    }
-    return count;
-}
-
 TopoDS_Shape ShapeOf(const ModelData_Part& part)
 {
     const ModelData_BRepRepresentation brep = part.BRepRepresentation();
-    if (const auto* exact = occt::BRepOf<occt::OcctBRep>(brep)) {
-        return exact->shape;
-    }
-    if (const auto* facets = occt::BRepOf<occt::FacetedBRep>(brep);
-        facets != nullptr && NumberOfFacets(*facets) <= MostFacets) {
-        return occt::MakeShape(*facets);
-    }
-    return {};
+    const auto* body = occt::BRepOf<occt::EngineBRep>(brep);
+    return body != nullptr ? body->KernelShape() : TopoDS_Shape();
 }
 
 /// Rigid placements become locations; others change the geometry of a copy.

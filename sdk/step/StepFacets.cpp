@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "sdk/mesh/Polygons.h"
-#include "sdk/occt/OcctBRep.h"
+#include "sdk/occt/FacetedBRep.h"
 #include "sdk/step/StepPlacements.h"
 #include "sdk/step/StepUnits.h"
 

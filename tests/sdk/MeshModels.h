@@ -18,6 +18,7 @@
 
 #include "sdk/model/Elements.h"
 #include "sdk/model/TriangleSets.h"
+#include "sdk/occt/FacetedBRep.h"
 #include "sdk/occt/OcctBRep.h"
 
 namespace cadex::test {

@@ -1,6 +1,5 @@
-#include "sdk/occt/PartMesher.h"
+#include "sdk/occt/OcctBRep.h"
 
-#include <utility>
 #include <vector>
 
 #include <TopExp_Explorer.hxx>
@@ -49,35 +48,14 @@ void AddLooseCurves(const OcctBRep& brep, const MeshTolerances& tolerances, cons
 
 } // namespace
 
-ModelData_PolyRepresentation MeshShape(const OcctBRep& brep, const MeshTolerances& tolerances,
-                                       bool mergeFaceSets, const Base_UTF16String& name)
+ModelData_PolyRepresentation OcctBRep::Mesh(const MeshTolerances& tolerances, bool mergeFaceSets,
+                                            const Base_UTF16String& setName) const
 {
     ModelData_PolyRepresentation result{initialized()};
-    MeshFaces(brep.shape, tolerances);
-    AddFaces(brep, mergeFaceSets, name, result);
-    ForgetTriangulations(brep.shape);
-    AddLooseCurves(brep, tolerances, name, result);
-    return NullIfEmpty(result);
-}
-
-ModelData_PolyRepresentation MeshFacets(const FacetedBRep& brep, const Base_UTF16String& name)
-{
-    ModelData_PolyRepresentation result{initialized()};
-    std::vector<mesh::TriangleTables> tables;
-    std::vector<ModelData_Appearance> appearances;
-    for (const FacetGroup& group : brep.groups) {
-        tables.push_back(mesh::FacetTables(group.points, group.indices));
-        appearances.push_back(group.appearance);
-    }
-    AddTriangleSets(std::move(tables), appearances, name, result);
-    AppearanceGroups groups{ModelData_Appearance()};
-    std::vector<std::vector<Polyline>> curves(1);
-    for (const FacetCurve& curve : brep.curves) {
-        const std::size_t group = groups.NumberOf(curve.appearance);
-        curves.resize(groups.All().size());
-        curves[group].push_back(curve.points);
-    }
-    AddPolylineSets(std::move(curves), groups.All(), name, result);
+    MeshFaces(shape, tolerances);
+    AddFaces(*this, mergeFaceSets, setName, result);
+    ForgetTriangulations(shape);
+    AddLooseCurves(*this, tolerances, setName, result);
     return NullIfEmpty(result);
 }
 
