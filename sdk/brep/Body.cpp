@@ -13,10 +13,10 @@
 #include <Geom_Hyperbola.hxx>
 #include <Geom_Line.hxx>
 #include <Geom_Parabola.hxx>
-#include <Geom_TrimmedCurve.hxx>
 #include <Precision.hxx>
 #include <Standard_Failure.hxx>
 
+#include "sdk/brep/Closing.h"
 #include "sdk/brep/Tolerances.h"
 
 namespace cadex::brep {
@@ -33,12 +33,6 @@ bool IsIndex(int number, std::size_t count)
 bool IsFinite(const gp_Pnt& point)
 {
     return point.XYZ().SquareModulus() < LargestCoordinate * LargestCoordinate; // false for what is no number
-}
-
-Handle(Geom_Curve) WithoutTrimming(const Handle(Geom_Curve) & curve)
-{
-    const Handle(Geom_TrimmedCurve) trimmed = Handle(Geom_TrimmedCurve)::DownCast(curve);
-    return trimmed.IsNull() ? curve : WithoutTrimming(trimmed->BasisCurve());
 }
 
 CurveKind KindOf(const Geom_Curve& curve)
@@ -243,16 +237,12 @@ private:
 
     bool ClosePeriodically()
     {
-        if (myEdge.curve->IsPeriodic()) {
-            return true;
+        const Handle(Geom_Curve) periodic = PeriodicCurve(myEdge.curve);
+        if (!periodic.IsNull()) {
+            myEdge.curve = periodic;
+            myEdge.kind = KindOf(*periodic);
         }
-        const Handle(Geom_BSplineCurve) spline = Handle(Geom_BSplineCurve)::DownCast(myEdge.curve->Copy());
-        if (spline.IsNull() || !spline->IsClosed()) {
-            return false;
-        }
-        spline->SetPeriodic();
-        myEdge.curve = spline;
-        return true;
+        return !periodic.IsNull();
     }
 
     bool IsOneVertex() const

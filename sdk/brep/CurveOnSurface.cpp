@@ -412,6 +412,7 @@ private:
         poles(2 * spans + 2) = myNodes.back().place;
         CurveOnSurface curve;
         curve.curve = new Geom2d_BSplineCurve(poles, knots, multiplicities, 3);
+        curve.isProjected = true;
         return curve;
     }
 
@@ -505,10 +506,18 @@ ResolveStatus PlaceOnSurface(const Surface& surface, const BodyEdge& edge, const
     return Projector(surface, edge).Run(curve);
 }
 
+void MoveEnd(CurveOnSurface& projected, bool isLast, const gp_Vec2d& by)
+{
+    const Handle(Geom2d_BSplineCurve) spline = Handle(Geom2d_BSplineCurve)::DownCast(projected.curve);
+    const int end = isLast ? spline->NbPoles() : 1, beside = isLast ? end - 1 : 2;
+    spline->SetPole(end, spline->Pole(end).Translated(by));
+    spline->SetPole(beside, spline->Pole(beside).Translated(by));
+}
+
 double OffSurfaceReach(double length)
 {
-    return std::clamp(tolerance::OffSurfaceShare * length, tolerance::OffSurfaceLeast,
-                      tolerance::OffSurfaceMost);
+    const double most = std::max(tolerance::OffSurfaceMost, tolerance::OffSurfaceMostShare * length);
+    return std::clamp(tolerance::OffSurfaceShare * length, tolerance::OffSurfaceLeast, most);
 }
 
 double PoleReach(const Surface& surface)

@@ -46,6 +46,7 @@ struct CurveOnSurface
     double at = 0;
     Handle(Geom2d_Curve) curve = {}; ///< null when straight; else curve(t) + shift
     gp_Vec2d shift = {};
+    bool isProjected = false; ///< `curve` was made for this use, and its ends may be moved
 
     bool IsStraight() const { return curve.IsNull(); }
     gp_Pnt2d Value(double t) const
@@ -70,6 +71,9 @@ Handle(Geom2d_Curve) KernelCurve(const CurveOnSurface& curve, double first, doub
 /// does.
 ResolveStatus PlaceOnSurface(const Surface& surface, const BodyEdge& edge, const Handle(Geom2d_Curve) & given,
                              CurveOnSurface& curve);
+
+/// Moves one end of a projected curve, with its tangent.
+void MoveEnd(CurveOnSurface& projected, bool isLast, const gp_Vec2d& by);
 
 /// How far an edge of such length may lie from its surface.
 double OffSurfaceReach(double length);

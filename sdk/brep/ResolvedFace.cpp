@@ -96,7 +96,7 @@ private:
             const int end = face.EndOf(TheBody(), ring.uses[i]);
             const int start = face.StartOf(TheBody(), ring.uses[(i + 1) % ring.uses.size()]);
             const Vertex &a = face.VertexOf(TheBody(), end), &b = face.VertexOf(TheBody(), start);
-            const double reach = std::max(tolerance::PoleSize, a.tolerance + b.tolerance);
+            const double reach = std::max(tolerance::SamePlace, a.tolerance + b.tolerance);
             if (end != start && !(a.point.Distance(b.point) < reach)) {
                 return false;
             }

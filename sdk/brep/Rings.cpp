@@ -12,7 +12,7 @@ namespace cadex::brep {
 
 namespace {
 
-/// A jump of more than this share of a period is no inaccuracy.
+/// A jump of more than this share of a period, or of the surface, is no inaccuracy.
 constexpr double FarShare = 0.1;
 
 gp_Vec2d Along(int direction, double length)
@@ -58,6 +58,7 @@ public:
         if (!Close()) {
             return ResolveStatus::LoopNotClosed;
         }
+        JoinEnds();
         myRing.uses.swap(myChained);
         return ResolveStatus::Done;
     }
@@ -115,12 +116,13 @@ private:
 
     bool Meets(const gp_Pnt2d& end, const gp_Pnt2d& start, int vertex) const
     {
-        if (end.Distance(start) <= tolerance::PoleSize) {
+        if (end.Distance(start) <= tolerance::SamePlace) {
             return true;
         }
         for (const int k : {0, 1}) {
-            if (mySurface.period[k] > 0 &&
-                std::abs(end.Coord(k + 1) - start.Coord(k + 1)) > FarShare * mySurface.period[k]) {
+            const double range =
+                mySurface.period[k] > 0 ? mySurface.period[k] : mySurface.high[k] - mySurface.low[k];
+            if (std::abs(end.Coord(k + 1) - start.Coord(k + 1)) > FarShare * range) {
                 return false;
             }
         }
@@ -169,6 +171,35 @@ private:
             }
         }
         return PoleOf(first) != nullptr || Meets(end, start, StartOf(first));
+    }
+
+    /// Projected curves end where their neighbours start: tangent ones would cross beside the vertex else.
+    void JoinEnds()
+    {
+        for (std::size_t i = 0; i < myChained.size(); ++i) {
+            RingUse& use = myChained[i];
+            RingUse& next = myChained[(i + 1) % myChained.size()];
+            const gp_Pnt2d end = use.To();
+            gp_Pnt2d start = next.From();
+            for (const int k : {0, 1}) {
+                if (mySurface.period[k] > 0) {
+                    const double turns =
+                        std::round((start.Coord(k + 1) - end.Coord(k + 1)) / mySurface.period[k]);
+                    start.Translate(Along(k, -turns * mySurface.period[k]));
+                }
+            }
+            const gp_Vec2d gap(end, start);
+            if (gap.Magnitude() == 0) {
+                continue;
+            }
+            const bool isUseMovable = use.curve.isProjected, isNextMovable = next.curve.isProjected;
+            if (isUseMovable) {
+                MoveEnd(use.curve, use.forward, isNextMovable ? gap / 2 : gap);
+            }
+            if (isNextMovable) {
+                MoveEnd(next.curve, !next.forward, isUseMovable ? gap / -2 : -gap);
+            }
+        }
     }
 
     Resolution& myResolution;
@@ -307,6 +338,25 @@ bool TurnByDepth(const Surface& surface, std::vector<OpenRing>& rings)
     return isTurned;
 }
 
+/// By whole periods to where the middle of the outer ring lies in the range of the surface, as the kernel
+/// prefers.
+void MoveToRange(const Surface& surface, Region& region)
+{
+    gp_XY by;
+    for (const int k : {0, 1}) {
+        if (surface.period[k] > 0) {
+            const double middle = (region.outer.low[k] + region.outer.high[k]) / 2;
+            const double turns =
+                std::floor((middle - surface.low[k]) / surface.period[k] + tolerance::SamePlace);
+            by.SetCoord(k + 1, -turns * surface.period[k]);
+        }
+    }
+    ShiftRing(region.outer, gp_Vec2d(by));
+    for (OpenRing& hole : region.holes) {
+        ShiftRing(hole, gp_Vec2d(by));
+    }
+}
+
 } // namespace
 
 int Resolution::AddVertex(const gp_Pnt& point)
@@ -434,6 +484,7 @@ ResolveStatus Nest(Resolution& resolution, std::vector<OpenRing>&& rings)
         return ResolveStatus::NoOuterLoop;
     }
     for (Region& region : regions) {
+        MoveToRange(resolution.surface, region);
         resolution.face.rings.push_back(Finished(std::move(region.outer), true));
         for (OpenRing& hole : region.holes) {
             resolution.face.rings.push_back(Finished(std::move(hole), false));

@@ -5,7 +5,6 @@
 #include <optional>
 
 #include <GeomConvert.hxx>
-#include <Geom_BSplineCurve.hxx>
 #include <Geom_BSplineSurface.hxx>
 #include <Geom_BezierSurface.hxx>
 #include <Geom_Circle.hxx>
@@ -19,11 +18,10 @@
 #include <Geom_SurfaceOfLinearExtrusion.hxx>
 #include <Geom_SurfaceOfRevolution.hxx>
 #include <Geom_ToroidalSurface.hxx>
-#include <Geom_TrimmedCurve.hxx>
 #include <Precision.hxx>
-#include <ShapeCustom_Surface.hxx>
 #include <Standard_Failure.hxx>
 
+#include "sdk/brep/Closing.h"
 #include "sdk/brep/SurfaceProjection.h"
 #include "sdk/brep/Tolerances.h"
 
@@ -35,12 +33,6 @@ constexpr double TwoPi = 2 * M_PI;
 
 /// Radii beyond this are no geometry; the kernel's sines would have no digit left.
 constexpr double LargestLength = 1e12;
-
-Handle(Geom_Curve) WithoutTrimming(const Handle(Geom_Curve) & curve)
-{
-    const Handle(Geom_TrimmedCurve) trimmed = Handle(Geom_TrimmedCurve)::DownCast(curve);
-    return trimmed.IsNull() ? curve : WithoutTrimming(trimmed->BasisCurve());
-}
 
 // ------------------------------------------------------------------------------------- elementary surfaces
 
@@ -274,7 +266,7 @@ bool Replace(Surface& surface, const Handle(Geom_Surface) & elementary)
     gp_Vec givenU, givenV, foundU, foundV;
     surface.D1(probe, given, givenU, givenV);
     gp_Pnt2d place;
-    if (ProjectElementary(result, given, place) > tolerance::PoleSize * std::max(1.0, result.radius)) {
+    if (ProjectElementary(result, given, place) > tolerance::SamePlace * std::max(1.0, result.radius)) {
         return false;
     }
     result.D1(place, found, foundU, foundV);
@@ -303,61 +295,33 @@ void Simplify(Surface& surface)
     }
 }
 
-// -------------------------------------------------------------------------------------------- closed splines
-
-/// A closed profile as a periodic curve, so that the sweep can be followed over its seam.
-Handle(Geom_Curve) Periodic(const Handle(Geom_Curve) & profile)
-{
-    if (profile->IsPeriodic() || !profile->IsClosed()) {
-        return profile;
-    }
-    if (const auto trimmed = Handle(Geom_TrimmedCurve)::DownCast(profile); !trimmed.IsNull()) {
-        const Handle(Geom_Curve) basis = WithoutTrimming(profile);
-        const double length = profile->LastParameter() - profile->FirstParameter();
-        if (basis->IsPeriodic() && std::abs(basis->Period() - length) < tolerance::SameParameter) {
-            return basis;
-        }
-    }
-    Handle(Geom_BSplineCurve) spline = Handle(Geom_BSplineCurve)::DownCast(profile->Copy());
-    if (spline.IsNull()) {
-        spline = GeomConvert::CurveToBSplineCurve(profile);
-    }
-    spline->SetPeriodic();
-    return spline;
-}
-
-Handle(Geom_Surface) PeriodicSpline(const Handle(Geom_BSplineSurface) & spline)
-{
-    const bool isOpenYet =
-        (spline->IsUClosed() && !spline->IsUPeriodic()) || (spline->IsVClosed() && !spline->IsVPeriodic());
-    const Handle(Geom_Surface) periodic =
-        isOpenYet ? ShapeCustom_Surface(spline).ConvertToPeriodic(false) : Handle(Geom_Surface)();
-    return periodic.IsNull() ? Handle(Geom_Surface)(spline) : periodic;
-}
+// ------------------------------------------------------------------------------------------- general
+// surfaces
 
 /// The surface in the form in which the builder follows it: see the head of Surface.h.
 Handle(Geom_Surface) Usable(const Handle(Geom_Surface) & given)
 {
     if (const auto bezier = Handle(Geom_BezierSurface)::DownCast(given); !bezier.IsNull()) {
-        return PeriodicSpline(GeomConvert::SurfaceToBSplineSurface(bezier));
+        return PeriodicSurface(GeomConvert::SurfaceToBSplineSurface(bezier));
     }
     if (const auto spline = Handle(Geom_BSplineSurface)::DownCast(given); !spline.IsNull()) {
-        return PeriodicSpline(spline);
+        return PeriodicSurface(spline);
     }
     if (const auto offset = Handle(Geom_OffsetSurface)::DownCast(given); !offset.IsNull()) {
         const Handle(Geom_Surface) basis = Usable(offset->BasisSurface());
         return basis == offset->BasisSurface() ? given : new Geom_OffsetSurface(basis, offset->Offset());
     }
     if (const auto along = Handle(Geom_SurfaceOfLinearExtrusion)::DownCast(given); !along.IsNull()) {
-        const Handle(Geom_Curve) profile = Periodic(along->BasisCurve());
-        return profile == along->BasisCurve()
+        const Handle(Geom_Curve) profile = PeriodicCurve(along->BasisCurve());
+        return profile.IsNull() || profile == along->BasisCurve()
                    ? given
                    : new Geom_SurfaceOfLinearExtrusion(profile, along->Direction());
     }
     if (const auto around = Handle(Geom_SurfaceOfRevolution)::DownCast(given); !around.IsNull()) {
-        const Handle(Geom_Curve) profile = Periodic(around->BasisCurve());
-        return profile == around->BasisCurve() ? given
-                                               : new Geom_SurfaceOfRevolution(profile, around->Axis());
+        const Handle(Geom_Curve) profile = PeriodicCurve(around->BasisCurve());
+        return profile.IsNull() || profile == around->BasisCurve()
+                   ? given
+                   : new Geom_SurfaceOfRevolution(profile, around->Axis());
     }
     return given;
 }
@@ -373,30 +337,56 @@ SurfaceKind KindOf(const Geom_Surface& surface)
     return surface.IsKind(STANDARD_TYPE(Geom_BSplineSurface)) ? SurfaceKind::Spline : SurfaceKind::Other;
 }
 
-/// A side is a pole when all points along it are one; samples decide, for every kind alike.
-void AddPoleOfSide(Surface& surface, int fixed, bool isUpper)
+/// The points of a line of constant parameter: their middle, how far they spread, the length of the line.
+struct Line
+{
+    gp_Pnt middle;
+    double spread = 0;
+    double length = 0;
+};
+
+Line LineAt(const Surface& surface, int fixed, double level)
 {
     constexpr int Samples = 9;
+    const int moving = 1 - fixed;
+    gp_Pnt2d place;
+    place.SetCoord(fixed + 1, level);
+    std::vector<gp_Pnt> points;
+    gp_XYZ sum;
+    Line line;
+    for (int i = 0; i < Samples; ++i) {
+        const double part = i / double(Samples - 1);
+        place.SetCoord(moving + 1, surface.low[moving] + part * (surface.high[moving] - surface.low[moving]));
+        points.push_back(surface.Value(place));
+        sum += points.back().XYZ();
+        line.length += i > 0 ? points.back().Distance(points[points.size() - 2]) : 0;
+    }
+    line.middle = gp_Pnt(sum / Samples);
+    for (const gp_Pnt& point : points) {
+        line.spread = std::max(line.spread, point.Distance(line.middle));
+    }
+    return line;
+}
+
+/// A side is a pole when it is one point beside the lines of the surface's inside; samples decide, for every
+/// kind alike.
+void AddPoleOfSide(Surface& surface, int fixed, bool isUpper)
+{
     const int moving = 1 - fixed;
     const double level = isUpper ? surface.high[fixed] : surface.low[fixed];
     if (surface.period[fixed] > 0 || Precision::IsInfinite(level) ||
         Precision::IsInfinite(surface.low[moving]) || Precision::IsInfinite(surface.high[moving])) {
         return;
     }
-    gp_Pnt2d place;
-    place.SetCoord(fixed + 1, level);
-    gp_Pnt first;
-    for (int i = 0; i < Samples; ++i) {
-        const double part = i / double(Samples - 1);
-        place.SetCoord(moving + 1, surface.low[moving] + part * (surface.high[moving] - surface.low[moving]));
-        const gp_Pnt point = surface.Value(place);
-        if (i == 0) {
-            first = point;
-        } else if (!(point.Distance(first) < tolerance::PoleSize)) {
-            return;
-        }
+    const Line side = LineAt(surface, fixed, level);
+    if (!(side.spread <= tolerance::PoleSize)) {
+        return;
     }
-    surface.poles.push_back({fixed, level, isUpper, first});
+    const double other = isUpper ? surface.low[fixed] : surface.high[fixed];
+    const double inside = Precision::IsInfinite(other) ? level + (isUpper ? -1 : 1) : (level + other) / 2;
+    if (side.length <= tolerance::PoleShare * LineAt(surface, fixed, inside).length) {
+        surface.poles.push_back({fixed, level, isUpper, side.middle, side.spread});
+    }
 }
 
 void CloseGeneral(Surface& surface)
@@ -505,7 +495,7 @@ const Pole* PoleAt(const Surface& surface, const gp_Pnt& point, double reach, co
     const Pole* best = nullptr;
     double least = reach;
     for (const Pole& pole : surface.poles) {
-        const double distance = pole.point.Distance(point);
+        const double distance = std::max(0.0, pole.point.Distance(point) - pole.spread);
         const double side = near.Coord(pole.fixed + 1) - pole.level;
         const bool isOnSide = pole.isUpper ? side <= 0 : side >= 0;
         if (distance < least || (distance <= least && best != nullptr && isOnSide)) {
@@ -519,7 +509,7 @@ const Pole* PoleAt(const Surface& surface, const gp_Pnt& point, double reach, co
 bool IsAtPole(const Surface& surface, const gp_Pnt& point, double reach)
 {
     return std::any_of(surface.poles.begin(), surface.poles.end(),
-                       [&](const Pole& pole) { return pole.point.Distance(point) < reach; });
+                       [&](const Pole& pole) { return pole.point.Distance(point) < reach + pole.spread; });
 }
 
 } // namespace cadex::brep

@@ -50,6 +50,7 @@ struct Pole
     double level = 0;     ///< its value
     bool isUpper = false; ///< the surface lies below the level
     gp_Pnt point = {};
+    double spread = 0; ///< how far from the point the line goes: files are not exact
 };
 
 class ProjectionGrid;

@@ -6,8 +6,17 @@ namespace cadex::brep::tolerance {
 /// Points nearer than this are one point, for the kernel too.
 inline constexpr double Coincident = 1e-7;
 
-/// A side of a surface that is no longer than this is a pole.
-inline constexpr double PoleSize = 1e-6;
+/// A side of a surface that is no longer than this, and than this share of the side across from it, is a
+/// pole.
+inline constexpr double PoleSize = 1e-4;
+inline constexpr double PoleShare = 1e-3;
+
+/// Opposite sides of a spline that are as near, compared with the way from one to the other, close it.
+inline constexpr double ClosingGap = 1e-4;
+inline constexpr double ClosingShare = 1e-3;
+
+/// Ends of neighbouring curves on a surface that are this near are one place there, in its parameters.
+inline constexpr double SamePlace = 1e-6;
 
 /// How far from a pole, as a fraction of the size of surface or edge, an edge may end that ends in it.
 inline constexpr double PoleReach = 1e-5;
@@ -28,6 +37,8 @@ inline constexpr double SameAxis = 1e-9;
 inline constexpr double OffSurfaceShare = 1e-2;
 inline constexpr double OffSurfaceLeast = 5e-3;
 inline constexpr double OffSurfaceMost = 5e-2;
+inline constexpr double OffSurfaceMostShare =
+    1e-4; ///< of the length, where that is more than the bound above
 
 /// A curve made on a surface follows the edge to this fraction of its length, within these bounds, as far as
 /// the edge itself lies on the surface.
