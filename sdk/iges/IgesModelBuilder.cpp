@@ -19,6 +19,9 @@
 #include <IGESGraph_Color.hxx>
 #include <IGESSolid_Face.hxx>
 #include <IGESSolid_ManifoldSolid.hxx>
+#include <Interface_EntityIterator.hxx>
+#include <Interface_Graph.hxx>
+#include <Interface_HGraph.hxx>
 #include <TCollection_HAsciiString.hxx>
 #include <TopoDS_Compound.hxx>
 #include <TopoDS_Iterator.hxx>
@@ -32,6 +35,7 @@
 #include <cadex/ModelData_Assembly.hxx>
 #include <cadex/ModelData_Instance.hxx>
 #include <cadex/ModelData_Part.hxx>
+#include <cadex/internal/Reports.hxx>
 
 #include "sdk/model/AppearanceCache.h"
 #include "sdk/occt/OcctBRep.h"
@@ -43,6 +47,8 @@ namespace cadex::iges {
 
 using internal::AppearanceCache;
 using internal::Colour;
+using internal::Report;
+using internal::Reports;
 using occt::OcctBRep;
 using occt::ShapeLooks;
 using text::DecodePlainString;
@@ -117,8 +123,9 @@ std::optional<Colour> ColourOfFaceOr(const Entity& entity)
 class Builder
 {
 public:
-    Builder(IGESControl_Reader& reader, const Base_UTF16String& fileName)
+    Builder(IGESControl_Reader& reader, const Findings& findings, const Base_UTF16String& fileName)
         : myReader(reader),
+          myUnusable(findings.unusable),
           myModel(Handle(IGESData_IGESModel)::DownCast(reader.WS()->Model())),
           myFileName(fileName)
     {
@@ -128,6 +135,11 @@ public:
     {
         if (myModel.IsNull()) {
             return false;
+        }
+        for (int i = 1; i <= myModel->NbEntities(); ++i) {
+            if (myModel->IsErrorEntity(i)) {
+                Tell(myModel->Entity(i), "that cannot be read");
+            }
         }
         Content content;
         const int count = myReader.NbRootsForTransfer();
@@ -174,6 +186,51 @@ private:
         return entity->IsKind(STANDARD_TYPE(IGESBasic_Group)) && !NameOf(entity).IsEmpty();
     }
 
+    // The entity, or one that it is made of, has numbers that nothing can be built with.
+    bool IsBad(const Entity& entity) const
+    {
+        if (myUnusable.empty() || entity.IsNull()) {
+            return false;
+        }
+        const auto known = myBad.find(entity.get());
+        if (known != myBad.end()) {
+            return known->second;
+        }
+        const Interface_Graph& graph = myReader.WS()->HGraph()->Graph();
+        std::set<const void*> seen{entity.get()};
+        std::vector<Entity> open{entity};
+        bool bad = false;
+        while (!open.empty() && !bad) {
+            const Entity next = open.back();
+            open.pop_back();
+            bad = myUnusable.count(myModel->DNum(next)) != 0;
+            for (Interface_EntityIterator shared = graph.Shareds(next); shared.More(); shared.Next()) {
+                const Entity inner = Handle(IGESData_IGESEntity)::DownCast(shared.Value());
+                if (!inner.IsNull() && seen.insert(inner.get()).second) {
+                    open.push_back(inner);
+                }
+            }
+        }
+        myBad.emplace(entity.get(), bad);
+        return bad;
+    }
+
+    void Tell(const Entity& entity, const char* what) const
+    {
+        Reports::Add(Report::Kind::LeftOut,
+                     "an entity of type " + std::to_string(entity->TypeNumber()) + ' ' + what,
+                     static_cast<std::uint64_t>(std::max(0, myModel->DNum(entity))));
+    }
+
+    void AddGeometry(const Entity& entity, Content& content) const
+    {
+        if (IsBad(entity)) {
+            Tell(entity, "with numbers that are none or beyond all range");
+        } else {
+            content.geometry.push_back(entity);
+        }
+    }
+
     // True when the entity must be looked into: something below it is a part of its own.
     bool HasStructure(const Entity& entity, int depth) const
     {
@@ -185,8 +242,8 @@ private:
             return true;
         }
         const auto group = Handle(IGESBasic_Group)::DownCast(entity);
-        if (group.IsNull()) {
-            return false;
+        if (group.IsNull() || IsBad(entity)) {
+            return !group.IsNull(); // the sound members of a group stand
         }
         for (int i = 1; i <= group->NbEntities(); ++i) {
             if (const Entity member = group->Entity(i); !member.IsNull()) {
@@ -230,7 +287,7 @@ private:
                     return false;
                 }
             } else {
-                child.content.front().geometry.push_back(entity);
+                AddGeometry(entity, child.content.front());
             }
             content.children.push_back(std::move(child));
             return true;
@@ -238,7 +295,7 @@ private:
         if (!group.IsNull() && HasStructure(entity, 0)) {
             return SortMembers(group, content, depth);
         }
-        content.geometry.push_back(entity);
+        AddGeometry(entity, content);
         return true;
     }
 
@@ -296,10 +353,21 @@ private:
         return index > 0 ? TransferBRep::ShapeResult(process->MapItem(index)) : TopoDS_Shape();
     }
 
+    // NOTE: IGES 5.3, 3: geometry has the numbers from 100 on, but for the matrix (124); solids follow.
+    static bool HasShape(const Entity& entity)
+    {
+        constexpr int Matrix = 124;
+        const int type = entity->TypeNumber();
+        return type >= 100 && type < 200 && type != Matrix;
+    }
+
     void TransferAll(const Content& content)
     {
         for (const Entity& entity : content.geometry) {
             myReader.TransferEntity(entity);
+            if (HasShape(entity) && ShapeOf(entity).IsNull()) {
+                Tell(entity, "that cannot be built");
+            }
         }
         for (const Child& child : content.children) {
             for (const Content& inner : child.content) {
@@ -436,6 +504,8 @@ private:
     }
 
     IGESControl_Reader& myReader;
+    const std::set<int>& myUnusable;                     ///< directory numbers
+    mutable std::unordered_map<const void*, bool> myBad; ///< entities that need an unusable one
     const Handle(IGESData_IGESModel) myModel;
     const Base_UTF16String& myFileName;
     std::set<const void*> myOpen;
@@ -446,9 +516,10 @@ private:
 
 } // namespace
 
-bool BuildIgesModel(IGESControl_Reader& reader, const Base_UTF16String& fileName, ModelData_Model& model)
+bool BuildIgesModel(IGESControl_Reader& reader, const Findings& findings, const Base_UTF16String& fileName,
+                    ModelData_Model& model)
 {
-    return Builder(reader, fileName).Run(model);
+    return Builder(reader, findings, fileName).Run(model);
 }
 
 } // namespace cadex::iges

@@ -4,6 +4,8 @@
 #include <cadex/Base_UTF16String.hxx>
 #include <cadex/ModelData_Model.hxx>
 
+#include "sdk/iges/IgesText.h"
+
 class IGESControl_Reader;
 
 namespace cadex::iges {
@@ -25,6 +27,9 @@ namespace cadex::iges {
 /// subfigures. The root carries the global section as properties. False when there is nothing.
 ///
 /// Runs under the engine's guard; the reader has read the file.
-bool BuildIgesModel(IGESControl_Reader& reader, const Base_UTF16String& fileName, ModelData_Model& model);
+/// Entities that need one of the unusable ones are left out; these, and those of which the kernel makes
+/// nothing, are reported.
+bool BuildIgesModel(IGESControl_Reader& reader, const Findings& findings, const Base_UTF16String& fileName,
+                    ModelData_Model& model);
 
 } // namespace cadex::iges

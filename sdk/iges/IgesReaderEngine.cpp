@@ -5,6 +5,8 @@
 #include <IGESControl_Reader.hxx>
 #include <Interface_InterfaceModel.hxx>
 
+#include <cadex/internal/Reports.hxx>
+
 #include "sdk/iges/IgesModelBuilder.h"
 #include "sdk/iges/IgesText.h"
 #include "sdk/occt/EngineScope.h"
@@ -12,6 +14,8 @@
 
 namespace cadex::iges {
 
+using internal::Report;
+using internal::Reports;
 using occt::EngineUse;
 using occt::RunGuarded;
 using text::StemOf;
@@ -31,9 +35,11 @@ public:
 
     bool ReadFile(const std::filesystem::path& file, const Base_ReaderParameters&) override
     {
-        if (!IsSoundIges(file)) {
+        myFindings = LookAt(file);
+        if (!myFindings.isIges) {
             return false;
         }
+        Tell();
         myFileName = StemOf(file);
         return RunGuarded(EngineUse::Iges, [&] {
             myReader = std::make_unique<IGESControl_Reader>();
@@ -44,12 +50,27 @@ public:
 
     bool Transfer(ModelData_Model& model) override
     {
-        return myReader != nullptr &&
-               RunGuarded(EngineUse::Iges, [&] { return BuildIgesModel(*myReader, myFileName, model); });
+        return myReader != nullptr && RunGuarded(EngineUse::Iges, [&] {
+                   return BuildIgesModel(*myReader, myFindings, myFileName, model);
+               });
     }
 
 private:
+    void Tell() const
+    {
+        if (!myFindings.isWhole) {
+            Reports::Add(Report::Kind::LeftOut,
+                         "the file is cut off, or its lines are not as many as it says");
+        }
+        if (myFindings.bare > 0) {
+            Reports::Add(Report::Kind::LeftOut, std::to_string(myFindings.bare) + " of " +
+                                                    std::to_string(myFindings.entities) +
+                                                    " entities have no parameters");
+        }
+    }
+
     Base_UTF16String myFileName;
+    Findings myFindings;
     std::unique_ptr<IGESControl_Reader> myReader;
 };
 

@@ -226,7 +226,7 @@ Polyline DiscretiseEdge(const TopoDS_Edge& edge, const MeshTolerances& tolerance
 std::vector<Polyline> JoinCurves(std::vector<Polyline> curves, double tolerance)
 {
     std::erase_if(curves, [](const Polyline& curve) {
-        return curve.size() < 2 || !IsFinite(curve.front()) || !IsFinite(curve.back());
+        return curve.size() < 2 || !std::all_of(curve.begin(), curve.end(), IsFinite);
     });
     return Chains(std::move(curves), tolerance).Join();
 }

@@ -10,6 +10,7 @@
 #include <BRepGProp.hxx>
 #include <BRepMesh_IncrementalMesh.hxx>
 #include <BRepTools.hxx>
+#include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
 #include <Bnd_Box.hxx>
 #include <GProp_GProps.hxx>
@@ -96,6 +97,26 @@ bool HasTriangles(const TopoDS_Shape& face)
     TopLoc_Location location;
     const Handle(Poly_Triangulation)& mesh = BRep_Tool::Triangulation(TopoDS::Face(face), location);
     return !mesh.IsNull() && mesh->NbTriangles() > 0;
+}
+
+/// Drops triangulations with points that are not finite: none leaves the engine.
+void DropInfinite(const TopTools_IndexedMapOfShape& faces)
+{
+    constexpr double FarthestPoint = 1e18; // millimetres; as a float its square is a number still
+    const BRep_Builder builder;
+    for (int i = 1; i <= faces.Extent(); ++i) {
+        TopLoc_Location location;
+        const Handle(Poly_Triangulation) mesh = BRep_Tool::Triangulation(TopoDS::Face(faces(i)), location);
+        bool finite = true;
+        for (int node = 1; !mesh.IsNull() && node <= mesh->NbNodes() && finite; ++node) {
+            const gp_Pnt point = mesh->Node(node);
+            finite = std::abs(point.X()) < FarthestPoint && std::abs(point.Y()) < FarthestPoint &&
+                     std::abs(point.Z()) < FarthestPoint;
+        }
+        if (!finite) {
+            builder.UpdateFace(TopoDS::Face(faces(i)), Handle(Poly_Triangulation)());
+        }
+    }
 }
 
 /// The faces, by number, that have no triangles and should have some.
@@ -240,13 +261,20 @@ void MeshFaces(const TopoDS_Shape& shape, const MeshTolerances& tolerances)
         return;
     }
     MeshFacesWithout(shape, faces, tolerances, deadline);
+    DropInfinite(faces);
     std::vector<int> missing = FacesWithout(faces);
     missing.erase(std::remove_if(missing.begin(), missing.end(), [&](int i) { return IsNothing(faces(i)); }),
                   missing.end());
-    if (missing.empty() || MeshAllFiner(shape, faces, tolerances, deadline)) {
+    if (missing.empty()) {
+        return;
+    }
+    const bool whole = MeshAllFiner(shape, faces, tolerances, deadline);
+    DropInfinite(faces);
+    if (whole) {
         return;
     }
     MeshAlone(faces, missing, tolerances, ShapeSize(shape), deadline);
+    DropInfinite(faces);
     for (const int number : missing) {
         if (!HasTriangles(faces(number))) {
             internal::Reports::Add(internal::Report::Kind::LeftOut, deadline->IsPassed()

@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cadex/internal/Reports.hxx>
+
 #include "tests/sdk/MeshModels.h"
 #include "tests/sdk/ReadModels.h"
 #include "tests/sdk/SeedFiles.h"
@@ -12,6 +14,7 @@ namespace cadex::test {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 std::string ImportSeed(const Seed& seed)
 {
@@ -82,6 +85,70 @@ TEST(IgesReader, RealFilesHaveOneRoot)
         EXPECT_EQ(outline.substr(0, 14), "part 'würfel'");
         EXPECT_THAT(outline, HasSubstr(" triangles\n"));
     }
+}
+
+namespace {
+
+/// Triangles of all parts and the texts of the reports; the bounds are finite.
+struct Read
+{
+    explicit Read(const std::string& bytes)
+    {
+        const ScratchFolder folder;
+        WriteBytes(folder.Path() / "damaged.igs", bytes);
+        internal::Reports::Clear();
+        ModelData_Model model;
+        done = Import(folder.Path() / "damaged.igs", model);
+        outline = done ? Outline::Of(model) : "";
+        reports = internal::Reports::Take();
+    }
+    bool done = false;
+    std::string outline;
+    std::vector<internal::Report> reports;
+};
+
+/// The last number of the first parameter line of such an entity replaced by a text.
+std::string WithNumber(std::string bytes, const std::string& entity, const std::string& text)
+{
+    constexpr std::size_t Width = 64;
+    const std::size_t line = bytes.find(entity) + 1;
+    std::string data = bytes.substr(line, Width);
+    const std::size_t end = data.find_last_of(",;");
+    const std::size_t start = data.rfind(',', end - 1) + 1;
+    data.replace(start, end - start, text);
+    EXPECT_TRUE(data.size() <= Width || data.find_last_not_of(' ') < Width);
+    data.resize(Width, ' ');
+    return bytes.replace(line, Width, data);
+}
+
+} // namespace
+
+TEST(IgesReader, NumbersThatAreNoneCostTheirEntityAlone)
+{
+    const std::string bytes = BytesOf(ZEMTAR_SOURCE_DIR "/examples/bracket.igs");
+    ASSERT_TRUE(Read(bytes).reports.empty());
+    for (const Seed& seed : IgesSeeds()) {
+        for (const char* number : {"NAN", "1E308", "-1E99", "9E999", "INF"}) {
+            for (const char* entity : {"\n110,", "\n116,", "\n123,", "\n128,", "\n120,"}) {
+                if (seed.bytes.find(entity) == std::string::npos) {
+                    continue;
+                }
+                const Read damaged(WithNumber(seed.bytes, entity, number));
+                EXPECT_FALSE(damaged.reports.empty()) << entity << number;
+                EXPECT_THAT(damaged.outline, Not(HasSubstr("nan"))) << entity << number;
+            }
+        }
+    }
+}
+
+TEST(IgesReader, CutFilesSayWhatIsMissing)
+{
+    const std::string bytes = BytesOf(ZEMTAR_SOURCE_DIR "/examples/bracket.igs");
+    const std::size_t parameters = bytes.find("P0000001");
+    const Read half(bytes.substr(0, parameters + (bytes.size() - parameters) / 2));
+    ASSERT_GE(half.reports.size(), 2U);
+    EXPECT_THAT(half.reports[0].text, HasSubstr("cut off"));
+    EXPECT_THAT(half.reports[1].text, HasSubstr("have no parameters"));
 }
 
 } // namespace cadex::test
