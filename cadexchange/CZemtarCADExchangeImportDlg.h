@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/ZemtarExport.h"
+
 #include <QDialog>
 #include <QString>
 
@@ -22,7 +24,7 @@ namespace Zemtar {
 /// The values lie in the host's settings store under "Importers/NAME/TesselationValue" (int) and
 /// "Importers/NAME/ParallelProcessing" (bool). They are written whenever the dialog is destroyed, also when
 /// the user closed it without accepting.
-class CZemtarCADExchangeImportDlg : public QDialog
+class ZEMTAR_EXPORT CZemtarCADExchangeImportDlg : public QDialog
 {
     Q_OBJECT
 

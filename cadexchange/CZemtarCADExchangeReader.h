@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/ZemtarExport.h"
 #include "host/CZemtarReader.h"
 #include "host/CZemtarString.h"
 
@@ -23,7 +24,7 @@ class CZemtarDocument;
 ///
 /// The last two settings belong to the process: they stay, for all importers, until changed. Imports and
 /// exports run on the host's main thread, one at a time.
-class CZemtarCADExchangeReader : public CZemtarReader
+class ZEMTAR_EXPORT CZemtarCADExchangeReader : public CZemtarReader
 {
 public:
     /// The CAD format. Which file extensions stand for it is the host's business.

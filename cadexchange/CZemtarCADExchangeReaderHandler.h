@@ -2,6 +2,7 @@
 
 #include "cadexchange/CZemtarMetaDataVisitor.h"
 #include "cadexchange/CZemtarTextureVisitor.h"
+#include "common/ZemtarExport.h"
 #include "host/CZemtarString.h"
 
 #include <cadex/ModelData_Appearance.hxx>
@@ -38,7 +39,7 @@ class CZemtarSceneNode;
 /// assembly that is referred to again is copied with its subtree, and the copy stands for the instance. The
 /// members below Import are steps of the walk; they need its document and, where they add nodes, the stack.
 /// Not for use by several threads.
-class CZemtarCADExchangeReaderHandler : public cadex::ModelData_Model::VoidElementVisitor
+class ZEMTAR_EXPORT CZemtarCADExchangeReaderHandler : public cadex::ModelData_Model::VoidElementVisitor
 {
 public:
     /// Creates the one handler on the first call; it lives until the process ends.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/ZemtarExport.h"
 #include "host/CZemtarWriter.h"
 
 namespace cadex {
@@ -16,7 +17,7 @@ namespace Zemtar {
 ///     bool written = CZemtarFile::FileExists("/tmp/engine.step");
 ///
 /// Exports run on the host's GUI thread and never overlap: the walk behind them is a singleton.
-class CZemtarCADExchangeWriter : public CZemtarWriter
+class ZEMTAR_EXPORT CZemtarCADExchangeWriter : public CZemtarWriter
 {
 public:
     /// The numbering is that of the importer. Creo, NX and SolidWorks keep their numbers although nothing

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/ZemtarExport.h"
 #include "host/CZemtarNodeVisitor.h"
 #include "host/CZemtarString.h"
 
@@ -32,7 +33,7 @@ class CZemtarSceneNode;
 /// groups are transparent. Mesh nodes that share their geometry become instances of one part. A part's
 /// instance carries its whole world placement and an assembly's the identity, so the tree only groups; what
 /// stands at the top is scaled by 1000, from the host's metres to the SDK's millimetres.
-class CZemtarCADExchangeWriterHandler : public CZemtarNodeVisitor
+class ZEMTAR_EXPORT CZemtarCADExchangeWriterHandler : public CZemtarNodeVisitor
 {
 public:
     /// Gives the one handler, made on first use and never destroyed.

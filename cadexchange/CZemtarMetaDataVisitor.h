@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/ZemtarExport.h"
 #include "host/CZemtarString.h"
 
 #include <cadex/ModelData_PropertyTable.hxx>
@@ -20,7 +21,7 @@ namespace Zemtar {
 /// 32 are kept, floating-point values are truncated toward zero, and NaN and values that do not fit give
 /// "-2147483648". Times become ISO 8601 in UTC, empty outside the years 1 to 9999. Points and boxes are
 /// ignored.
-class CZemtarMetaDataVisitor : public cadex::ModelData_PropertyTable::Visitor
+class ZEMTAR_EXPORT CZemtarMetaDataVisitor : public cadex::ModelData_PropertyTable::Visitor
 {
 public:
     /// Empties the map.

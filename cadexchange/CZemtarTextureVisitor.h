@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/ZemtarExport.h"
 #include "host/CZemtarString.h"
 
 #include <cadex/ModelData_TextureVisitor.hxx>
@@ -15,7 +16,7 @@ namespace Zemtar {
 ///     CZemtarString image = visitor.GetFilePath();
 ///
 /// Failures are not reported: they show in the path alone. Source files are only read.
-class CZemtarTextureVisitor : public cadex::ModelData_TextureVisitor
+class ZEMTAR_EXPORT CZemtarTextureVisitor : public cadex::ModelData_TextureVisitor
 {
 public:
     /// Stores the folder unchanged; a missing one is made when a file texture is copied into it.

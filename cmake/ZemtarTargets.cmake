@@ -1,10 +1,13 @@
-# What all targets of the project share: language level, warnings, sanitizers, ccache, and the helpers that
-# declare a room's objects, a test and a benchmark.
+# What all targets of the project share: language level, visibility, warnings, sanitizers, ccache, and the helpers
+# that declare a room's objects, a library, a test and a benchmark.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+# Libraries show what their export macros mark, and nothing else.
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
     string(REPLACE "-O2" "-O3" CMAKE_CXX_FLAGS_RELEASE "${CMAKE_CXX_FLAGS_RELEASE}")
@@ -44,11 +47,44 @@ function(zemtar_objects name)
     target_link_libraries(${name} PUBLIC ${ARG_LIBS} PRIVATE zemtar_options)
 endfunction()
 
+# zemtar_library(NAME SOURCES ... LIBS ... PRIVATE ...): a shared library that carries the project's version and
+# passes on the language level. LIBS belong to its interface.
+function(zemtar_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS;PRIVATE" ${ARGN})
+    add_library(${name} SHARED ${ARG_SOURCES})
+    set_target_properties(${name} PROPERTIES
+        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+    target_compile_features(${name} PUBLIC cxx_std_20)
+    target_link_libraries(${name} PUBLIC ${ARG_LIBS} PRIVATE ${ARG_PRIVATE} zemtar_options)
+endfunction()
+
+# zemtar_static_twin(NAME LIBS ... PRIVATE ...): NAME_static, the same rooms as an archive. Tests and benchmarks that
+# name NAME get it, and so reach what the shared library hides.
+function(zemtar_static_twin name)
+    cmake_parse_arguments(ARG "" "" "LIBS;PRIVATE" ${ARGN})
+    add_library(${name}_static STATIC EXCLUDE_FROM_ALL)
+    zemtar_use_static_twins(ARG_LIBS)
+    target_link_libraries(${name}_static PUBLIC ${ARG_LIBS} PRIVATE ${ARG_PRIVATE} zemtar_options)
+endfunction()
+
+# zemtar_use_static_twins(LIST): in the list, the static twin instead of each library that has one.
+function(zemtar_use_static_twins list)
+    set(twins "")
+    foreach(library ${${list}})
+        if(TARGET ${library}_static)
+            set(library ${library}_static)
+        endif()
+        list(APPEND twins ${library})
+    endforeach()
+    set(${list} ${twins} PARENT_SCOPE)
+endfunction()
+
 # zemtar_add_test(NAME SOURCES ... LIBS ... [LABELS ...] [WINDOWED]): a GoogleTest program; ctest runs it as one
 # test. A WINDOWED one opens real windows, on a display of its own where the machine has none.
 function(zemtar_add_test name)
     cmake_parse_arguments(ARG "WINDOWED" "" "SOURCES;LIBS;LABELS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
+    zemtar_use_static_twins(ARG_LIBS)
     target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
     target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gmock GTest::gtest GTest::gtest_main zemtar_options)
     target_compile_definitions(${name} PRIVATE
@@ -76,6 +112,7 @@ endfunction()
 function(zemtar_add_bench name)
     cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
+    zemtar_use_static_twins(ARG_LIBS)
     target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
     target_link_libraries(${name} PRIVATE ${ARG_LIBS} benchmark::benchmark zemtar_options)
     target_compile_definitions(${name} PRIVATE ZEMTAR_SOURCE_DIR="${PROJECT_SOURCE_DIR}")

@@ -3,6 +3,7 @@
 #include "host/CZemtarGeometry.h"
 #include "host/CZemtarSceneNode.h"
 #include "host/CZemtarTextureCoordinatesTable.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
@@ -14,7 +15,7 @@ class CZemtarMaterial;
 ///     object->SetGeometry(geometry);
 ///     object->SetMaterial(material);
 ///     object->SetParent(part);
-class CZemtar3DObject : public CZemtarSceneNode
+class ZEMTAR_CORE_EXPORT CZemtar3DObject : public CZemtarSceneNode
 {
 public:
     /// Makes a mesh node without geometry in `document`, which owns it; null without a document.

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "host/ZemtarCoreExport.h"
+
 namespace Zemtar {
 
 /// One polygon of a table, as a view: it holds until the table changes.
-class CZemtar3DPolygon
+class ZEMTAR_CORE_EXPORT CZemtar3DPolygon
 {
 public:
     CZemtar3DPolygon(const unsigned int* indices, unsigned int count) : m_indices(indices), m_count(count) {}

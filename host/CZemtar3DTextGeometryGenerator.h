@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/CZemtarFont.h"
+#include "host/ZemtarCoreExport.h"
 
 #include <vector>
 
@@ -8,7 +9,7 @@ namespace Zemtar {
 
 /// The one place that knows which font families 3D text can be made of; filled at start-up, asked by text
 /// tools.
-class CZemtar3DTextGeometryGenerator
+class ZEMTAR_CORE_EXPORT CZemtar3DTextGeometryGenerator
 {
 public:
     /// Gives the process-wide object; the caller does not own it.

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "host/ZemtarCoreExport.h"
+
 namespace Zemtar {
 
 /// A position or a direction: three doubles. Positions are in the unit of the document that they stand in.
-class CZemtar3DVertex
+class ZEMTAR_CORE_EXPORT CZemtar3DVertex
 {
 public:
     CZemtar3DVertex() = default;

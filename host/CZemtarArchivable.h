@@ -1,9 +1,11 @@
 #pragma once
 
+#include "host/ZemtarCoreExport.h"
+
 namespace Zemtar {
 
 /// Base of all that a document archives.
-class CZemtarArchivable
+class ZEMTAR_CORE_EXPORT CZemtarArchivable
 {
 public:
     virtual ~CZemtarArchivable() = default;

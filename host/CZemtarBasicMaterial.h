@@ -2,6 +2,7 @@
 
 #include "host/CZemtarColor.h"
 #include "host/CZemtarEntity.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
@@ -10,7 +11,7 @@ class CZemtarMaterial;
 /// How a material shows without a renderer of its own. On its own it is unlit: one flat colour, as
 /// annotations use. What most materials have is its descendant `CZemtarCommonBasicMaterial`, which is lit and
 /// textured.
-class CZemtarBasicMaterial : public CZemtarEntity
+class ZEMTAR_CORE_EXPORT CZemtarBasicMaterial : public CZemtarEntity
 {
 public:
     /// Makes a flat white basic material in `document`, which owns it; null without a document.

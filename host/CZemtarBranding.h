@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/ZemtarCoreExport.h"
+
 #include <string>
 
 namespace Zemtar {
@@ -8,7 +10,7 @@ namespace Zemtar {
 ///
 ///     std::string organisation =
 ///     CZemtarBranding::getInstance()->getString(CZemtarBranding::OrganizationName);
-class CZemtarBranding
+class ZEMTAR_CORE_EXPORT CZemtarBranding
 {
 public:
     /// The numbers are fixed: plug-ins are built against them.

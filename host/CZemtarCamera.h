@@ -3,11 +3,12 @@
 #include "host/CZemtar3DVertex.h"
 #include "host/CZemtarEntity.h"
 #include "host/CZemtarString.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
 /// A named perspective view: where it stands, where it looks, which way is up, and how wide it sees.
-class CZemtarCamera : public CZemtarEntity
+class ZEMTAR_CORE_EXPORT CZemtarCamera : public CZemtarEntity
 {
 public:
     /// Makes a camera at (0, 0, 1) that looks at the origin, y up, in `document`, which owns it; null without

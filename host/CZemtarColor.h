@@ -1,10 +1,12 @@
 #pragma once
 
+#include "host/ZemtarCoreExport.h"
+
 namespace Zemtar {
 
 /// A colour: red, green, blue and alpha as doubles, nominally 0 to 1, alpha 1 opaque. Values outside are kept
 /// as they stand. Opaque black by default.
-class CZemtarColor
+class ZEMTAR_CORE_EXPORT CZemtarColor
 {
 public:
     CZemtarColor() = default;

@@ -2,6 +2,7 @@
 
 #include "host/CZemtarBasicMaterial.h"
 #include "host/CZemtarTexture.h"
+#include "host/ZemtarCoreExport.h"
 #include "host/enumTextureType.h"
 
 #include <map>
@@ -18,7 +19,7 @@ namespace Zemtar {
 /// Each colour and the opacity stand in two fields: the one that the author gave, which is stored and
 /// exported, and the run-time one, which is drawn and which animations and highlights may change. Who gives a
 /// new material its look writes both. Colours are sRGB, 0 to 1; opacity runs from 0, invisible, to 1.
-class CZemtarCommonBasicMaterial : public CZemtarBasicMaterial
+class ZEMTAR_CORE_EXPORT CZemtarCommonBasicMaterial : public CZemtarBasicMaterial
 {
 public:
     /// Makes one in `document`, which owns it; null without a document. Defaults: diffuse light grey (0.8),

@@ -2,6 +2,7 @@
 
 #include "host/CZemtarEntity.h"
 #include "host/CZemtarUnit.h"
+#include "host/ZemtarCoreExport.h"
 
 #include <cstddef>
 #include <vector>
@@ -16,7 +17,7 @@ namespace Zemtar {
 ///
 /// Indices beyond `Count()` are undefined behaviour. Pointers from `Data` hold until the table grows.
 template <std::size_t EntryWidth>
-class CZemtarCoordinateTable : public CZemtarEntity
+class ZEMTAR_CORE_EXPORT CZemtarCoordinateTable : public CZemtarEntity
 {
 public:
     static constexpr std::size_t Width = EntryWidth;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/CZemtarID.h"
+#include "host/ZemtarCoreExport.h"
 #include "host/enumLengthUnit.h"
 
 #include <memory>
@@ -22,7 +23,7 @@ class CZemtarSceneNode;
 ///
 /// Lengths are in metres. Who fills a document in another unit says so with `SetOriginalLengthUnit` and then
 /// calls `ApplyUnitToDocument`. A document is used by one thread at a time.
-class CZemtarDocument final
+class ZEMTAR_CORE_EXPORT CZemtarDocument final
 {
 public:
     /// Makes a document, which the caller owns and deletes. With `empty` nothing is in it; otherwise it holds

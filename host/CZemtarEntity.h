@@ -2,6 +2,7 @@
 
 #include "host/CZemtarArchivable.h"
 #include "host/CZemtarID.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
@@ -11,7 +12,7 @@ struct CZemtarLengthRatio;
 /// Base of all that a document owns: nodes, geometry, tables, materials. An entity is made by the static
 /// `Create` of its class, lives until its document ends, and is told from others by its id. Deleting one sets
 /// a flag, so that it can be undone; traversals and lists pass deleted nodes over.
-class CZemtarEntity : public CZemtarArchivable
+class ZEMTAR_CORE_EXPORT CZemtarEntity : public CZemtarArchivable
 {
 public:
     CZemtarEntity(const CZemtarEntity&) = delete;

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "host/CZemtarString.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
 /// A font family: its name and the font file of each style. A style without a file is empty.
-class CZemtarFont
+class ZEMTAR_CORE_EXPORT CZemtarFont
 {
 public:
     void SetFontName(const CZemtarString& name) { m_name = name; }

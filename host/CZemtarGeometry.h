@@ -5,6 +5,7 @@
 #include "host/CZemtarPolygonsTable.h"
 #include "host/CZemtarVerticiesNormalsTable.h"
 #include "host/CZemtarVerticiesTable.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
@@ -17,7 +18,7 @@ namespace Zemtar {
 ///     geometry->SetPolygonsTable(triangles);
 ///
 /// A table that was never set, or was set to null, is missing: its getter gives null.
-class CZemtarGeometry : public CZemtarEntity
+class ZEMTAR_CORE_EXPORT CZemtarGeometry : public CZemtarEntity
 {
 public:
     /// Makes a geometry without tables in `document`, which owns it; null without a document.

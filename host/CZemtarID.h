@@ -1,12 +1,14 @@
 #pragma once
 
+#include "host/ZemtarCoreExport.h"
+
 #include <compare>
 
 namespace Zemtar {
 
 /// The identity of an entity: unique within its document, counted from 1 in order of creation, never used
 /// again. The default one identifies nothing.
-class CZemtarID
+class ZEMTAR_CORE_EXPORT CZemtarID
 {
 public:
     CZemtarID() = default;

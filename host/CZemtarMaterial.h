@@ -2,6 +2,7 @@
 
 #include "host/CZemtarEntity.h"
 #include "host/CZemtarString.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
@@ -13,7 +14,7 @@ class CZemtarCommonBasicMaterial;
 ///     CZemtarMaterial* material = CZemtarMaterial::Create(document);
 ///     material->SetName("brass");
 ///     material->BasicMaterialAsGeneralMaterial()->SetOpacity(0.5);
-class CZemtarMaterial : public CZemtarEntity
+class ZEMTAR_CORE_EXPORT CZemtarMaterial : public CZemtarEntity
 {
 public:
     /// Makes a material named "Material" with a general basic material in `document`, which owns it; null

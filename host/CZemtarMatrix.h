@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/CZemtar3DVertex.h"
+#include "host/ZemtarCoreExport.h"
 
 #include <array>
 
@@ -12,7 +13,7 @@ namespace Zemtar {
 ///     CZemtarMatrix placement;
 ///     placement.M(0, 3) = 2.0;                                   // two units along x
 ///     CZemtar3DVertex p = placement.TransformPoint(CZemtar3DVertex(1.0, 0.0, 0.0));   // (3, 0, 0)
-class CZemtarMatrix
+class ZEMTAR_CORE_EXPORT CZemtarMatrix
 {
 public:
     CZemtarMatrix() = default;

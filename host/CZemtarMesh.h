@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/ZemtarCoreExport.h"
+
 namespace Zemtar {
 
 class CZemtarPolygonsTable;
@@ -9,7 +11,7 @@ class CZemtarVerticiesNormalsTable;
 class CZemtarVerticiesTable;
 
 /// Operations on mesh tables.
-class CZemtarMesh
+class ZEMTAR_CORE_EXPORT CZemtarMesh
 {
 public:
     CZemtarMesh() = delete;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/CZemtarString.h"
+#include "host/ZemtarCoreExport.h"
 
 #include <map>
 #include <utility>
@@ -12,7 +13,7 @@ namespace Zemtar {
 /// at first.
 ///
 ///     node->MetaData()->SetValue("steel", "Material", "Properties", "");
-class CZemtarMetaData
+class ZEMTAR_CORE_EXPORT CZemtarMetaData
 {
 public:
     using NamedValues = std::vector<std::pair<CZemtarString, CZemtarString>>;

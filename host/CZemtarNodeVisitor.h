@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/CZemtarMatrix.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
@@ -19,7 +20,7 @@ class CZemtarSceneNode;
 ///     };
 ///     CZemtarMatrix root;
 ///     counter.TraverseDocument(document, root, nullptr);
-class CZemtarNodeVisitor
+class ZEMTAR_CORE_EXPORT CZemtarNodeVisitor
 {
 public:
     /// Is called for each node, deleted ones included, with the transform from the node's own coordinates to

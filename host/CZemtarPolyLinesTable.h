@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/CZemtarEntity.h"
+#include "host/ZemtarCoreExport.h"
 
 #include <cstddef>
 #include <utility>
@@ -9,7 +10,7 @@
 namespace Zemtar {
 
 /// The line segments of a geometry: pairs of vertex indices in one block of memory.
-class CZemtarPolyLinesTable : public CZemtarEntity
+class ZEMTAR_CORE_EXPORT CZemtarPolyLinesTable : public CZemtarEntity
 {
 public:
     /// Makes an empty table in `document`, which owns it; null without a document.

@@ -2,6 +2,7 @@
 
 #include "host/CZemtar3DPolygon.h"
 #include "host/CZemtarEntity.h"
+#include "host/ZemtarCoreExport.h"
 
 #include <cstddef>
 #include <vector>
@@ -14,7 +15,7 @@ namespace Zemtar {
 ///     triangles->Reserve(count);
 ///     triangles->Append(0, 1, 2);
 ///     const unsigned int* corners = triangles->Data();   // 3 * Count() indices when IsTriangles()
-class CZemtarPolygonsTable : public CZemtarEntity
+class ZEMTAR_CORE_EXPORT CZemtarPolygonsTable : public CZemtarEntity
 {
 public:
     /// Makes an empty table in `document`, which owns it; null without a document.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/CZemtarString.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
@@ -8,7 +9,7 @@ class CZemtarDocument;
 
 /// Base of importer plug-ins. Has no virtual destructor: the host never deletes an importer through this
 /// class.
-class CZemtarReader
+class ZEMTAR_CORE_EXPORT CZemtarReader
 {
 public:
     CZemtarReader();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/CZemtarEntity.h"
+#include "host/ZemtarCoreExport.h"
 
 #include <array>
 #include <cstddef>
@@ -10,7 +11,7 @@ namespace Zemtar {
 
 /// How the bones of a rig move a geometry's vertices, by the vertices' index: up to four bones each, with
 /// their weights.
-class CZemtarRigGeometryTable : public CZemtarEntity
+class ZEMTAR_CORE_EXPORT CZemtarRigGeometryTable : public CZemtarEntity
 {
 public:
     /// The bones of one vertex; unused places have weight 0.

@@ -3,6 +3,7 @@
 #include "host/CZemtarEntity.h"
 #include "host/CZemtarMatrix.h"
 #include "host/CZemtarString.h"
+#include "host/ZemtarCoreExport.h"
 
 #include <memory>
 #include <vector>
@@ -22,7 +23,7 @@ class CZemtarTreeCopy;
 ///     part->SetParent(assembly);
 ///
 /// A node takes a few hundred bytes; matrix, metadata and solid hint are held only where they were set.
-class CZemtarSceneNode : public CZemtarEntity
+class ZEMTAR_CORE_EXPORT CZemtarSceneNode : public CZemtarEntity
 {
 public:
     /// Parts and assemblies give the scene its structure; plain groups, the default, only place what is below

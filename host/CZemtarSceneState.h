@@ -2,13 +2,14 @@
 
 #include "host/CZemtarEntity.h"
 #include "host/CZemtarString.h"
+#include "host/ZemtarCoreExport.h"
 
 #include <set>
 
 namespace Zemtar {
 
 /// A named state of the scene: which nodes are hidden in it.
-class CZemtarSceneState : public CZemtarEntity
+class ZEMTAR_CORE_EXPORT CZemtarSceneState : public CZemtarEntity
 {
 public:
     /// Makes a state in which every node shows in `document`, which owns it; null without a document.

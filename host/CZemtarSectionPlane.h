@@ -2,11 +2,12 @@
 
 #include "host/CZemtar3DVertex.h"
 #include "host/CZemtarEntity.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
 /// A plane that cuts the scene open: what lies on the side that its normal points to is hidden.
-class CZemtarSectionPlane : public CZemtarEntity
+class ZEMTAR_CORE_EXPORT CZemtarSectionPlane : public CZemtarEntity
 {
 public:
     /// Makes the plane z = 0, hiding what lies above, in `document`, which owns it; null without a document.

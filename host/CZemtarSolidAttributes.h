@@ -2,13 +2,14 @@
 
 #include "host/CZemtar3DVertex.h"
 #include "host/CZemtarArchivable.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
 /// What a solid body's shape says about it: its volume and its centre of mass. The original volume is the one
 /// that the exact body had when it was read; the volume is the one that the host now assumes, and follows
 /// edits.
-class CZemtarSolidAttributes : public CZemtarArchivable
+class ZEMTAR_CORE_EXPORT CZemtarSolidAttributes : public CZemtarArchivable
 {
 public:
     /// Volumes are in cubic metres.

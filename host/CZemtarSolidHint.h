@@ -3,6 +3,7 @@
 #include "host/CZemtarID.h"
 #include "host/CZemtarMatrix.h"
 #include "host/CZemtarSolidAttributes.h"
+#include "host/ZemtarCoreExport.h"
 
 #include <vector>
 
@@ -10,7 +11,7 @@ namespace Zemtar {
 
 /// Tells the host that the meshes below a node are the skin of one solid, and what is known of that solid.
 /// Built by an importer and copied into a node with `CZemtarSceneNode::SolidHintSet`.
-class CZemtarSolidHint : public CZemtarArchivable
+class ZEMTAR_CORE_EXPORT CZemtarSolidHint : public CZemtarArchivable
 {
 public:
     const CZemtarSolidAttributes& Attributes() const { return m_attributes; }

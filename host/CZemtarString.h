@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/ZemtarCoreExport.h"
+
 #include <iosfwd>
 #include <memory>
 #include <string>
@@ -18,7 +20,7 @@ namespace Zemtar {
 /// taken and given as it stands. Editing operations change the string in place and return it, so that they
 /// chain. Positions count code points from 0. In paths "/" and "\" both separate, on every platform, unless
 /// an operation names its separator.
-class CZemtarString
+class ZEMTAR_CORE_EXPORT CZemtarString
 {
 public:
     static_assert(sizeof(wchar_t) == 4, "CZemtarString holds 32-bit code points");

@@ -1,13 +1,14 @@
 #pragma once
 
 #include "host/CZemtarString.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
 /// Where a texture's image lies: a file name and, apart from it, the folder that a relative name is looked up
 /// in; and the name of the file that stands in for it while the program runs (a converted or downloaded
 /// copy), which is not stored.
-class CZemtarTexture
+class ZEMTAR_CORE_EXPORT CZemtarTexture
 {
 public:
     CZemtarTexture() = default;

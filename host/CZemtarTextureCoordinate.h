@@ -1,9 +1,11 @@
 #pragma once
 
+#include "host/ZemtarCoreExport.h"
+
 namespace Zemtar {
 
 /// One texture coordinate (u, v); (0, 0) is the image's lower left corner, (1, 1) its upper right one.
-class CZemtarTextureCoordinate
+class ZEMTAR_CORE_EXPORT CZemtarTextureCoordinate
 {
 public:
     CZemtarTextureCoordinate() = default;

@@ -2,11 +2,12 @@
 
 #include "host/CZemtarCoordinateTable.h"
 #include "host/CZemtarTextureCoordinate.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
 /// The texture coordinates of a mesh object, by the index of its geometry's vertices; empty when it has none.
-class CZemtarTextureCoordinatesTable : public CZemtarCoordinateTable<2>
+class ZEMTAR_CORE_EXPORT CZemtarTextureCoordinatesTable : public CZemtarCoordinateTable<2>
 {
 public:
     /// Makes an empty table in `document`, which owns it; null without a document. Without `doublePrecision`

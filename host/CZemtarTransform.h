@@ -2,11 +2,12 @@
 
 #include "host/CZemtarEntity.h"
 #include "host/CZemtarMatrix.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
 /// A transform as an object of a document: one matrix, the identity at first.
-class CZemtarTransform : public CZemtarEntity
+class ZEMTAR_CORE_EXPORT CZemtarTransform : public CZemtarEntity
 {
 public:
     /// Makes an identity transform in `document`, which owns it; null without a document.

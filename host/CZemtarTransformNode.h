@@ -1,11 +1,12 @@
 #pragma once
 
 #include "host/CZemtarSceneNode.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
 /// A group: a node that holds others and places them by its local transform.
-class CZemtarTransformNode : public CZemtarSceneNode
+class ZEMTAR_CORE_EXPORT CZemtarTransformNode : public CZemtarSceneNode
 {
 public:
     /// Makes a plain group, without a parent, in `document`, which owns it; null without a document.

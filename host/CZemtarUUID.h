@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/CZemtarString.h"
+#include "host/ZemtarCoreExport.h"
 
 #include <array>
 
@@ -10,7 +11,7 @@ namespace Zemtar {
 ///
 ///     CZemtarUUID id("{6BA7B810-9DAD-11D1-80B4-00C04FD430C8}");
 ///     CZemtarString text = id;   // "{6ba7b810-9dad-11d1-80b4-00c04fd430c8}"
-class CZemtarUUID
+class ZEMTAR_CORE_EXPORT CZemtarUUID
 {
 public:
     /// Gives the null UUID, all zero.

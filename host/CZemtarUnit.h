@@ -1,12 +1,13 @@
 #pragma once
 
+#include "host/ZemtarCoreExport.h"
 #include "host/enumLengthUnit.h"
 
 namespace Zemtar {
 
 /// A factor between units as a fraction, so that a conversion is rounded as little as can be: millimetres are
 /// divided by 1000, not multiplied by a rounded 0.001.
-struct CZemtarLengthRatio
+struct ZEMTAR_CORE_EXPORT CZemtarLengthRatio
 {
     double numerator = 1.0;
     double denominator = 1.0;
@@ -16,7 +17,7 @@ struct CZemtarLengthRatio
 };
 
 /// The unit that lengths are given in: metres by default, as in documents.
-class CZemtarUnit
+class ZEMTAR_CORE_EXPORT CZemtarUnit
 {
 public:
     CZemtarUnit() = default;

@@ -2,11 +2,12 @@
 
 #include "host/CZemtar3DVertex.h"
 #include "host/CZemtarCoordinateTable.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
 /// The normals of a geometry's vertices, by the same index; empty when it has none.
-class CZemtarVerticiesNormalsTable : public CZemtarCoordinateTable<3>
+class ZEMTAR_CORE_EXPORT CZemtarVerticiesNormalsTable : public CZemtarCoordinateTable<3>
 {
 public:
     /// Makes an empty table in `document`, which owns it; null without a document. Without `doublePrecision`

@@ -2,11 +2,12 @@
 
 #include "host/CZemtar3DVertex.h"
 #include "host/CZemtarCoordinateTable.h"
+#include "host/ZemtarCoreExport.h"
 
 namespace Zemtar {
 
 /// The vertex positions of a geometry, local to the nodes that show it, in the document's unit.
-class CZemtarVerticiesTable : public CZemtarCoordinateTable<3>
+class ZEMTAR_CORE_EXPORT CZemtarVerticiesTable : public CZemtarCoordinateTable<3>
 {
 public:
     /// Makes an empty table in `document`, which owns it; null without a document. Without `doublePrecision`

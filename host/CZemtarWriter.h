@@ -2,6 +2,7 @@
 
 #include "host/CZemtarString.h"
 #include "host/CZemtarUnit.h"
+#include "host/ZemtarCoreExport.h"
 
 #include <vector>
 
@@ -15,7 +16,7 @@ class CZemtarSectionPlane;
 class CZemtarTransform;
 
 /// Base of exporter plug-ins.
-class CZemtarWriter
+class ZEMTAR_CORE_EXPORT CZemtarWriter
 {
 public:
     CZemtarWriter();

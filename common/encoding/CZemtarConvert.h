@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/ZemtarExport.h"
 #include "host/CZemtarColor.h"
 #include "host/CZemtarString.h"
 #include "host/CZemtarUUID.h"
@@ -17,7 +18,7 @@ namespace Zemtar {
 ///
 /// Host strings hold 32-bit code points up to the terminating zero, Qt's UTF-16 units. Every conversion is by
 /// value and never fails.
-class CZemtarConvert
+class ZEMTAR_EXPORT CZemtarConvert
 {
 public:
     /// Converts without normalisation; a zero inside the text ends the host string.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/ZemtarExport.h"
 #include "host/CZemtarString.h"
 
 class QString;
@@ -19,7 +20,7 @@ namespace Zemtar {
 /// is left behind and the result is the source path; a source is never changed unless it is to be
 /// overwritten. Text is read in text mode, so carriage returns are dropped, and written without a byte-order
 /// mark.
-class CZemtarEncoding
+class ZEMTAR_EXPORT CZemtarEncoding
 {
 public:
     /// Returns the charset name that uchardet reports, for example "UTF-8", "ASCII", "UHC" or "ISO-8859-1";

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/ZemtarExport.h"
 #include "host/CZemtarString.h"
 
 namespace Zemtar {
@@ -12,7 +13,7 @@ namespace Zemtar {
 ///
 /// Nothing throws or logs: a failure is false or an empty string. Nothing is created or deleted beyond what a
 /// function says.
-class CZemtarFile
+class ZEMTAR_EXPORT CZemtarFile
 {
 public:
     // Files and paths

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/ZemtarExport.h"
 #include "host/CZemtarColor.h"
 #include "host/CZemtarString.h"
 
@@ -28,7 +29,7 @@ class CZemtarTexture;
 /// with default quality, and a function without a result that fails leaves no file. The functions are called
 /// on the host's main thread. None needs a QGuiApplication: what others paint by way of a QPixmap is painted
 /// here on a QImage, with the same pixels. Images of more than 2^28 pixels are neither read nor made.
-class ZemtarImage
+class ZEMTAR_EXPORT ZemtarImage
 {
 public:
     /// Memory layout of a raw pixel buffer. createImage and getImageAsRawData read the values differently.

@@ -2,11 +2,12 @@
 #pragma once
 
 #include <cadex/ACIS_ReaderParameters.hxx>
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Reader.hxx>
 
 namespace cadex {
 
-class ACIS_Reader : public Base_Reader
+class CADEX_EXPORT ACIS_Reader : public Base_Reader
 {
 public:
     ACIS_Reader() : Base_Reader(internal::Format::ACIS) {}

@@ -1,11 +1,12 @@
 // Parameters of ACIS_Reader; it has none of its own.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_ReaderParameters.hxx>
 
 namespace cadex {
 
-class ACIS_ReaderParameters : public Base_ReaderParameters
+class CADEX_EXPORT ACIS_ReaderParameters : public Base_ReaderParameters
 {
 public:
     ACIS_ReaderParameters() = default;

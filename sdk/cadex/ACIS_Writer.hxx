@@ -2,11 +2,12 @@
 #pragma once
 
 #include <cadex/ACIS_WriterParameters.hxx>
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Writer.hxx>
 
 namespace cadex {
 
-class ACIS_Writer : public Base_Writer
+class CADEX_EXPORT ACIS_Writer : public Base_Writer
 {
 public:
     ACIS_Writer() : Base_Writer(internal::Format::ACIS) {}

@@ -1,11 +1,12 @@
 // Parameters of ACIS_Writer; it has none of its own.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_WriterParameters.hxx>
 
 namespace cadex {
 
-class ACIS_WriterParameters : public Base_WriterParameters
+class CADEX_EXPORT ACIS_WriterParameters : public Base_WriterParameters
 {
 public:
     ACIS_WriterParameters() = default;

@@ -1,6 +1,8 @@
 // The SDK's own memory functions and a standard allocator on top of them.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <cstddef>
 #include <new>
 
@@ -8,14 +10,14 @@ namespace cadex {
 
 /// Returns `size` bytes, aligned for any fundamental type. Throws std::bad_alloc when there is no memory.
 /// A size of 0 gives a unique pointer. Released with cadex_free.
-void* cadex_malloc(std::size_t size);
+CADEX_EXPORT void* cadex_malloc(std::size_t size);
 
 /// Releases memory of cadex_malloc; null is allowed.
-void cadex_free(void* memory) noexcept;
+CADEX_EXPORT void cadex_free(void* memory) noexcept;
 
 /// Standard allocator on cadex_malloc; any two instances are interchangeable.
 template <typename T>
-class Base_Allocator
+class CADEX_EXPORT Base_Allocator
 {
 public:
     using value_type = T;
@@ -44,7 +46,7 @@ public:
 namespace internal {
 
 /// Empty base of the classes whose objects live in the SDK's memory.
-struct Allocated
+struct CADEX_EXPORT Allocated
 {
     static void* operator new(std::size_t size) { return cadex_malloc(size); }
     static void* operator new[](std::size_t size) { return cadex_malloc(size); }

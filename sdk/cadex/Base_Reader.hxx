@@ -5,6 +5,8 @@
 //     bool ok = reader.ReadFile("bracket.step") && reader.Transfer(model);
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <iosfwd>
 #include <memory>
 
@@ -23,7 +25,7 @@ class ReaderEngine;
 
 /// Failures are a false result; nothing is thrown. A reader may be used for several files in turn: each
 /// ReadFile forgets the file before. Deleting through this base is allowed.
-class Base_Reader : public internal::Allocated
+class CADEX_EXPORT Base_Reader : public internal::Allocated
 {
 public:
     virtual ~Base_Reader();

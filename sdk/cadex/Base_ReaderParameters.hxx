@@ -1,9 +1,11 @@
 // Base of every reader's parameters; nothing in it is set by applications.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 namespace cadex {
 
-class Base_ReaderParameters
+class CADEX_EXPORT Base_ReaderParameters
 {
 public:
     virtual ~Base_ReaderParameters() = default;

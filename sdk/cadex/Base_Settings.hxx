@@ -3,6 +3,8 @@
 //     Base_Settings::Default()->SetValue(Base_Settings::ConcurrentMode, false);
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <memory>
 
 #include <cadex/Base_UTF16String.hxx>
@@ -10,7 +12,7 @@
 namespace cadex {
 
 /// All calls may come from any thread.
-class Base_Settings
+class CADEX_EXPORT Base_Settings
 {
 public:
     enum Id

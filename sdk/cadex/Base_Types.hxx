@@ -1,6 +1,8 @@
 // Integer names of the SDK, and the tag that makes a handle refer to a new, empty object.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <cstdint>
 
 namespace cadex {
@@ -18,7 +20,7 @@ typedef U16 UTF16;
 typedef U32 UTF32;
 
 /// `ModelData_Part part{initialized()};` makes a new empty part; `ModelData_Part part;` makes a null handle.
-struct initialized
+struct CADEX_EXPORT initialized
 {
 };
 

@@ -4,6 +4,8 @@
 //     std::wstring wide = name.ToWString();
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -15,7 +17,7 @@ namespace cadex {
 /// Conversions never fail. Malformed UTF-8 and values above U+10FFFF become U+FFFD; surrogates without a
 /// partner are kept through every conversion (in UTF-8 as their three-byte form), so UTF-16 in, any form out
 /// and back is lossless. Null pointers are empty text.
-class Base_UTF16String
+class CADEX_EXPORT Base_UTF16String
 {
 public:
     Base_UTF16String() = default;

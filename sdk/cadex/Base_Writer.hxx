@@ -5,6 +5,8 @@
 //     bool ok = writer.Transfer(model) && writer.WriteFile("bracket.step");
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <iosfwd>
 #include <memory>
 
@@ -22,7 +24,7 @@ class WriterEngine;
 }
 
 /// Failures are a false result; nothing is thrown. Deleting through this base is allowed.
-class Base_Writer : public internal::Allocated
+class CADEX_EXPORT Base_Writer : public internal::Allocated
 {
 public:
     virtual ~Base_Writer();

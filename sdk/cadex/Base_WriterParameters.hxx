@@ -3,12 +3,13 @@
 //     writer.Parameters().LengthUnit() = Base_LU_Inches;
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_LengthUnit.hxx>
 #include <cadex/Base_UTF16String.hxx>
 
 namespace cadex {
 
-class Base_WriterParameters
+class CADEX_EXPORT Base_WriterParameters
 {
 public:
     virtual ~Base_WriterParameters() = default;

@@ -1,12 +1,13 @@
 // Reader of Creo files; see Base_Reader.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Reader.hxx>
 #include <cadex/Creo_ReaderParameters.hxx>
 
 namespace cadex {
 
-class Creo_Reader : public Base_Reader
+class CADEX_EXPORT Creo_Reader : public Base_Reader
 {
 public:
     Creo_Reader() : Base_Reader(internal::Format::Creo) {}

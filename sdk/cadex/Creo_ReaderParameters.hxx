@@ -1,11 +1,12 @@
 // Parameters of Creo_Reader; it has none of its own.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_ReaderParameters.hxx>
 
 namespace cadex {
 
-class Creo_ReaderParameters : public Base_ReaderParameters
+class CADEX_EXPORT Creo_ReaderParameters : public Base_ReaderParameters
 {
 public:
     Creo_ReaderParameters() = default;

@@ -1,12 +1,13 @@
 // Reader of IFC files; see Base_Reader.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Reader.hxx>
 #include <cadex/IFC_ReaderParameters.hxx>
 
 namespace cadex {
 
-class IFC_Reader : public Base_Reader
+class CADEX_EXPORT IFC_Reader : public Base_Reader
 {
 public:
     IFC_Reader() : Base_Reader(internal::Format::IFC) {}

@@ -1,11 +1,12 @@
 // Parameters of IFC_Reader; it has none of its own.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_ReaderParameters.hxx>
 
 namespace cadex {
 
-class IFC_ReaderParameters : public Base_ReaderParameters
+class CADEX_EXPORT IFC_ReaderParameters : public Base_ReaderParameters
 {
 public:
     IFC_ReaderParameters() = default;

@@ -1,12 +1,13 @@
 // Writer of IFC files; see Base_Writer.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Writer.hxx>
 #include <cadex/IFC_WriterParameters.hxx>
 
 namespace cadex {
 
-class IFC_Writer : public Base_Writer
+class CADEX_EXPORT IFC_Writer : public Base_Writer
 {
 public:
     IFC_Writer() : Base_Writer(internal::Format::IFC) {}

@@ -1,11 +1,12 @@
 // Parameters of IFC_Writer; it has none of its own.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_WriterParameters.hxx>
 
 namespace cadex {
 
-class IFC_WriterParameters : public Base_WriterParameters
+class CADEX_EXPORT IFC_WriterParameters : public Base_WriterParameters
 {
 public:
     IFC_WriterParameters() = default;

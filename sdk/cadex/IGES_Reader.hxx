@@ -1,12 +1,13 @@
 // Reader of IGES files; see Base_Reader.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Reader.hxx>
 #include <cadex/IGES_ReaderParameters.hxx>
 
 namespace cadex {
 
-class IGES_Reader : public Base_Reader
+class CADEX_EXPORT IGES_Reader : public Base_Reader
 {
 public:
     IGES_Reader() : Base_Reader(internal::Format::IGES) {}

@@ -1,11 +1,12 @@
 // Parameters of IGES_Reader; it has none of its own.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_ReaderParameters.hxx>
 
 namespace cadex {
 
-class IGES_ReaderParameters : public Base_ReaderParameters
+class CADEX_EXPORT IGES_ReaderParameters : public Base_ReaderParameters
 {
 public:
     IGES_ReaderParameters() = default;

@@ -1,12 +1,13 @@
 // Writer of IGES files; see Base_Writer.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Writer.hxx>
 #include <cadex/IGES_WriterParameters.hxx>
 
 namespace cadex {
 
-class IGES_Writer : public Base_Writer
+class CADEX_EXPORT IGES_Writer : public Base_Writer
 {
 public:
     IGES_Writer() : Base_Writer(internal::Format::IGES) {}

@@ -1,12 +1,13 @@
 // Reader of JT files; see Base_Reader.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Reader.hxx>
 #include <cadex/JT_ReaderParameters.hxx>
 
 namespace cadex {
 
-class JT_Reader : public Base_Reader
+class CADEX_EXPORT JT_Reader : public Base_Reader
 {
 public:
     JT_Reader() : Base_Reader(internal::Format::JT) {}

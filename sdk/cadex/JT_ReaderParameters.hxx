@@ -1,11 +1,12 @@
 // Parameters of JT_Reader; it has none of its own.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_ReaderParameters.hxx>
 
 namespace cadex {
 
-class JT_ReaderParameters : public Base_ReaderParameters
+class CADEX_EXPORT JT_ReaderParameters : public Base_ReaderParameters
 {
 public:
     JT_ReaderParameters() = default;

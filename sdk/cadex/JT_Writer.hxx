@@ -1,12 +1,13 @@
 // Writer of JT files; see Base_Writer.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Writer.hxx>
 #include <cadex/JT_WriterParameters.hxx>
 
 namespace cadex {
 
-class JT_Writer : public Base_Writer
+class CADEX_EXPORT JT_Writer : public Base_Writer
 {
 public:
     JT_Writer() : Base_Writer(internal::Format::JT) {}

@@ -1,11 +1,12 @@
 // Parameters of JT_Writer. The format keeps the units of meshes and of B-Reps apart.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_WriterParameters.hxx>
 
 namespace cadex {
 
-class JT_WriterParameters : public Base_WriterParameters
+class CADEX_EXPORT JT_WriterParameters : public Base_WriterParameters
 {
 public:
     enum FileSplitModeType

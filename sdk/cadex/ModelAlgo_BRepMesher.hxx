@@ -3,6 +3,7 @@
 //     ModelAlgo_BRepMesher(ModelAlgo_BRepMesherParameters()).Compute(model, true);
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/ModelAlgo_BRepMesherParameters.hxx>
 
 namespace cadex {
@@ -10,7 +11,7 @@ namespace cadex {
 class ModelData_Model;
 class ModelData_SceneGraphElement;
 
-class ModelAlgo_BRepMesher
+class CADEX_EXPORT ModelAlgo_BRepMesher
 {
 public:
     ModelAlgo_BRepMesher() = default;

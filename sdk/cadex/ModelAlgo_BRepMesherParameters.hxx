@@ -1,9 +1,11 @@
 // How finely B-Reps are meshed.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 namespace cadex {
 
-class ModelAlgo_BRepMesherParameters
+class CADEX_EXPORT ModelAlgo_BRepMesherParameters
 {
 public:
     /// Presets of chord (relative) and angle.

@@ -1,6 +1,8 @@
 // Result of ModelAlgo_ValidationProperty: millimetres, square and cubic millimetres.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <functional>
 #include <utility>
 
@@ -8,7 +10,7 @@
 
 namespace cadex {
 
-class ModelAlgo_ValidationPropertyData
+class CADEX_EXPORT ModelAlgo_ValidationPropertyData
 {
 public:
     ModelAlgo_ValidationPropertyData() = default; ///< zeros

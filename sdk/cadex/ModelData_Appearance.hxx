@@ -4,6 +4,8 @@
 //     part.SetAppearance(red);
 #pragma once
 
+#include "common/ZemtarExport.h"
+
 #include <cstddef>
 
 #include <cadex/ModelData_BaseObject.hxx>
@@ -13,7 +15,7 @@
 
 namespace cadex {
 
-class ModelData_Appearance : public ModelData_BaseObject
+class ZEMTAR_EXPORT ModelData_Appearance : public ModelData_BaseObject
 {
 public:
     ModelData_Appearance() = default; ///< null handle
@@ -47,7 +49,7 @@ inline bool operator!=(const ModelData_Appearance& theLeft, const ModelData_Appe
 }
 
 /// Hashes content, in agreement with ==.
-struct ModelData_AppearanceHash
+struct ZEMTAR_EXPORT ModelData_AppearanceHash
 {
     std::size_t operator()(const ModelData_Appearance& theAppearance) const;
 };

@@ -4,6 +4,8 @@
 //     assembly.AddInstance(ModelData_Instance(part, "left wheel"));
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <cstddef>
 
 #include <cadex/ModelData_SceneGraphElement.hxx>
@@ -12,7 +14,7 @@ namespace cadex {
 
 class ModelData_Instance;
 
-class ModelData_Assembly : public ModelData_SceneGraphElement
+class CADEX_EXPORT ModelData_Assembly : public ModelData_SceneGraphElement
 {
 public:
     ModelData_Assembly() = default; ///< null handle

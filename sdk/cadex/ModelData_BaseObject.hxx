@@ -7,6 +7,8 @@
 //     if (element.IsOfType<ModelData_Part>()) { ... static_cast<const ModelData_Part&>(element) ... }
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <cstddef>
 #include <functional>
 
@@ -19,7 +21,7 @@ namespace cadex {
 
 /// Reading a null handle gives empty results; SetName on one does nothing. Mutators of a concrete class make
 /// the object when called on a null handle of that class.
-class ModelData_BaseObject : public internal::Allocated
+class CADEX_EXPORT ModelData_BaseObject : public internal::Allocated
 {
 public:
     typedef int IdType;
@@ -63,7 +65,7 @@ inline bool operator!=(const ModelData_BaseObject& theLeft, const ModelData_Base
 }
 
 /// Hashes the identity of the object, not its content.
-struct ModelData_BaseObjectHash
+struct CADEX_EXPORT ModelData_BaseObjectHash
 {
     std::size_t operator()(const ModelData_BaseObject& theObject) const
     {

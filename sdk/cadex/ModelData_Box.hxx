@@ -1,11 +1,12 @@
 // Axis-aligned box.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/ModelData_Point.hxx>
 
 namespace cadex {
 
-class ModelData_Box
+class CADEX_EXPORT ModelData_Box
 {
 public:
     ModelData_Box(); ///< empty: its smallest corner lies above its largest

@@ -1,11 +1,13 @@
 // Colour: sRGB components and alpha (1 is opaque), each meant to lie in 0..1 and kept as given.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <cstddef>
 
 namespace cadex {
 
-class ModelData_Color
+class CADEX_EXPORT ModelData_Color
 {
 public:
     typedef float ValueType;

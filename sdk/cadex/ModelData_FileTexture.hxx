@@ -1,11 +1,12 @@
 // Texture whose image is a file.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/ModelData_Texture.hxx>
 
 namespace cadex {
 
-class ModelData_FileTexture : public ModelData_Texture
+class CADEX_EXPORT ModelData_FileTexture : public ModelData_Texture
 {
 public:
     ModelData_FileTexture() = default; ///< null handle

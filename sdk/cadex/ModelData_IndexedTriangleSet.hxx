@@ -7,6 +7,8 @@
 //     const ModelData_Point& corner = mesh.Coordinate(1, 2);
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <cstddef>
 
 #include <cadex/ModelData_PolyVertexSet.hxx>
@@ -22,7 +24,7 @@ namespace cadex {
 /// calls with it. A normal or texture coordinate index outside the values gives a zero normal or (0, 0). A
 /// call without values adds nothing. Normals (texture coordinates) exist once they cover every corner. All
 /// throw std::bad_alloc without memory.
-class ModelData_IndexedTriangleSet : public ModelData_PolyVertexSet
+class CADEX_EXPORT ModelData_IndexedTriangleSet : public ModelData_PolyVertexSet
 {
 public:
     typedef ModelData_Vectorf NormalType;

@@ -5,12 +5,13 @@
 //     ModelData_Instance instance(part, shift, "second");
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/ModelData_SceneGraphElement.hxx>
 #include <cadex/ModelData_Transformation.hxx>
 
 namespace cadex {
 
-class ModelData_Instance : public ModelData_SceneGraphElement
+class CADEX_EXPORT ModelData_Instance : public ModelData_SceneGraphElement
 {
 public:
     ModelData_Instance() = default; ///< null handle

@@ -1,11 +1,12 @@
 // Phong material: four colours and a shininess. The alpha of the diffuse colour is the opacity.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/ModelData_Color.hxx>
 
 namespace cadex {
 
-class ModelData_Material
+class CADEX_EXPORT ModelData_Material
 {
 public:
     /// The usual defaults: ambient 0.2, diffuse 0.8, specular and emission black, shininess 0.

@@ -5,6 +5,8 @@
 //     model.Accept(visitor);
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <cstddef>
 
 #include <cadex/Base_Allocator.hxx>
@@ -19,7 +21,7 @@ class ModelData_Part;
 class ModelData_SceneGraphElement;
 
 /// A handle, although no ModelData_BaseObject; never null. Copies see the same model.
-class ModelData_Model : public internal::Allocated
+class CADEX_EXPORT ModelData_Model : public internal::Allocated
 {
 public:
     /// Called for every element in depth-first order. A part is one call. An assembly or instance is entered,

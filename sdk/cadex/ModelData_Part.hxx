@@ -1,6 +1,7 @@
 // A body: zero or more representations of one shape, in the part's own coordinates (millimetres).
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/ModelData_BRepRepresentation.hxx>
 #include <cadex/ModelData_PolyRepresentation.hxx>
 #include <cadex/ModelData_RepresentationMask.hxx>
@@ -8,7 +9,7 @@
 
 namespace cadex {
 
-class ModelData_Part : public ModelData_SceneGraphElement
+class CADEX_EXPORT ModelData_Part : public ModelData_SceneGraphElement
 {
 public:
     ModelData_Part() = default; ///< null handle

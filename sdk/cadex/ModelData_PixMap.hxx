@@ -1,6 +1,8 @@
 // Image in memory: rows without padding, one byte a channel.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <cstddef>
 
 #include <cadex/ModelData_BaseObject.hxx>
@@ -17,7 +19,7 @@ enum ModelData_PixelFormat
     ModelData_PF_LuminanceAlpha
 };
 
-class ModelData_PixMap : public ModelData_BaseObject
+class CADEX_EXPORT ModelData_PixMap : public ModelData_BaseObject
 {
 public:
     ModelData_PixMap() = default; ///< null handle

@@ -1,12 +1,13 @@
 // Texture whose image lies in memory.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/ModelData_PixMap.hxx>
 #include <cadex/ModelData_Texture.hxx>
 
 namespace cadex {
 
-class ModelData_PixMapTexture : public ModelData_Texture
+class CADEX_EXPORT ModelData_PixMapTexture : public ModelData_Texture
 {
 public:
     ModelData_PixMapTexture() = default; ///< null handle

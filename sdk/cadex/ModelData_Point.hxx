@@ -1,13 +1,14 @@
 // Position in space, in millimetres.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/internal/BasePoint.hxx>
 
 namespace cadex {
 
 typedef internal::ModelData_BasePoint<double> ModelData_Pointd;
 
-class ModelData_Point : public internal::ModelData_BasePoint<double>
+class CADEX_EXPORT ModelData_Point : public internal::ModelData_BasePoint<double>
 {
 public:
     constexpr ModelData_Point() = default; ///< the origin

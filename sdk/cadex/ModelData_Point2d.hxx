@@ -1,11 +1,12 @@
 // Pair of doubles, used for texture coordinates.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/internal/BasePoint.hxx>
 
 namespace cadex {
 
-class ModelData_Point2d : public internal::ModelData_BasePoint2d<double>
+class CADEX_EXPORT ModelData_Point2d : public internal::ModelData_BasePoint2d<double>
 {
 public:
     constexpr ModelData_Point2d() = default; ///< zeros

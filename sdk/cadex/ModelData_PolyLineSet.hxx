@@ -1,6 +1,8 @@
 // Open polylines with one appearance.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <cstddef>
 
 #include <cadex/ModelData_PolyVertexSet.hxx>
@@ -8,7 +10,7 @@
 namespace cadex {
 
 /// Indices outside the set are undefined.
-class ModelData_PolyLineSet : public ModelData_PolyVertexSet
+class CADEX_EXPORT ModelData_PolyLineSet : public ModelData_PolyVertexSet
 {
 public:
     ModelData_PolyLineSet() = default; ///< null handle

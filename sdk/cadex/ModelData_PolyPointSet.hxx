@@ -1,11 +1,12 @@
 // Loose points. The open engine makes none; importers skip them by their type id.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/ModelData_PolyVertexSet.hxx>
 
 namespace cadex {
 
-class ModelData_PolyPointSet : public ModelData_PolyVertexSet
+class CADEX_EXPORT ModelData_PolyPointSet : public ModelData_PolyVertexSet
 {
 public:
     ModelData_PolyPointSet() = default; ///< null handle

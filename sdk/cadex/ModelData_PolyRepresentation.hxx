@@ -1,6 +1,8 @@
 // The tessellated shape of a part: triangle, polyline and point sets in order.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <cstddef>
 #include <vector>
 
@@ -10,7 +12,7 @@
 namespace cadex {
 
 /// Elements are viewed as vertex sets; their TypeId() tells the class to which the reference may be cast.
-class ModelData_PolyShapeList
+class CADEX_EXPORT ModelData_PolyShapeList
 {
 public:
     typedef std::size_t SizeType;
@@ -24,7 +26,7 @@ private:
     std::vector<ModelData_PolyVertexSet> myShapes;
 };
 
-class ModelData_PolyRepresentation : public ModelData_Representation
+class CADEX_EXPORT ModelData_PolyRepresentation : public ModelData_Representation
 {
 public:
     ModelData_PolyRepresentation() = default; ///< null handle

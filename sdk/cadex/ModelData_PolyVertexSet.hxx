@@ -1,6 +1,7 @@
 // Common base of the sets that hold vertices; it alone is a view of any of them.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/ModelData_Appearance.hxx>
 #include <cadex/ModelData_Color.hxx>
 #include <cadex/ModelData_Point.hxx>
@@ -9,7 +10,7 @@
 
 namespace cadex {
 
-class ModelData_PolyVertexSet : public ModelData_PolyShape
+class CADEX_EXPORT ModelData_PolyVertexSet : public ModelData_PolyShape
 {
 public:
     typedef int IndexType;

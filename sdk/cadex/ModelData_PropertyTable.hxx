@@ -5,6 +5,8 @@
 //     part.AddProperties(table);
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <cstddef>
 #include <ctime>
 
@@ -14,7 +16,7 @@
 
 namespace cadex {
 
-class ModelData_PropertyTable : public ModelData_BaseObject
+class CADEX_EXPORT ModelData_PropertyTable : public ModelData_BaseObject
 {
 public:
     typedef time_t TimeVal;

@@ -1,6 +1,7 @@
 // Common base of parts, assemblies and instances: a name, an appearance and properties.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/ModelData_Appearance.hxx>
 #include <cadex/ModelData_BaseObject.hxx>
 #include <cadex/ModelData_Model.hxx>
@@ -9,7 +10,7 @@
 namespace cadex {
 
 /// Setting anything on a null element does nothing.
-class ModelData_SceneGraphElement : public ModelData_BaseObject
+class CADEX_EXPORT ModelData_SceneGraphElement : public ModelData_BaseObject
 {
 public:
     ModelData_SceneGraphElement() = default;

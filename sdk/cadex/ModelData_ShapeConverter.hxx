@@ -1,6 +1,8 @@
 // From an element to a shape of the geometry kernel.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 class TopoDS_Shape;
 
 namespace cadex {
@@ -8,7 +10,7 @@ namespace cadex {
 class ModelData_Model;
 class ModelData_SceneGraphElement;
 
-class ModelData_ShapeConverter
+class CADEX_EXPORT ModelData_ShapeConverter
 {
 public:
     /// The shape of a part with one B-Rep; else a compound with the placements inside the element applied. A

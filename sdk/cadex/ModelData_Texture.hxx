@@ -1,13 +1,14 @@
 // Common base of textures.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/ModelData_BaseObject.hxx>
 
 namespace cadex {
 
 class ModelData_TextureVisitor;
 
-class ModelData_Texture : public ModelData_BaseObject
+class CADEX_EXPORT ModelData_Texture : public ModelData_BaseObject
 {
 public:
     ModelData_Texture() = default; ///< null handle

@@ -1,6 +1,8 @@
 // Textures of an appearance, in order of addition.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <cstddef>
 
 #include <cadex/ModelData_BaseObject.hxx>
@@ -10,7 +12,7 @@ namespace cadex {
 class ModelData_Texture;
 class ModelData_TextureVisitor;
 
-class ModelData_TextureSet : public ModelData_BaseObject
+class CADEX_EXPORT ModelData_TextureSet : public ModelData_BaseObject
 {
 public:
     ModelData_TextureSet() = default; ///< null handle

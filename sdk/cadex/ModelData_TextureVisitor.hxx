@@ -1,12 +1,14 @@
 // Visits the textures of a set by their concrete class.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 namespace cadex {
 
 class ModelData_FileTexture;
 class ModelData_PixMapTexture;
 
-class ModelData_TextureVisitor
+class CADEX_EXPORT ModelData_TextureVisitor
 {
 public:
     virtual ~ModelData_TextureVisitor() = default;

@@ -6,11 +6,12 @@
 // turns a model of metres into one of millimetres.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/ModelData_Vector.hxx>
 
 namespace cadex {
 
-class ModelData_Transformation
+class CADEX_EXPORT ModelData_Transformation
 {
 public:
     ModelData_Transformation() = default; ///< identity

@@ -1,6 +1,7 @@
 // Directions and displacements, in double and single precision.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/internal/BasePoint.hxx>
 
 namespace cadex {
@@ -8,7 +9,7 @@ namespace cadex {
 typedef internal::ModelData_BaseVector<float> ModelData_Vectorf;
 typedef internal::ModelData_BaseVector<double> ModelData_Vectord;
 
-class ModelData_Vector : public internal::ModelData_BaseVector<double>
+class CADEX_EXPORT ModelData_Vector : public internal::ModelData_BaseVector<double>
 {
 public:
     constexpr ModelData_Vector() = default; ///< zeros

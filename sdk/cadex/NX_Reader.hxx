@@ -1,12 +1,13 @@
 // Reader of NX files; see Base_Reader.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Reader.hxx>
 #include <cadex/NX_ReaderParameters.hxx>
 
 namespace cadex {
 
-class NX_Reader : public Base_Reader
+class CADEX_EXPORT NX_Reader : public Base_Reader
 {
 public:
     NX_Reader() : Base_Reader(internal::Format::NX) {}

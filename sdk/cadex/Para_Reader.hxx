@@ -1,12 +1,13 @@
 // Reader of Parasolid files; see Base_Reader.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Reader.hxx>
 #include <cadex/Para_ReaderParameters.hxx>
 
 namespace cadex {
 
-class Para_Reader : public Base_Reader
+class CADEX_EXPORT Para_Reader : public Base_Reader
 {
 public:
     Para_Reader() : Base_Reader(internal::Format::Parasolid) {}

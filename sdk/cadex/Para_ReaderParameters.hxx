@@ -1,11 +1,12 @@
 // Parameters of Para_Reader; it has none of its own.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_ReaderParameters.hxx>
 
 namespace cadex {
 
-class Para_ReaderParameters : public Base_ReaderParameters
+class CADEX_EXPORT Para_ReaderParameters : public Base_ReaderParameters
 {
 public:
     Para_ReaderParameters() = default;

@@ -1,12 +1,13 @@
 // Writer of Parasolid files; see Base_Writer.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Writer.hxx>
 #include <cadex/Para_WriterParameters.hxx>
 
 namespace cadex {
 
-class Para_Writer : public Base_Writer
+class CADEX_EXPORT Para_Writer : public Base_Writer
 {
 public:
     Para_Writer() : Base_Writer(internal::Format::Parasolid) {}

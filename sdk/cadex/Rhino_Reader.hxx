@@ -1,12 +1,13 @@
 // Reader of Rhino files; see Base_Reader.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Reader.hxx>
 #include <cadex/Rhino_ReaderParameters.hxx>
 
 namespace cadex {
 
-class Rhino_Reader : public Base_Reader
+class CADEX_EXPORT Rhino_Reader : public Base_Reader
 {
 public:
     Rhino_Reader() : Base_Reader(internal::Format::Rhino) {}

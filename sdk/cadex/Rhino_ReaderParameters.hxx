@@ -1,11 +1,12 @@
 // Parameters of Rhino_Reader; it has none of its own.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_ReaderParameters.hxx>
 
 namespace cadex {
 
-class Rhino_ReaderParameters : public Base_ReaderParameters
+class CADEX_EXPORT Rhino_ReaderParameters : public Base_ReaderParameters
 {
 public:
     Rhino_ReaderParameters() = default;

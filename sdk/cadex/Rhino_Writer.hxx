@@ -1,12 +1,13 @@
 // Writer of Rhino files; see Base_Writer.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Writer.hxx>
 #include <cadex/Rhino_WriterParameters.hxx>
 
 namespace cadex {
 
-class Rhino_Writer : public Base_Writer
+class CADEX_EXPORT Rhino_Writer : public Base_Writer
 {
 public:
     Rhino_Writer() : Base_Writer(internal::Format::Rhino) {}

@@ -1,12 +1,13 @@
 // Reader of SolidWorks files; see Base_Reader.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Reader.hxx>
 #include <cadex/SLD_ReaderParameters.hxx>
 
 namespace cadex {
 
-class SLD_Reader : public Base_Reader
+class CADEX_EXPORT SLD_Reader : public Base_Reader
 {
 public:
     SLD_Reader() : Base_Reader(internal::Format::SolidWorks) {}

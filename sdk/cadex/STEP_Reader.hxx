@@ -1,12 +1,13 @@
 // Reader of STEP files; see Base_Reader.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Reader.hxx>
 #include <cadex/STEP_ReaderParameters.hxx>
 
 namespace cadex {
 
-class STEP_Reader : public Base_Reader
+class CADEX_EXPORT STEP_Reader : public Base_Reader
 {
 public:
     STEP_Reader() : Base_Reader(internal::Format::STEP) {}

@@ -1,11 +1,12 @@
 // Parameters of STEP_Reader.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_ReaderParameters.hxx>
 
 namespace cadex {
 
-class STEP_ReaderParameters : public Base_ReaderParameters
+class CADEX_EXPORT STEP_ReaderParameters : public Base_ReaderParameters
 {
 public:
     /// Which of several representations of one part is read.

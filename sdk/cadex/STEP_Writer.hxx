@@ -1,12 +1,13 @@
 // Writer of STEP files; see Base_Writer.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_Writer.hxx>
 #include <cadex/STEP_WriterParameters.hxx>
 
 namespace cadex {
 
-class STEP_Writer : public Base_Writer
+class CADEX_EXPORT STEP_Writer : public Base_Writer
 {
 public:
     STEP_Writer() : Base_Writer(internal::Format::STEP) {}

@@ -1,11 +1,12 @@
 // Parameters of STEP_Writer; it has none of its own.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
 #include <cadex/Base_WriterParameters.hxx>
 
 namespace cadex {
 
-class STEP_WriterParameters : public Base_WriterParameters
+class CADEX_EXPORT STEP_WriterParameters : public Base_WriterParameters
 {
 public:
     STEP_WriterParameters() = default;

@@ -1,12 +1,14 @@
 // The templates under points and vectors: two or three components of one type, stored contiguously.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 namespace cadex {
 namespace internal {
 
 /// Position in space; lengths in millimetres.
 template <typename T>
-class ModelData_BasePoint
+class CADEX_EXPORT ModelData_BasePoint
 {
 public:
     using ValueType = T;
@@ -36,7 +38,7 @@ private:
 
 /// Position in a plane, for example a texture coordinate (u, v) without unit.
 template <typename T>
-class ModelData_BasePoint2d
+class CADEX_EXPORT ModelData_BasePoint2d
 {
 public:
     using ValueType = T;
@@ -57,7 +59,7 @@ private:
 
 /// Direction or displacement in space.
 template <typename T>
-class ModelData_BaseVector
+class CADEX_EXPORT ModelData_BaseVector
 {
 public:
     using ValueType = T;

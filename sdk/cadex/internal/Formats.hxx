@@ -2,6 +2,8 @@
 // header: guard its use with __has_include(<cadex/internal/Formats.hxx>).
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 namespace cadex {
 namespace internal {
 
@@ -23,8 +25,8 @@ enum class Format : int
 inline constexpr int FormatCount = 11; // with None
 
 /// True when an engine is present; without one ReadFile, Transfer and WriteFile return false.
-bool CanRead(Format format);
-bool CanWrite(Format format);
+CADEX_EXPORT bool CanRead(Format format);
+CADEX_EXPORT bool CanWrite(Format format);
 
 } // namespace internal
 } // namespace cadex

@@ -4,6 +4,8 @@
 // internal::MakeHandle.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <atomic>
 #include <cstddef>
 #include <utility>
@@ -36,7 +38,7 @@ enum TypeId : int
 };
 
 /// Shared, counted object behind a handle. Counting is safe across threads; the content is not guarded.
-class ObjectImpl : public Allocated
+class CADEX_EXPORT ObjectImpl : public Allocated
 {
 public:
     explicit ObjectImpl(int type) : myType(type) {}
@@ -65,7 +67,7 @@ private:
 
 /// Counted pointer to an ObjectImpl or a class derived from it.
 template <typename T>
-class Shared
+class CADEX_EXPORT Shared
 {
 public:
     Shared() = default;

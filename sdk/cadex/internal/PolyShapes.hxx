@@ -3,6 +3,8 @@
 // to fill them.
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <cstddef>
 #include <vector>
 
@@ -17,7 +19,7 @@ namespace cadex {
 namespace internal {
 
 /// Positions in millimetres, in the part's coordinates.
-class PolyVertexSetImpl : public ObjectImpl
+class CADEX_EXPORT PolyVertexSetImpl : public ObjectImpl
 {
 public:
     using ObjectImpl::ObjectImpl;
@@ -28,7 +30,7 @@ public:
 
 /// One array of values with an index for each corner, three corners a triangle.
 template <typename T>
-struct CornerStream
+struct CADEX_EXPORT CornerStream
 {
     std::vector<T> values;
     std::vector<U32> indices; ///< empty while the corners use the indices of the positions
@@ -37,7 +39,7 @@ struct CornerStream
     std::size_t offered = 0; ///< triangles that calls have offered so far, rejected ones included
 };
 
-class TriangleSetImpl : public PolyVertexSetImpl
+class CADEX_EXPORT TriangleSetImpl : public PolyVertexSetImpl
 {
 public:
     TriangleSetImpl() : PolyVertexSetImpl(TypeIndexedTriangleSet) {}
@@ -53,7 +55,7 @@ public:
     std::vector<std::size_t> rejected; ///< ordinals of the rejected ones among the offered, ascending
 };
 
-class PolyLineSetImpl : public PolyVertexSetImpl
+class CADEX_EXPORT PolyLineSetImpl : public PolyVertexSetImpl
 {
 public:
     PolyLineSetImpl() : PolyVertexSetImpl(TypePolyLineSet) {}

@@ -8,6 +8,8 @@
 // The commercial SDK has no such header: guard its use with __has_include(<cadex/internal/Reports.hxx>).
 #pragma once
 
+#include <cadex/Base_Export.hxx>
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -16,7 +18,7 @@
 namespace cadex {
 namespace internal {
 
-struct Report
+struct CADEX_EXPORT Report
 {
     enum class Kind
     {
@@ -33,7 +35,7 @@ struct Report
 
 /// One list for the process, guarded by a lock of its own: engines add from any thread. It holds at most a
 /// thousand different reports; equal kinds and texts are counted, not repeated.
-class Reports
+class CADEX_EXPORT Reports
 {
 public:
     static void Add(Report::Kind kind, std::string text, std::uint64_t record = 0);
