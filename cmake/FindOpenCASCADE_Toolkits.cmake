@@ -8,8 +8,15 @@ find_path(OCCT_INCLUDE_DIR Standard_Version.hxx PATH_SUFFIXES opencascade)
 
 set(_occt_geometry TKTopAlgo TKPrim TKGeomAlgo TKBRep TKGeomBase TKG3d TKG2d TKMath TKernel)
 set(_occt_mesh TKMesh TKOffset TKFillet TKBool TKBO TKShHealing)
-set(_occt_exchange TKXDESTEP TKXDEIGES TKSTEP TKSTEPAttr TKSTEP209 TKSTEPBase TKIGES TKXSBase TKXCAF
-    TKCAF TKLCAF TKCDF)
+# The exchange toolkits have one name a format since 7.8.
+find_library(OCCT_TKDESTEP_LIBRARY TKDESTEP)
+mark_as_advanced(OCCT_TKDESTEP_LIBRARY)
+if(OCCT_TKDESTEP_LIBRARY)
+    set(_occt_exchange TKDESTEP TKDEIGES TKXSBase TKXCAF TKCAF TKLCAF TKCDF)
+else()
+    set(_occt_exchange TKXDESTEP TKXDEIGES TKSTEP TKSTEPAttr TKSTEP209 TKSTEPBase TKIGES TKXSBase TKXCAF TKCAF TKLCAF
+        TKCDF)
+endif()
 
 set(_occt_missing "")
 foreach(group geometry mesh exchange)

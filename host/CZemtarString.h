@@ -136,7 +136,7 @@ public:
         return CZemtarString(left) + text;
     }
     /// Writes UTF-8.
-    friend std::ostream& operator<<(std::ostream& stream, const CZemtarString& text);
+    friend ZEMTAR_CORE_EXPORT std::ostream& operator<<(std::ostream& stream, const CZemtarString& text);
 
 private:
     std::wstring m_text;

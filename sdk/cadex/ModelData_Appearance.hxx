@@ -4,7 +4,7 @@
 //     part.SetAppearance(red);
 #pragma once
 
-#include "common/ZemtarExport.h"
+#include <cadex/Base_Export.hxx>
 
 #include <cstddef>
 
@@ -15,7 +15,7 @@
 
 namespace cadex {
 
-class ZEMTAR_EXPORT ModelData_Appearance : public ModelData_BaseObject
+class CADEX_EXPORT ModelData_Appearance : public ModelData_BaseObject
 {
 public:
     ModelData_Appearance() = default; ///< null handle
@@ -42,14 +42,14 @@ public:
 
 /// Compares content: colour, material, and the textures' identity. Compare base-class references for the
 /// identity of the appearances themselves.
-bool operator==(const ModelData_Appearance& theLeft, const ModelData_Appearance& theRight);
+CADEX_EXPORT bool operator==(const ModelData_Appearance& theLeft, const ModelData_Appearance& theRight);
 inline bool operator!=(const ModelData_Appearance& theLeft, const ModelData_Appearance& theRight)
 {
     return !(theLeft == theRight);
 }
 
 /// Hashes content, in agreement with ==.
-struct ZEMTAR_EXPORT ModelData_AppearanceHash
+struct CADEX_EXPORT ModelData_AppearanceHash
 {
     std::size_t operator()(const ModelData_Appearance& theAppearance) const;
 };

@@ -1,13 +1,53 @@
 #!/usr/bin/env bash
-# Installs the build into a fresh prefix, builds a small program against the package and runs it there.
+# Installs the build into a fresh prefix; builds README's example, word for word, against the package and with
+# pkg-config, and a source that includes every installed header; runs the programs there.
 # install_test.sh BUILD_DIR SOURCE_DIR
 set -euo pipefail
 build=$1 source=$2
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
-cmake --install "$build" --prefix "$scratch/prefix" >/dev/null
-cmake -S "$source/tests/apps/consumer" -B "$scratch/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-    -DCMAKE_PREFIX_PATH="$scratch/prefix" >"$scratch/log" 2>&1 || { cat "$scratch/log"; exit 1; }
-cmake --build "$scratch/build" >"$scratch/log" 2>&1 || { cat "$scratch/log"; exit 1; }
-"$scratch/build/consumer" "$source/examples/pump.step"
-"$scratch/prefix/bin/zemtar-cad" formats >/dev/null
+prefix=$scratch/prefix
+
+fail() { echo "install_test: $*" >&2; exit 1; }
+# quietly COMMAND...: its output when it fails, nothing otherwise.
+quietly() { "$@" >"$scratch/log" 2>&1 || { cat "$scratch/log" >&2; fail "$*"; }; }
+# block LANGUAGE: the first code block of that language in README.
+block() { sed -n "/^\`\`\`$1\$/,/^\`\`\`\$/p" "$source/README.md" | sed '1d;/^```$/,$d'; }
+# roots PROGRAM: whether it imports the example.
+imports() { "$1" "$source/examples/pump.step" | grep -qx '1 roots' || fail "$1 does not import the example"; }
+
+quietly cmake --install "$build" --prefix "$prefix"
+[[ -n $(find "$prefix" -name LICENSE) && -n $(find "$prefix" -name THIRD-PARTY-NOTICES.md) ]] || fail "no licences"
+
+mkdir "$scratch/app"
+block cmake >"$scratch/app/CMakeLists.txt"
+block cpp >"$scratch/app/main.cpp"
+for header in host/ZemtarCoreExport.h $(cd "$source" && ls host/*.h); do
+    [[ -f $prefix/include/zemtar/$header ]] || fail "$header is not installed"
+done
+for header in $(cd "$source/sdk" && find cadex -name '*.hxx'); do
+    [[ -f $prefix/include/$header ]] || fail "$header is not installed"
+done
+{ (cd "$prefix/include/zemtar" && find . -name '*.h') && (cd "$prefix/include" && find cadex -name '*.hxx'); } |
+    sed 's|^\(\./\)\?\(.*\)$|#include "\2"|' >"$scratch/app/headers.cpp"
+echo 'target_sources(app PRIVATE headers.cpp)' >>"$scratch/app/CMakeLists.txt"
+quietly cmake -S "$scratch/app" -B "$scratch/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix"
+quietly cmake --build "$scratch/build"
+imports "$scratch/build/app"
+
+if command -v pkg-config >/dev/null; then
+    PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name ZemtarCADExchange.pc)"):${PKG_CONFIG_PATH:-}
+    export PKG_CONFIG_PATH
+    libraries=$(pkg-config --variable=libdir ZemtarCADExchange)
+    quietly c++ "$scratch/app/main.cpp" -o "$scratch/plain" $(pkg-config --cflags --libs ZemtarCADExchange) \
+        -fPIC -Wl,-rpath,"$libraries"
+    imports "$scratch/plain"
+fi
+
+# The engine shows its interface and what the standard library's headers put into every library; nothing else.
+if [[ $(uname) == Linux ]] && command -v nm >/dev/null; then
+    shown=$(nm -DC --defined-only "$(find "$prefix" -name libcadex.so)" | cut -c20- | grep -vE 'cadex|std::|__gnu_cxx' || true)
+    [[ -z $shown ]] || fail "libcadex shows $shown"
+    find "$prefix" -name "libcadex.so.*" | grep -q . || fail "libcadex has no version"
+fi
+"$prefix/bin/zemtar-cad" formats >/dev/null
