@@ -44,6 +44,10 @@ constexpr double TurnSlack = 1.2;
 constexpr double SmallestTurnSide = 64;
 constexpr double SmallestSide = 4;
 
+// A side is turned for no less of a cosine; a triangle flatter than this share has no direction.
+constexpr double LeastGain = 0.005;
+constexpr double SmallestHeight = 1e-6;
+
 ModelData_Vectorf ToFloat(const gp_XYZ& unit)
 {
     // Rounding noise of a zero component would keep equal normals of neighbouring faces apart.
@@ -313,6 +317,7 @@ private:
         }
         if (mySteps.isCurved) {
             Refine();
+            TurnSides();
         }
         myMesh.triangles = myDelaunay.Triangles();
         return true;
@@ -419,6 +424,53 @@ private:
         const std::optional<gp_XYZ> a = normals.At(myPlaces[from]);
         const std::optional<gp_XYZ> b = normals.At(myPlaces[to]);
         return a && b && a->Dot(*b) < std::cos(std::min(TurnSlack * myEdges.Tolerances().angle, M_PI));
+    }
+
+    /// Lets triangles lie along the surface where the distances in its parameters say otherwise: near poles,
+    /// across folds, along rulings.
+    void TurnSides()
+    {
+        FaceNormals normals(mySurface, myBox);
+        std::vector<gp_XYZ> known;
+        known.reserve(myPlaces.size());
+        for (const gp_Pnt2d& place : myPlaces) {
+            known.push_back(normals.At(place).value_or(gp_XYZ()));
+        }
+        const double enough = std::cos(myEdges.Tolerances().angle / 2);
+        myDelaunay.TurnSides([&](const Delaunay::Diagonal& side) {
+            const double now = std::min(Fit({side.from, side.to, side.left}, known),
+                                        Fit({side.to, side.from, side.right}, known));
+            return now < enough && std::min(Fit({side.left, side.from, side.right}, known),
+                                            Fit({side.right, side.to, side.left}, known)) > now + LeastGain;
+        });
+    }
+
+    /// The smallest cosine between the triangle and the surface's normals at its corners; -1 without area.
+    double Fit(const Triangle& triangle, const std::vector<gp_XYZ>& normals) const
+    {
+        const auto point = [&](std::size_t k) {
+            return myMesh.points[static_cast<std::size_t>(triangle[k])];
+        };
+        if (point(0) == point(1) || point(1) == point(2) || point(2) == point(0)) {
+            return 1; // none is left of it
+        }
+        const gp_XYZ origin = PositionOf(point(0)).XYZ();
+        const gp_XYZ a = PositionOf(point(1)).XYZ() - origin;
+        const gp_XYZ b = PositionOf(point(2)).XYZ() - origin;
+        const gp_XYZ normal = a.Crossed(b);
+        const double size = normal.Modulus();
+        const double longest = std::max({a.SquareModulus(), b.SquareModulus(), (b - a).SquareModulus()});
+        if (!(size > SmallestHeight * longest)) {
+            return -1;
+        }
+        double fit = 1;
+        for (const int corner : triangle) {
+            const gp_XYZ& known = normals[static_cast<std::size_t>(corner)];
+            if (known.SquareModulus() > 0) {
+                fit = std::min(fit, normal.Dot(known) / size);
+            }
+        }
+        return fit;
     }
 
     // ----------------------------------------------------------------------------------------- normals

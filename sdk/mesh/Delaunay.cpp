@@ -19,6 +19,9 @@ constexpr double SmallestCoordinate = 1e-60;
 // the region, whose loops keep its triangles from them.
 constexpr PlanePoint SurroundingCorners[] = {{-30, -17}, {31, -19}, {1.3, 35}};
 
+// So often, in the mean, a side may be turned.
+constexpr std::size_t TurnsOfSide = 4;
+
 // Fewer points are inserted as they come.
 constexpr std::size_t FewPoints = 24;
 
@@ -600,6 +603,31 @@ bool Delaunay::IsInnerSide(const InnerSide& side) const
     const Side found = FindSide(side.from + Surrounding, side.to + Surrounding);
     return found.cell != None && CellAt(found.cell).isInside &&
            CellAt(found.cell).uses[Index(found.corner)] == 0;
+}
+
+void Delaunay::TurnSides(const std::function<bool(const Diagonal&)>& isBetter)
+{
+    std::vector<InnerSide> sides = InnerSides();
+    const std::size_t most = TurnsOfSide * sides.size();
+    for (std::size_t i = 0, turns = 0; i < sides.size() && turns < most; ++i) {
+        if (!IsInnerSide(sides[i])) {
+            continue;
+        }
+        const int from = sides[i].from + Surrounding;
+        const int to = sides[i].to + Surrounding;
+        const Side side = FindSide(from, to);
+        const Side opposite = Opposite(side);
+        const int left = CellAt(side.cell).corners[Index(side.corner)];
+        const int right = CellAt(opposite.cell).corners[Index(opposite.corner)];
+        if (Orientation(At(left), At(from), At(right)) > 0 && Orientation(At(right), At(to), At(left)) > 0 &&
+            isBetter({sides[i].from, sides[i].to, left - Surrounding, right - Surrounding})) {
+            Flip(side);
+            ++turns;
+            const auto [a, b, c, d] = std::array<int, 4>{from - Surrounding, right - Surrounding,
+                                                         to - Surrounding, left - Surrounding};
+            sides.insert(sides.end(), {{a, b}, {b, c}, {c, d}, {d, a}});
+        }
+    }
 }
 
 /// The side with `from` and `to` counter-clockwise; its cell is None when there is none.

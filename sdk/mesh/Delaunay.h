@@ -15,6 +15,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "sdk/mesh/PlanePredicates.h"
@@ -60,6 +61,19 @@ public:
     void InnerSidesAt(int point, std::vector<InnerSide>& result) const;
     /// Whether the side is (still) there; both ends are points of the region.
     bool IsInnerSide(const InnerSide& side) const;
+
+    /// An inner side and the corners of its two triangles to the left and to the right.
+    struct Diagonal
+    {
+        int from;
+        int to;
+        int left;
+        int right;
+    };
+    /// Turns inner sides into the other diagonal, from left to right, where that is one and `isBetter` says
+    /// so, for surfaces over the plane that know better than distances in it. The mesh is no longer
+    /// Delaunay's then: it should be complete. Comes to an end whatever `isBetter` says.
+    void TurnSides(const std::function<bool(const Diagonal&)>& isBetter);
 
 private:
     // Inside, points are numbered from 3 on: the corners of a triangle around everything come first.
