@@ -48,6 +48,12 @@ constexpr double SmallestSide = 4;
 constexpr double LeastGain = 0.005;
 constexpr double SmallestHeight = 1e-6;
 
+// Of the range of a parameter, between two edges of a loop.
+constexpr double LargestGap = 0.05;
+
+// Share of a face's area that may face backwards.
+constexpr double MostTurned = 0.02;
+
 ModelData_Vectorf ToFloat(const gp_XYZ& unit)
 {
     // Rounding noise of a zero component would keep equal normals of neighbouring faces apart.
@@ -133,6 +139,9 @@ public:
     {
         DivideOwnEdges();
         ChooseSteps();
+        if (!AreLoopsClosed()) {
+            return {};
+        }
         AddLoops();
         if (!TriangulateSmall() && !Triangulate()) {
             return {};
@@ -195,6 +204,25 @@ private:
     {
         return use.kind == UseKind::Own ? myOwnLines[static_cast<std::size_t>(use.edge)]
                                         : myEdges.Of(use.edge);
+    }
+
+    /// Whether each use starts in the parameters where the one before ends, as far as the file's accuracy
+    /// goes.
+    bool AreLoopsClosed() const
+    {
+        if (mySurface.kind == SurfaceKind::Plane) {
+            return true;
+        }
+        const auto isGap = [&](const gp_Pnt2d& end, const gp_Pnt2d& start) {
+            return std::abs(end.X() - start.X()) > LargestGap * myBox.Range(0) ||
+                   std::abs(end.Y() - start.Y()) > LargestGap * myBox.Range(1);
+        };
+        return std::none_of(myFace.rings.begin(), myFace.rings.end(), [&](const Ring& ring) {
+            gp_Pnt2d end = ring.uses.back().To();
+            return std::any_of(ring.uses.begin(), ring.uses.end(), [&](const RingUse& use) {
+                return isGap(std::exchange(end, use.To()), use.From());
+            });
+        });
     }
 
     void AddLoops()
@@ -320,7 +348,7 @@ private:
             TurnSides();
         }
         myMesh.triangles = myDelaunay.Triangles();
-        return true;
+        return !mySteps.isCurved || !IsFolded();
     }
 
     void AddGrid()
@@ -333,7 +361,10 @@ private:
         for (std::size_t row = 0; row < vs.size(); ++row) {
             // Rows of a sphere get shorter towards its poles.
             const double length = mySteps.narrowsToPoles ? std::cos(vs[row]) : 1;
-            const std::size_t stride = length > 0.5 ? 1 : length > 0.25 ? 2 : length > 0.125 ? 4 : 8;
+            std::size_t stride = 1;
+            for (double width = length; width < 0.5 && stride < us.size(); width *= 2) {
+                stride *= 2;
+            }
             for (std::size_t i = 0; i < us.size(); i += stride) {
                 // From row to row to and fro, so that each point is near the one before.
                 const std::size_t column = row % 2 == 0 ? i : (us.size() - 1) / stride * stride - i;
@@ -393,9 +424,11 @@ private:
         std::vector<Delaunay::InnerSide> sides = myDelaunay.InnerSides();
         for (std::size_t i = 0; i < sides.size() && myPlaces.size() < MostNodes; ++i) {
             const Delaunay::InnerSide side = sides[i];
-            if (myDelaunay.IsInnerSide(side) && IsTooCoarse(side, normals)) {
-                const gp_Pnt2d middle = Middle(myPlaces[static_cast<std::size_t>(side.from)],
-                                               myPlaces[static_cast<std::size_t>(side.to)]);
+            if (!myDelaunay.IsInnerSide(side)) {
+                continue;
+            }
+            const gp_Pnt2d middle = MiddleOf(side, normals);
+            if (IsTooCoarse(side, middle, normals)) {
                 const int node = AddInnerNode(middle, 0, side.from);
                 if (node != Delaunay::None) {
                     myDelaunay.InnerSidesAt(node, sides);
@@ -404,7 +437,20 @@ private:
         }
     }
 
-    bool IsTooCoarse(const Delaunay::InnerSide& side, FaceNormals& normals)
+    /// A side that ends in a pole comes to it along a line of the surface, from whichever place.
+    gp_Pnt2d MiddleOf(const Delaunay::InnerSide& side, const FaceNormals& normals) const
+    {
+        gp_Pnt2d from = myPlaces[static_cast<std::size_t>(side.from)];
+        gp_Pnt2d to = myPlaces[static_cast<std::size_t>(side.to)];
+        if (const Pole* pole = normals.PoleOf(from)) {
+            from.SetCoord(2 - pole->fixed, to.Coord(2 - pole->fixed));
+        } else if (const Pole* other = normals.PoleOf(to)) {
+            to.SetCoord(2 - other->fixed, from.Coord(2 - other->fixed));
+        }
+        return Middle(from, to);
+    }
+
+    bool IsTooCoarse(const Delaunay::InnerSide& side, const gp_Pnt2d& place, FaceNormals& normals)
     {
         const auto from = static_cast<std::size_t>(side.from);
         const auto to = static_cast<std::size_t>(side.to);
@@ -414,7 +460,7 @@ private:
         if (square < SmallestSide * myLimit) {
             return false;
         }
-        const gp_XYZ middle = mySurface.Value(Middle(myPlaces[from], myPlaces[to])).XYZ();
+        const gp_XYZ middle = mySurface.Value(place).XYZ();
         if (SquareOff(start, end, square, middle) > myLimit) {
             return true;
         }
@@ -431,22 +477,46 @@ private:
     void TurnSides()
     {
         FaceNormals normals(mySurface, myBox);
-        std::vector<gp_XYZ> known;
-        known.reserve(myPlaces.size());
+        myNormals.reserve(myPlaces.size());
         for (const gp_Pnt2d& place : myPlaces) {
-            known.push_back(normals.At(place).value_or(gp_XYZ()));
+            myNormals.push_back(normals.At(place).value_or(gp_XYZ()));
         }
         const double enough = std::cos(myEdges.Tolerances().angle / 2);
         myDelaunay.TurnSides([&](const Delaunay::Diagonal& side) {
-            const double now = std::min(Fit({side.from, side.to, side.left}, known),
-                                        Fit({side.to, side.from, side.right}, known));
-            return now < enough && std::min(Fit({side.left, side.from, side.right}, known),
-                                            Fit({side.right, side.to, side.left}, known)) > now + LeastGain;
+            const double now =
+                std::min(Fit({side.from, side.to, side.left}), Fit({side.to, side.from, side.right}));
+            return now < enough && std::min(Fit({side.left, side.from, side.right}),
+                                            Fit({side.right, side.to, side.left})) > now + LeastGain;
         });
     }
 
+    /// Whether the edges lie on the surface in such a way that the triangles between them run over it to and
+    /// fro: curves in the parameters that leave the surface where it ends.
+    bool IsFolded() const
+    {
+        double whole = 0;
+        double turned = 0;
+        for (const Triangle& triangle : myMesh.triangles) {
+            const double area = SideProduct(triangle).Modulus();
+            whole += area;
+            turned += Fit(triangle) < -0.5 ? area : 0;
+        }
+        return turned > MostTurned * whole;
+    }
+
+    /// Along the triangle's normal, twice its area long.
+    gp_XYZ SideProduct(const Triangle& triangle) const
+    {
+        const gp_XYZ origin = PositionOfNode(triangle[0]);
+        return (PositionOfNode(triangle[1]) - origin).Crossed(PositionOfNode(triangle[2]) - origin);
+    }
+    gp_XYZ PositionOfNode(int node) const
+    {
+        return PositionOf(myMesh.points[static_cast<std::size_t>(node)]).XYZ();
+    }
+
     /// The smallest cosine between the triangle and the surface's normals at its corners; -1 without area.
-    double Fit(const Triangle& triangle, const std::vector<gp_XYZ>& normals) const
+    double Fit(const Triangle& triangle) const
     {
         const auto point = [&](std::size_t k) {
             return myMesh.points[static_cast<std::size_t>(triangle[k])];
@@ -454,18 +524,19 @@ private:
         if (point(0) == point(1) || point(1) == point(2) || point(2) == point(0)) {
             return 1; // none is left of it
         }
-        const gp_XYZ origin = PositionOf(point(0)).XYZ();
-        const gp_XYZ a = PositionOf(point(1)).XYZ() - origin;
-        const gp_XYZ b = PositionOf(point(2)).XYZ() - origin;
-        const gp_XYZ normal = a.Crossed(b);
+        const gp_XYZ a = PositionOfNode(triangle[0]);
+        const gp_XYZ b = PositionOfNode(triangle[1]);
+        const gp_XYZ c = PositionOfNode(triangle[2]);
+        const gp_XYZ normal = SideProduct(triangle);
         const double size = normal.Modulus();
-        const double longest = std::max({a.SquareModulus(), b.SquareModulus(), (b - a).SquareModulus()});
+        const double longest =
+            std::max({(b - a).SquareModulus(), (c - b).SquareModulus(), (a - c).SquareModulus()});
         if (!(size > SmallestHeight * longest)) {
             return -1;
         }
         double fit = 1;
         for (const int corner : triangle) {
-            const gp_XYZ& known = normals[static_cast<std::size_t>(corner)];
+            const gp_XYZ& known = myNormals[static_cast<std::size_t>(corner)];
             if (known.SquareModulus() > 0) {
                 fit = std::min(fit, normal.Dot(known) / size);
             }
@@ -483,9 +554,8 @@ private:
         if (mySurface.kind == SurfaceKind::Plane) {
             myMesh.normals = {ToFloat(*normals.At({0, 0}) * sign)};
         } else {
-            for (const gp_Pnt2d& place : myPlaces) {
-                const std::optional<gp_XYZ> normal = normals.At(place);
-                myMesh.normals.push_back(normal ? ToFloat(*normal * sign) : ModelData_Vectorf());
+            for (const gp_XYZ& normal : myNormals) {
+                myMesh.normals.push_back(ToFloat(normal * sign));
             }
             AddLimits(normals, sign);
         }
@@ -542,6 +612,7 @@ private:
     Delaunay::Loops myLoops;
     std::vector<gp_Pnt2d> myPlaces;   ///< of the nodes
     std::vector<PlanePoint> myScaled; ///< the places, in steps
+    std::vector<gp_XYZ> myNormals;    ///< of the surface at the places; zero where there is none
     ParameterBox myBox;
     FaceSteps mySteps;
     double myChord = 0; ///< mean of those of the edges

@@ -138,9 +138,9 @@ std::vector<Case> Bodies()
         {"box", BRepPrimAPI_MakeBox(10, 20, 30).Shape(), 1 - 1e-6},
         {"cylinder", BRepPrimAPI_MakeCylinder(10, 30).Shape(), 0.9},
         {"piece of a cylinder", BRepPrimAPI_MakeCylinder(leftHanded, 10, 30, 2).Shape(), 0.9},
-        {"cone with an apex", BRepPrimAPI_MakeCone(10, 0, 30).Shape(), 0},
+        {"cone with an apex", BRepPrimAPI_MakeCone(10, 0, 30).Shape(), 0.9},
         {"cut cone", BRepPrimAPI_MakeCone(leftHanded, 3, 10, 12).Shape(), 0.9},
-        {"sphere", BRepPrimAPI_MakeSphere(10).Shape(), 0.8},
+        {"sphere", BRepPrimAPI_MakeSphere(10).Shape(), 0.85},
         {"zone of a sphere", BRepPrimAPI_MakeSphere(10, -0.4, 1.1, 4).Shape(), 0.9},
         {"torus", BRepPrimAPI_MakeTorus(30, 10).Shape(), 0.85},
         {"piece of a torus", BRepPrimAPI_MakeTorus(leftHanded, 30, 10, -1, 2, 4).Shape(), 0.85},
@@ -149,7 +149,7 @@ std::vector<Case> Bodies()
         {"revolved in part", Revolved(2), 0.85},
         {"lofted", Lofted(), 0.85},
         {"rounded box", Rounded(), 0.85},
-        {"drilled ball", Drilled(), 0.5},
+        {"drilled ball", Drilled(), 0.85},
     };
 }
 
@@ -175,6 +175,7 @@ TEST(Tessellation, BodiesAreWatertightWithTheirAreaVolumeAndNormals)
             EXPECT_EQ(fine.openEdges, 0);
             EXPECT_NEAR(fine.surface, area.Mass(), 0.0015 * area.Mass());
             EXPECT_NEAR(fine.volume, volume.Mass(), 0.0025 * volume.Mass());
+            EXPECT_GT(fine.worstCosine, 0.85);
         }
     }
 }
