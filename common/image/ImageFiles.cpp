@@ -3,6 +3,7 @@
 #include "common/encoding/CZemtarConvert.h"
 #include "common/file/FilePlacement.h"
 #include "common/image/ExrHeader.h"
+#include "common/image/PictureStructure.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -14,10 +15,6 @@
 
 namespace Zemtar::ImageFiles {
 namespace {
-
-/// More bytes of pixels than this for each byte of a file are a lie: the densest coding of a uniform picture
-/// (EXR's PIZ on wide scan lines) stays below it.
-constexpr qint64 kMaxExpansion = 65536;
 
 QString toQString(const CZemtarString& text)
 {
@@ -53,8 +50,13 @@ struct FileCloser
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-/// Reads for FreeImage; what lies behind the file's end reads as zeros. FreeImage's EXR reader does not look
-/// whether a read succeeded, and with a buffer that stays as it was, reads a cut-off header for ever.
+unsigned readFile(void* buffer, unsigned size, unsigned count, fi_handle handle)
+{
+    return static_cast<unsigned>(std::fread(buffer, size, count, static_cast<std::FILE*>(handle)));
+}
+
+/// Reads for FreeImage's EXR reader; what lies behind the file's end reads as zeros. It does not look whether
+/// a read succeeded, and with a buffer that stays as it was, reads a cut-off header for ever.
 unsigned readOrZero(void* buffer, unsigned size, unsigned count, fi_handle handle)
 {
     const std::size_t wanted = std::size_t(size) * count;
@@ -78,13 +80,37 @@ long tellFile(fi_handle handle)
     return std::ftell(static_cast<std::FILE*>(handle));
 }
 
-FreeImageIO kFileAccess = {readOrZero, writeFile, seekFile, tellFile};
+FreeImageIO kFileAccess = {readFile, writeFile, seekFile, tellFile};
+FreeImageIO kExrAccess = {readOrZero, writeFile, seekFile, tellFile};
 
 /// Loads a file with FreeImage; null for a missing or unreadable file.
 Bitmap readBitmap(FREE_IMAGE_FORMAT format, const char* name, int flags)
 {
+    FreeImageIO* const access = format == FIF_EXR ? &kExrAccess : &kFileAccess;
     const File file(std::fopen(name, "rb"));
-    return Bitmap(file ? FreeImage_LoadFromHandle(format, &kFileAccess, file.get(), flags) : nullptr);
+    return Bitmap(file ? FreeImage_LoadFromHandle(format, access, file.get(), flags) : nullptr);
+}
+
+struct MemoryCloser
+{
+    void operator()(FIMEMORY* memory) const { FreeImage_CloseMemory(memory); }
+};
+
+/// Loads a file of a format whose structure has to be sound.
+Bitmap readSoundBitmap(FREE_IMAGE_FORMAT format, const QString& name)
+{
+    constexpr qint64 kMostBytes = qint64(1) << 31; // what FreeImage can address
+    QFile file(name);
+    if (!file.open(QIODevice::ReadOnly) || file.size() >= kMostBytes) {
+        return nullptr;
+    }
+    QByteArray bytes = file.readAll();
+    if (!isSoundPicture(format, bytes)) {
+        return nullptr;
+    }
+    const std::unique_ptr<FIMEMORY, MemoryCloser> memory(FreeImage_OpenMemory(
+        reinterpret_cast<BYTE*>(bytes.data()), static_cast<DWORD>(bytes.size()))); // is only read
+    return Bitmap(memory ? FreeImage_LoadFromMemory(format, memory.get(), 0) : nullptr);
 }
 
 /// Saves a file with FreeImage, whose writers do not look whether the bytes found room: the file is asked.
@@ -116,8 +142,9 @@ bool isCredible(FREE_IMAGE_FORMAT format, const char* name)
     }
     const qint64 width = FreeImage_GetWidth(header.get());
     const qint64 height = FreeImage_GetHeight(header.get());
-    return isPossibleSize(width, height) &&
-           width * height * FreeImage_GetBPP(header.get()) / 8 / kMaxExpansion <= fileSize;
+    // A uniform picture without loss takes no more room when it is larger.
+    return format == FIF_WEBP ? isPossibleSize(width, height)
+                              : isCredibleSize(width, height, FreeImage_GetBPP(header.get()), fileSize);
 }
 
 } // namespace
@@ -178,10 +205,13 @@ bool writeWhole(const QString& file, const std::function<bool(const QString& nam
 Bitmap loadBitmap(FREE_IMAGE_FORMAT format, const CZemtarString& file)
 {
     const char* const name = file;
-    if (format == FIF_UNKNOWN || !FreeImage_FIFSupportsReading(format) || !isCredible(format, name)) {
+    if (format == FIF_UNKNOWN || !FreeImage_FIFSupportsReading(format)) {
         return nullptr;
     }
-    return readBitmap(format, name, 0);
+    if (needsSoundPicture(format)) {
+        return readSoundBitmap(format, toQString(file));
+    }
+    return isCredible(format, name) ? readBitmap(format, name, 0) : nullptr;
 }
 
 bool saveBitmap(FREE_IMAGE_FORMAT format, const Bitmap& bitmap, const CZemtarString& file, int flags)

@@ -22,6 +22,20 @@ constexpr bool isPossibleSize(qint64 width, qint64 height)
     return width > 0 && height > 0 && width <= kMaxPixels && height <= kMaxPixels / width;
 }
 
+/// Whether a file of `fileSize` bytes can be believed to hold a picture of that size and depth. Pictures of
+/// up to 64 MiB are: no harm is done by them. Larger ones take more memory for each of the file's bytes than
+/// any coding of a uniform picture packs into it.
+constexpr bool isCredibleSize(qint64 width, qint64 height, qint64 bitsPerPixel, qint64 fileSize)
+{
+    constexpr qint64 kHarmless = qint64(64) << 20;
+    constexpr qint64 kMostExpansion = 65536; // EXR's PIZ on wide scan lines stays below it
+    if (!isPossibleSize(width, height)) {
+        return false;
+    }
+    const qint64 bytes = width * height * bitsPerPixel / 8;
+    return bytes <= kHarmless || bytes / kMostExpansion <= fileSize;
+}
+
 /// Loads an image with automatic format detection; null for unreadable files and those whose header claims
 /// an impossible size. Qt's own limit (QImageReader::allocationLimit) holds too.
 QImage load(const CZemtarString& file);
@@ -42,8 +56,9 @@ struct BitmapDeleter
 /// A FreeImage bitmap that is unloaded with its owner.
 using Bitmap = std::unique_ptr<FIBITMAP, BitmapDeleter>;
 
-/// Loads a file with FreeImage; null for an unknown format, an unreadable file, and one whose header claims
-/// an impossible size or far more pixels than its bytes can hold.
+/// Loads a file with FreeImage; null for an unknown format, an unreadable file, one whose header claims an
+/// impossible size or far more pixels than its bytes can hold, and one whose structure would lead FreeImage's
+/// decoder astray.
 Bitmap loadBitmap(FREE_IMAGE_FORMAT format, const CZemtarString& file);
 
 /// Saves a bitmap with FreeImage as `save` does; false for a null bitmap.
