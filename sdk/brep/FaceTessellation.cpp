@@ -25,8 +25,13 @@ using mesh::PlanePoint;
 // Halvings of one span of an edge that follows a surface.
 constexpr int MostHalvings = 8;
 
-// A point of the grid keeps this distance, in steps, from points that are there.
+// Between the points of a sphere's shortest rows, in those of the longest.
+constexpr int LargestStride = 256;
+
+// A point of the grid, and one in the middle of a side, keep this distance, in steps, from points that are
+// there.
 constexpr double GridClearance = 0.45;
+constexpr double MiddleClearance = 1e-3;
 constexpr double MostGridPoints = 2e5;
 constexpr std::size_t MostNodes = 100000;
 
@@ -261,13 +266,25 @@ private:
         }
     }
 
+    /// Which share of a row's points is enough where the row is shorter than the widest one by such a factor.
+    static int StrideFor(double length)
+    {
+        int stride = 1;
+        for (double width = length; width < 0.5 && stride < LargestStride; width *= 2) {
+            stride *= 2;
+        }
+        return stride;
+    }
+
     /// As many nodes along the pole as its neighbours in the face have.
     void AddPole(const RingUse& use)
     {
         const gp_Pnt2d from = use.From();
         const gp_Vec2d way(from, use.To());
+        // Beside a sphere's pole the first row has few points; more on the pole would reach over them.
+        const int stride = mySteps.narrowsToPoles ? StrideFor(std::sin(mySteps.step[1])) : 1;
         const double length =
-            std::max(std::abs(way.X()) / mySteps.step[0], std::abs(way.Y()) / mySteps.step[1]);
+            std::max(std::abs(way.X()) / mySteps.step[0], std::abs(way.Y()) / mySteps.step[1]) / stride;
         const int count = std::max(1, static_cast<int>(std::min(std::ceil(length), 1e3)));
         for (int i = 0; i < count; ++i) {
             AddNode(from.Translated(way * (static_cast<double>(i) / count)), VertexPoint(use.pole));
@@ -361,10 +378,7 @@ private:
         for (std::size_t row = 0; row < vs.size(); ++row) {
             // Rows of a sphere get shorter towards its poles.
             const double length = mySteps.narrowsToPoles ? std::cos(vs[row]) : 1;
-            std::size_t stride = 1;
-            for (double width = length; width < 0.5 && stride < us.size(); width *= 2) {
-                stride *= 2;
-            }
+            const auto stride = static_cast<std::size_t>(StrideFor(length));
             for (std::size_t i = 0; i < us.size(); i += stride) {
                 // From row to row to and fro, so that each point is near the one before.
                 const std::size_t column = row % 2 == 0 ? i : (us.size() - 1) / stride * stride - i;
@@ -429,7 +443,7 @@ private:
             }
             const gp_Pnt2d middle = MiddleOf(side, normals);
             if (IsTooCoarse(side, middle, normals)) {
-                const int node = AddInnerNode(middle, 0, side.from);
+                const int node = AddInnerNode(middle, MiddleClearance, side.from);
                 if (node != Delaunay::None) {
                     myDelaunay.InnerSidesAt(node, sides);
                 }

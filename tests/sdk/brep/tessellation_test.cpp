@@ -175,7 +175,7 @@ TEST(Tessellation, BodiesAreWatertightWithTheirAreaVolumeAndNormals)
             EXPECT_EQ(fine.openEdges, 0);
             EXPECT_NEAR(fine.surface, area.Mass(), 0.0015 * area.Mass());
             EXPECT_NEAR(fine.volume, volume.Mass(), 0.0025 * volume.Mass());
-            EXPECT_GT(fine.worstCosine, 0.85);
+            EXPECT_GT(fine.worstCosine, 0.97);
         }
     }
 }
