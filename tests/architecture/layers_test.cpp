@@ -76,7 +76,7 @@ bool IsStandardHeader(const std::string& name)
 std::string_view KindOf(const std::string& name)
 {
     if (name == "common/ZemtarExport.h") { // names nothing but itself
-        return Std;
+        return "std";
     }
     if (name.compare(0, 6, "cadex/") == 0) {
         return "cadex";
