@@ -2,6 +2,7 @@
 // itself.
 #include "sdk/iges/IgesEngines.h"
 #include "sdk/model/EngineRegistry.h"
+#include "sdk/rhino/RhinoEngines.h"
 #include "sdk/step/StepEngines.h"
 #ifdef CADEX_WITH_IFC
 #include "sdk/ifc/IfcEngines.h"
@@ -12,6 +13,7 @@ namespace internal {
 
 void RegisterEngines(EngineRegistry& registry)
 {
+    RegisterRhinoEngines(registry);
     RegisterStepEngines(registry);
     RegisterIgesEngines(registry);
 #ifdef CADEX_WITH_IFC

@@ -37,7 +37,8 @@ constexpr Room Rooms[] = {
     {"sdk/step/", "step", Kernel},
     {"sdk/iges/", "iges", Kernel},
     {"sdk/ifc/", "ifc", Kernel},
-    {"sdk/Engines.cpp", "engines", "model step iges ifc"},
+    {"sdk/rhino/", "rhino", "std cadex model text part21 mesh occt brep OCCT zlib"},
+    {"sdk/Engines.cpp", "engines", "model step iges ifc rhino"},
     {"common/encoding/", "encoding", "std host Qt uchardet"},
     {"common/file/", "file", "std host Qt encoding"},
     {"common/image/", "image", "std host Qt FreeImage encoding file"},
@@ -83,6 +84,9 @@ std::string_view KindOf(const std::string& name)
     }
     if (const Room* room = RoomOf(name)) {
         return room->name;
+    }
+    if (name == "zlib.h") {
+        return "zlib";
     }
     if (name == "FreeImage.h") {
         return "FreeImage";

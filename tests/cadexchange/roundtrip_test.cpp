@@ -28,8 +28,11 @@
 #include <XCAFDoc_DocumentTool.hxx>
 #include <XCAFDoc_ShapeTool.hxx>
 
+#include <cmath>
 #include <filesystem>
+#include <map>
 #include <ostream>
+#include <sstream>
 
 using namespace Zemtar;
 using namespace Zemtar::Test;
@@ -48,6 +51,7 @@ struct Format
 constexpr Format Step{"stp", Reader::eReaderSTEP, Writer::eWriterSTEP, true};
 constexpr Format Iges{"igs", Reader::eReaderIGES, Writer::eWriterIGES, false};
 constexpr Format Ifc{"ifc", Reader::eReaderIFC, Writer::eWriterIFC, true};
+constexpr Format Rhino{"3dm", Reader::eReaderRhino, Writer::eWriterRhino, true};
 
 bool HasEngine(const Format& format)
 {
@@ -74,6 +78,25 @@ std::unique_ptr<CZemtarDocument> Back(CZemtarDocument& document, const CZemtarSt
     return Import(file, format.reader);
 }
 
+/// 3DM has colours in steps of 1/255 and gives surfaces without one a light grey.
+std::map<std::string, double> AreasIn3dm(const std::map<std::string, double>& areas)
+{
+    std::map<std::string, double> result;
+    for (const auto& [colour, area] : areas) {
+        std::istringstream in(colour.empty() ? "8000 8000 8000 " : colour);
+        std::ostringstream out;
+        std::string word;
+        for (int i = 0; in >> word; ++i) {
+            const bool isComponent = i < 3;
+            isComponent ? out << std::lround(std::lround(std::stod(word) / 1e4 * 255) / 255.0 * 1e4)
+                        : out << word;
+            out << ' ';
+        }
+        result[out.str()] += area;
+    }
+    return result;
+}
+
 void DropMetaData(SceneFacts::Labels& labels)
 {
     for (std::vector<std::string>& node : labels) {
@@ -89,11 +112,12 @@ void ExpectSame(const SceneFacts& before, const SceneFacts& after, const Format&
     EXPECT_NEAR(after.volume, before.volume,
                 1e-3 * std::abs(before.volume) + 1e-9 * std::pow(before.bounds.Size(), 3));
     EXPECT_NEAR(after.curves, before.curves, 1e-6 * before.curves);
-    for (const auto& [colour, area] : before.areas) {
+    const auto areas = format.writer == Writer::eWriterRhino ? AreasIn3dm(before.areas) : before.areas;
+    for (const auto& [colour, area] : areas) {
         EXPECT_NEAR(after.areas.count(colour) ? after.areas.at(colour) : 0.0, area, 1e-3 * area)
             << "colour " << colour;
     }
-    EXPECT_EQ(after.areas.size(), before.areas.size());
+    EXPECT_EQ(after.areas.size(), areas.size());
     if (!format.keepsTree) {
         return;
     }
@@ -162,7 +186,7 @@ TEST_F(RoundTrip, HoldsInEveryUnitAndOpensInAPlainKernelProgram)
 {
     const auto document = Scene();
     const SceneFacts before(*document);
-    for (const Format& format : {Step, Iges, Ifc}) {
+    for (const Format& format : {Step, Iges, Ifc, Rhino}) {
         for (int unit = eLengthUnitAngstrom; HasEngine(format) && unit <= eLengthUnitMile; ++unit) {
             SCOPED_TRACE(std::string(format.name) + " in unit " + std::to_string(unit));
             const CZemtarString file = host(QString("back.") + format.name);
@@ -171,7 +195,7 @@ TEST_F(RoundTrip, HoldsInEveryUnitAndOpensInAPlainKernelProgram)
             const SceneFacts after(*back);
             EXPECT_EQ(after.slivers, 0u);
             ExpectSame(before, after, format);
-            if (format.writer != Writer::eWriterIFC) {
+            if (format.writer == Writer::eWriterSTEP || format.writer == Writer::eWriterIGES) {
                 EXPECT_LE(
                     MillimetresByKernel(file, format.writer == Writer::eWriterIGES).DistanceTo(before.bounds),
                     1e-7);
@@ -259,7 +283,7 @@ TEST_P(RoundTripOfFiles, KeepsWhatTheFileCanHold)
     ASSERT_TRUE(document);
     const SceneFacts before(*document);
     ASSERT_GT(before.triangles, 0u);
-    for (const Format& format : {Step, Iges, Ifc}) {
+    for (const Format& format : {Step, Iges, Ifc, Rhino}) {
         if (HasEngine(format)) {
             SCOPED_TRACE(format.name);
             const auto back = Back(*document, host(QString("back.") + format.name), format);

@@ -1,0 +1,789 @@
+#include "sdk/rhino/RhinoWriter.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cmath>
+#include <string>
+
+#include <cadex/ModelData_FileTexture.hxx>
+#include <cadex/ModelData_Instance.hxx>
+#include <cadex/ModelData_Part.hxx>
+#include <cadex/ModelData_TextureSet.hxx>
+#include <cadex/ModelData_TextureVisitor.hxx>
+
+#include "sdk/model/Elements.h"
+#include "sdk/part21/Part21Writer.h"
+#include "sdk/rhino/RhinoMeshWriter.h"
+#include "sdk/text/LengthUnits.h"
+
+namespace cadex::rhino {
+
+namespace {
+
+constexpr std::int64_t PointKind = 1;
+constexpr std::int64_t CurveKind = 4;
+constexpr std::int64_t MeshKind = 0x20;
+constexpr std::int64_t ReferenceKind = 0x1000;
+
+/// Numbers of the units of length in the file.
+struct UnitNumber
+{
+    Base_LengthUnit unit;
+    std::int32_t number;
+};
+constexpr UnitNumber UnitNumbers[] = {
+    {Base_LU_Micrometers, 1}, {Base_LU_Millimeters, 2}, {Base_LU_Centimeters, 3}, {Base_LU_Meters, 4},
+    {Base_LU_Kilometers, 5},  {Base_LU_Mils, 7},        {Base_LU_Inches, 8},      {Base_LU_Feets, 9},
+    {Base_LU_Miles, 10},      {Base_LU_Decimeters, 14}, {Base_LU_Yards, 19},
+};
+
+std::int32_t NumberOf(Base_LengthUnit unit)
+{
+    const auto* found = std::find_if(std::begin(UnitNumbers), std::end(UnitNumbers),
+                                     [&](const UnitNumber& entry) { return entry.unit == unit; });
+    return found != std::end(UnitNumbers) ? found->number : 2;
+}
+
+PackedColour Packed(const ModelData_Color& colour)
+{
+    const auto byteOf = [](float value) {
+        const float clamped = std::isfinite(value) ? std::clamp(value, 0.F, 1.F) : 0.F;
+        return static_cast<PackedColour>(std::lround(clamped * 255.F));
+    };
+    return byteOf(colour.R()) | byteOf(colour.G()) << 8 | byteOf(colour.B()) << 16;
+}
+
+/// Whether there is more to an appearance than a colour that covers.
+bool IsMaterial(const ModelData_Appearance& appearance)
+{
+    ModelData_Material material;
+    return !appearance.IsNull() && appearance.ToMaterial(material);
+}
+
+class FileTextures final : public ModelData_TextureVisitor
+{
+public:
+    std::vector<Base_UTF16String> files;
+
+    void operator()(const ModelData_FileTexture& texture) override
+    {
+        if (!texture.FilePath().IsEmpty()) {
+            files.push_back(texture.FilePath());
+        }
+    }
+    void operator()(const ModelData_PixMapTexture&) override {} // pictures in memory have no file to name
+};
+
+/// The entries of a table as pairs of texts.
+class TextVisitor final : public ModelData_PropertyTable::Visitor
+{
+public:
+    UserStrings strings;
+
+    void operator()(const Base_UTF16String& name, I32 value) override { Add(name, std::to_string(value)); }
+    void operator()(const Base_UTF16String& name, I64 value) override { Add(name, std::to_string(value)); }
+    void operator()(const Base_UTF16String& name, float value) override { Add(name, NumberText(value)); }
+    void operator()(const Base_UTF16String& name, double value) override { Add(name, NumberText(value)); }
+    void operator()(const Base_UTF16String& name, ModelData_PropertyTable::TimeType value) override
+    {
+        Add(name, part21::Part21TimeStamp(value.myValue));
+    }
+    void operator()(const Base_UTF16String& name, const Base_UTF16String& value) override
+    {
+        strings.emplace_back(name, value);
+    }
+    void operator()(const Base_UTF16String& name, const ModelData_Point& value) override
+    {
+        Add(name, PointText(value));
+    }
+    void operator()(const Base_UTF16String& name, const ModelData_Box& value) override
+    {
+        Add(name, PointText(value.MinCorner()) + " - " + PointText(value.MaxCorner()));
+    }
+
+private:
+    void Add(const Base_UTF16String& name, const std::string& value)
+    {
+        strings.emplace_back(name, Base_UTF16String(value.c_str()));
+    }
+    template <typename Number>
+    static std::string NumberText(Number value)
+    {
+        char buffer[64];
+        const auto end = std::to_chars(buffer, buffer + sizeof(buffer), value).ptr;
+        return {buffer, end};
+    }
+    static std::string PointText(const ModelData_Point& point)
+    {
+        return NumberText(point.X()) + ' ' + NumberText(point.Y()) + ' ' + NumberText(point.Z());
+    }
+};
+
+bool IsIdentity(const mesh::Matrix3& matrix)
+{
+    for (std::size_t i = 0; i < 9; ++i) {
+        if (std::abs(matrix[i] - mesh::Identity3[i]) > 1e-12) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// False when the matrix cannot be inverted with some precision.
+bool Invert(const mesh::Matrix3& matrix, mesh::Matrix3& inverse)
+{
+    const double determinant = mesh::Determinant(matrix);
+    double largest = 0;
+    for (const double value : matrix) {
+        largest = std::max(largest, std::abs(value));
+    }
+    if (!(std::abs(determinant) > 1e-6 * largest * largest * largest)) {
+        return false;
+    }
+    const mesh::Matrix3 cofactors = Cofactors(matrix);
+    for (std::size_t row = 0; row < 3; ++row) {
+        for (std::size_t column = 0; column < 3; ++column) {
+            inverse[3 * row + column] = cofactors[3 * column + row] / determinant;
+        }
+    }
+    return true;
+}
+
+/// Not known: readers compute it.
+void PutEmptyBox(ChunkWriter& out)
+{
+    out.PutAll({1., 0., 0., -1., 0., 0.});
+}
+
+const ModelData_PolyShapeList& SetsOf(const ModelData_SceneGraphElement& part)
+{
+    return static_cast<const ModelData_Part&>(part).PolyRepresentation(ModelData_RM_Poly).Get();
+}
+
+/// Polylines that begin where the one before ends are one.
+std::vector<std::vector<ModelData_Point>> ChainsOf(const internal::PolyLineSetImpl& lines)
+{
+    const auto isSame = [](const ModelData_Point& a, const ModelData_Point& b) { return a == b; };
+    std::vector<std::vector<ModelData_Point>> chains;
+    for (std::size_t i = 0; i + 1 < lines.starts.size(); ++i) {
+        const auto first = lines.points.begin() + static_cast<std::ptrdiff_t>(lines.starts[i]);
+        const auto last = lines.points.begin() + static_cast<std::ptrdiff_t>(lines.starts[i + 1]);
+        if (first == last) {
+            continue;
+        }
+        const bool goesOn = last - first > 1 && !chains.empty() && chains.back().size() > 1 &&
+                            isSame(chains.back().back(), *first);
+        if (goesOn) {
+            chains.back().insert(chains.back().end(), first + 1, last);
+        } else {
+            chains.emplace_back(first, last);
+        }
+    }
+    return chains;
+}
+
+std::uint64_t Mixed(std::uint64_t bits)
+{
+    bits = (bits ^ (bits >> 30)) * 0xBF58476D1CE4E5B9U;
+    bits = (bits ^ (bits >> 27)) * 0x94D049BB133111EBU;
+    return bits ^ (bits >> 31);
+}
+
+std::uint64_t Mixed(std::uint64_t seed, const Base_UTF16String& text)
+{
+    for (std::size_t i = 0; i < text.Length(); ++i) {
+        seed = Mixed(seed + text.Data()[i] + 1);
+    }
+    return seed;
+}
+
+} // namespace
+
+RhinoWriter::RhinoWriter(text::ByteSink& sink, const mesh::ExportPlan& plan,
+                         const mesh::ExportOptions& options)
+    : myOut(sink),
+      myPlan(plan),
+      myOptions(options),
+      myUnitsPerMillimetre(1 / text::LengthUnitOf(options.unit).millimetres),
+      mySeed(Mixed(plan.definitions.size(), plan.modelName)),
+      myBlocks(plan.definitions.size())
+{
+    for (const mesh::ExportPlan::Definition& definition : plan.definitions) {
+        mySeed = Mixed(mySeed, definition.element.Name());
+    }
+}
+
+bool RhinoWriter::Write()
+{
+    Plan();
+    do {
+        myOut.Bytes("3D Geometry File Format       50");
+        myOut.Begin(code::Comment);
+        myOut.Bytes("cadex open engine\n\x1A");
+        myOut.Put(std::uint8_t{0});
+        myOut.End();
+        WriteTables();
+        WriteEnd();
+    } while (myOut.Again());
+    return myOut.Ok();
+}
+
+void RhinoWriter::Plan()
+{
+    FindBases();
+    FindRoots();
+    NameBlocks();
+    CollectAppearances();
+}
+
+/// Variants of one part share the block of the first one whose matrix can be inverted.
+void RhinoWriter::FindBases()
+{
+    std::unordered_map<const void*, std::size_t> bases;
+    for (std::size_t i = 0; i < myBlocks.size(); ++i) {
+        const mesh::ExportPlan::Definition& definition = myPlan.definitions[i];
+        myBlocks[i].base = i;
+        mesh::Matrix3 inverse{};
+        if (!definition.element.IsOfType<ModelData_Part>()) {
+            continue;
+        }
+        const auto base = bases.find(definition.element.Impl());
+        if (base != bases.end()) {
+            Invert(myPlan.definitions[base->second].residual, inverse);
+            myBlocks[i].base = base->second;
+            myBlocks[i].extra = mesh::Multiply(definition.residual, inverse);
+        } else if (Invert(definition.residual, inverse)) {
+            bases.emplace(definition.element.Impl(), i);
+        }
+    }
+    for (const mesh::ExportPlan::Definition& definition : myPlan.definitions) {
+        for (const mesh::ExportPlan::Occurrence& occurrence : definition.occurrences) {
+            ++myBlocks[myBlocks[occurrence.definition].base].uses;
+        }
+    }
+}
+
+/// Roots are what nothing else holds.
+void RhinoWriter::FindRoots()
+{
+    for (std::size_t i = 0; i < myBlocks.size(); ++i) {
+        if (myBlocks[i].base == i && myBlocks[i].uses == 0) {
+            myBlocks[i].layer = static_cast<std::int32_t>(myRoots.size());
+            myRoots.push_back(i);
+        }
+    }
+    for (std::size_t i = 0; i < myBlocks.size(); ++i) {
+        const mesh::ExportPlan::Definition& definition = myPlan.definitions[i];
+        for (const mesh::ExportPlan::Occurrence& occurrence : definition.occurrences) {
+            if (!IsPlain(occurrence, definition, myBlocks[i].layer >= 0)) {
+                myBlocks[myBlocks[occurrence.definition].base].isWritten = true;
+            }
+        }
+        myBlocks[i].objects = definition.element.IsOfType<ModelData_Part>() ? CountSets(definition.element)
+                                                                            : definition.occurrences.size();
+    }
+}
+
+/// Readers give blocks of the same name, or without one, names of their own.
+void RhinoWriter::NameBlocks()
+{
+    std::unordered_map<std::string, std::size_t> used;
+    for (const std::size_t index : myPlan.order) {
+        if (!myBlocks[index].isWritten) {
+            continue;
+        }
+        Base_UTF16String name = myPlan.definitions[index].element.Name();
+        if (name.IsEmpty()) {
+            name = "Block";
+        }
+        std::string key = name.ToUTF8();
+        std::transform(key.begin(), key.end(), key.begin(),
+                       [](unsigned char c) { return static_cast<char>(c < 0x80 ? std::tolower(c) : c); });
+        const std::size_t number = ++used[key];
+        myBlocks[index].name = NumberedName(name, number);
+    }
+}
+
+/// Whether an occurrence needs no reference. Members of a block that is read back as an assembly have names
+/// of their own and are not alone.
+bool RhinoWriter::IsPlain(const mesh::ExportPlan::Occurrence& occurrence,
+                          const mesh::ExportPlan::Definition& parent, bool parentIsRoot) const
+{
+    const ModelData_SceneGraphElement& element = myPlan.definitions[occurrence.definition].element;
+    const Block& block = myBlocks[occurrence.definition];
+    const Base_UTF16String name = element.Name();
+    return element.IsOfType<ModelData_Part>() && block.base == occurrence.definition && block.uses == 1 &&
+           IsIdentity(occurrence.rotation) && occurrence.translation == mesh::Vector3{} &&
+           occurrence.instance.Properties().IsEmpty() && occurrence.instance.Appearance().IsNull() &&
+           occurrence.instance.Name() == name && CountSets(element) == 1 &&
+           (parentIsRoot ||
+            (parent.occurrences.size() > 1 && !name.IsEmpty() && !(name == parent.element.Name())));
+}
+
+void RhinoWriter::CollectAppearances()
+{
+    for (const mesh::ExportPlan::Definition& definition : myPlan.definitions) {
+        if (definition.element.IsOfType<ModelData_Part>()) {
+            Collect(definition.element.Appearance());
+            const ModelData_PolyShapeList& sets = SetsOf(definition.element);
+            for (std::size_t i = 0; i < sets.Size(); ++i) {
+                Collect(sets[i].Appearance());
+            }
+        }
+        for (const mesh::ExportPlan::Occurrence& occurrence : definition.occurrences) {
+            Collect(occurrence.instance.Appearance());
+        }
+    }
+}
+
+void RhinoWriter::Collect(const ModelData_Appearance& appearance)
+{
+    if (IsMaterial(appearance) &&
+        myMaterialOf.emplace(appearance, static_cast<std::int32_t>(myMaterials.size())).second) {
+        myMaterials.push_back(appearance);
+    }
+}
+
+void RhinoWriter::WriteTables()
+{
+    myOut.Begin(code::PropertiesTable);
+    myOut.Short(code::LibraryVersion, WrittenLibrary);
+    myOut.Short(code::EndOfTable, 0);
+    myOut.End();
+    WriteSettings();
+    WriteEmptyTable(code::BitmapTable);
+    WriteEmptyTable(code::MappingTable);
+    WriteMaterials();
+    WriteEmptyTable(code::LineTypeTable);
+    WriteLayers();
+    for (const std::uint32_t table : {code::GroupTable, code::FontTable, code::DimensionStyleTable,
+                                      code::LightTable, code::HatchPatternTable}) {
+        WriteEmptyTable(table);
+    }
+    WriteDefinitions();
+    WriteObjects();
+    WriteEmptyTable(code::HistoryTable);
+}
+
+void RhinoWriter::WriteEmptyTable(std::uint32_t typeCode)
+{
+    myOut.Begin(typeCode);
+    myOut.Short(code::EndOfTable, 0);
+    myOut.End();
+}
+
+void RhinoWriter::WriteEnd()
+{
+    constexpr std::uint64_t EndSize = 4 + 8 + 8;
+    const std::uint64_t size = myOut.Position() + EndSize;
+    myOut.Begin(code::EndOfFile);
+    myOut.Put(size);
+    myOut.End();
+}
+
+void RhinoWriter::WriteSettings()
+{
+    constexpr double Tolerance = 1e-3; ///< millimetres
+    constexpr double AngleTolerance = 0.017453292519943295;
+    myOut.Begin(code::SettingsTable);
+    myOut.Begin(code::Units);
+    myOut.PutAll({std::int32_t{102}, NumberOf(myOptions.unit)});
+    myOut.PutAll({Tolerance * myUnitsPerMillimetre, AngleTolerance, 0.01});
+    myOut.PutAll({std::int32_t{0}, std::int32_t{3}}); // how distances are shown
+    myOut.Put(1e-3 / myUnitsPerMillimetre);
+    myOut.Text({});
+    myOut.End();
+    myOut.Short(code::EndOfTable, 0);
+    myOut.End();
+}
+
+void RhinoWriter::WriteMaterials()
+{
+    myOut.Begin(code::MaterialTable);
+    for (std::size_t i = 0; i < myMaterials.size(); ++i) {
+        ModelData_Material look;
+        myMaterials[i].ToMaterial(look);
+        const float alpha = look.DiffuseColor().A();
+        const double transparency =
+            std::isfinite(alpha) ? 1 - std::clamp(static_cast<double>(alpha), 0., 1.) : 0;
+        const Base_UTF16String own = myMaterials[i].Name();
+        const std::string number = "Material " + std::to_string(i + 1);
+        myOut.Begin(code::MaterialRecord);
+        myOut.BeginObject(MaterialId);
+        myOut.Put(std::uint8_t{0x20});
+        myOut.BeginVersioned(1, 4);
+        myOut.Put(IdOf('m', i));
+        myOut.Put(static_cast<std::int32_t>(i));
+        myOut.Text(own.IsEmpty() ? Base_UTF16String(number.c_str()) : own);
+        myOut.Put(Uuid()); // plug-in
+        constexpr PackedColour White = 0xFFFFFF;
+        myOut.PutAll({Packed(look.AmbientColor()), Packed(look.DiffuseColor()), Packed(look.EmissionColor()),
+                      Packed(look.SpecularColor()), White, White});
+        myOut.PutAll({1., 0., std::clamp(look.Shininess() / 128., 0., 1.) * 255., transparency});
+        FileTextures textures;
+        myMaterials[i].TextureSet().Accept(textures);
+        myOut.BeginVersioned(1, 0);
+        myOut.Put(static_cast<std::int32_t>(textures.files.size()));
+        for (std::size_t k = 0; k < textures.files.size(); ++k) {
+            myOut.BeginObject(TextureId);
+            myOut.BeginVersioned(1, 0);
+            myOut.Put(IdOf('t', i, k));
+            myOut.Put(std::int32_t{1});
+            myOut.Text(textures.files[k]);
+            myOut.Put(std::uint8_t{1});
+            myOut.PutAll<std::int32_t>({1, 1, 2, 2, 0, 0, 0}); // colours the surface; filters, wrapping
+            myOut.PutIdentity();
+            myOut.PutAll({std::uint32_t{0}, std::uint32_t{0}});
+            myOut.Put(Uuid());
+            myOut.PutAll({0., 1.});             // range of bumps
+            myOut.PutAll({1., 0., 0., 1., 0.}); // blending
+            myOut.Put(std::uint32_t{0});
+            myOut.PutAll({1., 0., 0., 1.});
+            myOut.Put(std::int32_t{0});
+            myOut.End();
+            myOut.EndData();
+            myOut.EndObject();
+        }
+        myOut.End();
+        myOut.Text({}); // plug-in's library
+        myOut.Put(std::int32_t{0});
+        myOut.PutAll<std::uint8_t>({0, 0, 0});
+        myOut.PutAll({1., 1., 1.56}); // gloss, refraction
+        myOut.End();
+        myOut.EndData();
+        myOut.EndObject();
+        myOut.End();
+    }
+    myOut.Short(code::EndOfTable, 0);
+    myOut.End();
+}
+
+void RhinoWriter::WriteLayers()
+{
+    myOut.Begin(code::LayerTable);
+    std::unordered_map<std::string, std::size_t> used;
+    for (std::size_t i = 0; i < std::max<std::size_t>(myRoots.size(), 1); ++i) {
+        const ModelData_SceneGraphElement root =
+            i < myRoots.size() ? myPlan.definitions[myRoots[i]].element : ModelData_SceneGraphElement();
+        const bool isNamed = !root.IsNull() && !root.Name().IsEmpty();
+        const Base_UTF16String& fallback = myPlan.modelName;
+        const Base_UTF16String name = isNamed              ? root.Name()
+                                      : fallback.IsEmpty() ? Base_UTF16String("Default")
+                                                           : fallback;
+        constexpr PackedColour Black = 0;
+        myOut.Begin(code::LayerRecord);
+        myOut.BeginObject(LayerId);
+        myOut.Put(std::uint8_t{0x18});
+        myOut.PutAll<std::int32_t>({0, static_cast<std::int32_t>(i), -1, -1, 0});
+        myOut.Put(Black);
+        myOut.PutAll<std::int16_t>({0, 0}); // line style
+        myOut.PutAll({0., 0.});
+        myOut.Text(NumberedName(name, ++used[name.ToUTF8()]));
+        myOut.Put(std::uint8_t{1}); // visible
+        myOut.Put(std::int32_t{-1});
+        myOut.Put(Black);
+        myOut.Put(0.);
+        myOut.Put(std::uint8_t{0}); // not locked
+        myOut.Put(IdOf('l', i));
+        myOut.Put(Uuid()); // no parent
+        myOut.Put(std::uint8_t{1});
+        myOut.BeginVersioned(1, 0);
+        myOut.Put(std::int32_t{0});
+        myOut.End();
+        myOut.Put(Uuid());
+        myOut.EndData();
+        if (root.IsOfType<ModelData_Assembly>()) {
+            WriteStrings(root.Properties());
+        }
+        myOut.EndObject();
+        myOut.End();
+    }
+    myOut.Short(code::EndOfTable, 0);
+    myOut.End();
+}
+
+void RhinoWriter::WriteDefinitions()
+{
+    myOut.Begin(code::DefinitionTable);
+    for (const std::size_t index : myPlan.order) { // what blocks hold stands before them
+        if (myBlocks[index].isWritten) {
+            WriteDefinition(index);
+        }
+    }
+    myOut.Short(code::EndOfTable, 0);
+    myOut.End();
+}
+
+void RhinoWriter::WriteDefinition(std::size_t index)
+{
+    const mesh::ExportPlan::Definition& definition = myPlan.definitions[index];
+    const std::int32_t unit = NumberOf(myOptions.unit);
+    const double metres = 1e-3 / myUnitsPerMillimetre;
+    myOut.Begin(code::DefinitionRecord);
+    myOut.BeginObject(DefinitionId);
+    myOut.Put(std::uint8_t{0x14});
+    myOut.Put(IdOf('d', index));
+    myOut.Put(static_cast<std::int32_t>(myBlocks[index].objects));
+    for (std::size_t i = 0; i < myBlocks[index].objects; ++i) {
+        myOut.Put(IdOf('o', index, i));
+    }
+    const Base_UTF16String name = definition.element.Name();
+    myOut.Text(myBlocks[index].name);
+    myOut.Text(myBlocks[index].name == name ? Base_UTF16String() : name); // description
+    myOut.Text({});                                                       // where it is described
+    myOut.Text({});
+    PutEmptyBox(myOut);
+    myOut.Put(static_cast<std::int32_t>(Definition::Kind::Static));
+    myOut.Text({});                     // no other file
+    myOut.PutAll<std::int64_t>({0, 0}); // and so no checksum of it
+    myOut.PutAll<std::uint32_t>({0, 0, 0, 0, 0, 0, 0, 0});
+    myOut.Put(unit);
+    myOut.Put(metres);
+    myOut.Put(std::uint8_t{0});
+    myOut.BeginVersioned(1, 0);
+    myOut.Put(unit);
+    myOut.Put(metres);
+    myOut.Text({});
+    myOut.End();
+    myOut.EndData();
+    WriteStrings(definition.element.Properties());
+    myOut.EndObject();
+    myOut.End();
+}
+
+void RhinoWriter::WriteObjects()
+{
+    myOut.Begin(code::ObjectTable);
+    for (const std::size_t index : myPlan.order) {
+        if (myBlocks[index].isWritten) {
+            WriteMembers(index, false);
+        }
+    }
+    for (const std::size_t index : myRoots) {
+        WriteMembers(index, true);
+    }
+    myOut.Short(code::EndOfTable, 0);
+    myOut.End();
+}
+
+/// The objects of a block, or those on the layer of a root.
+void RhinoWriter::WriteMembers(std::size_t index, bool isRoot)
+{
+    const mesh::ExportPlan::Definition& definition = myPlan.definitions[index];
+    Attributes attributes;
+    attributes.layer = isRoot ? myBlocks[index].layer : 0;
+    attributes.isMember = !isRoot;
+    attributes.id = IdOf('o', index);
+    if (definition.element.IsOfType<ModelData_Part>()) {
+        if (isRoot) {
+            attributes.name = definition.element.Name();
+            attributes.properties = definition.element.Properties();
+        }
+        WriteSets(index, attributes);
+        return;
+    }
+    for (std::size_t i = 0; i < definition.occurrences.size() && myOut.Ok(); ++i) {
+        const mesh::ExportPlan::Occurrence& occurrence = definition.occurrences[i];
+        attributes.id = IdOf('o', index, i);
+        WriteOccurrence(occurrence, attributes, IsPlain(occurrence, definition, isRoot));
+    }
+}
+
+void RhinoWriter::WriteOccurrence(const mesh::ExportPlan::Occurrence& occurrence, Attributes attributes,
+                                  bool isPlain)
+{
+    attributes.name = occurrence.instance.Name();
+    if (isPlain) {
+        attributes.properties = myPlan.definitions[occurrence.definition].element.Properties();
+        WriteSets(occurrence.definition, attributes);
+    } else {
+        attributes.properties = occurrence.instance.Properties();
+        attributes.appearance = occurrence.instance.Appearance();
+        WriteReference(occurrence, attributes);
+    }
+}
+
+void RhinoWriter::WriteReference(const mesh::ExportPlan::Occurrence& occurrence, const Attributes& attributes)
+{
+    const Block& block = myBlocks[occurrence.definition];
+    const mesh::Matrix3 linear = mesh::Multiply(occurrence.rotation, block.extra);
+    BeginObjectRecord(ReferenceKind);
+    myOut.BeginObject(ReferenceId);
+    myOut.Put(std::uint8_t{0x10});
+    myOut.Put(IdOf('d', block.base));
+    for (std::size_t row = 0; row < 3; ++row) {
+        myOut.PutAll({linear[3 * row], linear[3 * row + 1], linear[3 * row + 2],
+                      occurrence.translation[row] * myUnitsPerMillimetre});
+    }
+    myOut.PutAll({0., 0., 0., 1.});
+    PutEmptyBox(myOut);
+    myOut.EndData();
+    myOut.EndObject();
+    EndObjectRecord(attributes);
+}
+
+std::size_t RhinoWriter::CountSets(const ModelData_SceneGraphElement& part) const
+{
+    std::size_t count = 0;
+    const ModelData_PolyShapeList& sets = SetsOf(part);
+    for (std::size_t i = 0; i < sets.Size(); ++i) {
+        if (sets[i].IsOfType<ModelData_IndexedTriangleSet>()) {
+            ++count;
+        } else if (sets[i].IsOfType<ModelData_PolyLineSet>()) {
+            count += ChainsOf(*static_cast<internal::PolyLineSetImpl*>(sets[i].Impl())).size();
+        }
+    }
+    return count;
+}
+
+std::size_t RhinoWriter::WriteSets(std::size_t index, Attributes attributes)
+{
+    const mesh::ExportPlan::Definition& definition = myPlan.definitions[index];
+    mesh::Matrix3 linear = definition.residual;
+    for (double& value : linear) {
+        value *= myUnitsPerMillimetre;
+    }
+    std::size_t count = 0;
+    const auto nextId = [&] {
+        // a plain part has one object, whose id its parent gave
+        if (attributes.isMember && count > 0) {
+            attributes.id = IdOf('o', index, count);
+        } else if (count > 0) {
+            attributes.id = IdOf('s', index, count);
+        }
+        ++count;
+    };
+    const ModelData_PolyShapeList& sets = SetsOf(definition.element);
+    for (std::size_t i = 0; i < sets.Size() && myOut.Ok(); ++i) {
+        const ModelData_PolyVertexSet& set = sets[i];
+        attributes.appearance =
+            set.Appearance().IsNull() ? definition.element.Appearance() : set.Appearance();
+        if (set.IsOfType<ModelData_IndexedTriangleSet>()) {
+            nextId();
+            BeginObjectRecord(MeshKind);
+            WriteMesh(myOut, *static_cast<internal::TriangleSetImpl*>(set.Impl()), linear);
+            EndObjectRecord(attributes);
+        } else if (set.IsOfType<ModelData_PolyLineSet>()) {
+            for (const auto& chain : ChainsOf(*static_cast<internal::PolyLineSetImpl*>(set.Impl()))) {
+                nextId();
+                BeginObjectRecord(chain.size() == 1 ? PointKind : CurveKind);
+                WriteChain(chain, linear);
+                EndObjectRecord(attributes);
+            }
+        }
+    }
+    return count;
+}
+
+/// A polyline, or a point of its own.
+void RhinoWriter::WriteChain(const std::vector<ModelData_Point>& chain, const mesh::Matrix3& linear)
+{
+    const auto put = [&](const ModelData_Point& point) {
+        const mesh::Vector3 mapped = mesh::Multiply(linear, mesh::ToVector(point));
+        myOut.PutAll({mapped[0], mapped[1], mapped[2]});
+    };
+    myOut.BeginObject(chain.size() == 1 ? PointId : PolylineId);
+    myOut.Put(std::uint8_t{0x10});
+    if (chain.size() == 1) {
+        put(chain.front());
+    } else {
+        myOut.Put(static_cast<std::int32_t>(chain.size()));
+        for (const ModelData_Point& point : chain) {
+            put(point);
+        }
+        myOut.Put(static_cast<std::int32_t>(chain.size()));
+        for (std::size_t i = 0; i < chain.size(); ++i) {
+            myOut.Put(static_cast<double>(i));
+        }
+        myOut.Put(std::int32_t{3});
+    }
+    myOut.EndData();
+    myOut.EndObject();
+}
+
+void RhinoWriter::BeginObjectRecord(std::int64_t kind)
+{
+    myOut.Begin(code::ObjectRecord);
+    myOut.Short(code::ObjectKind, kind);
+}
+
+void RhinoWriter::EndObjectRecord(const Attributes& attributes)
+{
+    const auto putItem = [&](std::uint8_t item, auto value) {
+        myOut.Put(item);
+        myOut.Put(value);
+    };
+    const ModelData_Appearance& look = attributes.appearance;
+    const bool isMaterial = IsMaterial(look);
+    const bool isByParent = look.IsNull() && attributes.isMember;
+    ModelData_Color colour;
+    const bool hasColour = !look.IsNull() && look.ToColor(colour);
+    myOut.Begin(code::ObjectAttributes);
+    myOut.Put(std::uint8_t{0x20});
+    myOut.Put(attributes.id);
+    myOut.Put(attributes.layer);
+    if (!attributes.name.IsEmpty()) {
+        myOut.Put(std::uint8_t{1});
+        myOut.Text(attributes.name);
+    }
+    if (isMaterial) {
+        putItem(4, myMaterialOf.at(look));
+    }
+    if (hasColour) {
+        putItem(6, Packed(colour));
+    }
+    if (attributes.isMember) {
+        putItem(12, ObjectMode::DefinitionMember);
+    }
+    if (hasColour || isByParent) {
+        putItem(13, isByParent ? ColourSource::Parent : ColourSource::Object);
+    }
+    if (isMaterial || isByParent) {
+        putItem(16, isByParent ? MaterialSource::Parent : MaterialSource::Object);
+    }
+    myOut.Put(std::uint8_t{0});
+    myOut.End();
+    if (!attributes.properties.IsEmpty()) {
+        myOut.Begin(code::AttributesUserData);
+        WriteStrings(attributes.properties);
+        myOut.Short(code::ObjectEnd, 0);
+        myOut.End();
+    }
+    myOut.Short(code::ObjectRecordEnd, 0);
+    myOut.End();
+}
+
+void RhinoWriter::WriteStrings(const ModelData_PropertyTable& properties)
+{
+    if (properties.IsEmpty()) {
+        return;
+    }
+    TextVisitor visitor;
+    properties.Accept(visitor);
+    myOut.BeginUserData(UserStringsId);
+    myOut.BeginVersioned(1, 0);
+    myOut.Put(static_cast<std::int32_t>(visitor.strings.size()));
+    for (const auto& [key, value] : visitor.strings) {
+        myOut.BeginVersioned(1, 0);
+        myOut.Text(key);
+        myOut.Text(value);
+        myOut.End();
+    }
+    myOut.End();
+    myOut.EndUserData();
+}
+
+/// The same for the same place in the same model.
+Uuid RhinoWriter::IdOf(char kind, std::size_t number, std::size_t item) const
+{
+    const std::uint64_t place = Mixed(Mixed(static_cast<std::uint64_t>(kind) + mySeed) + number);
+    const std::uint64_t bits[2] = {Mixed(place + item), Mixed(place ^ Mixed(item + 1))};
+    Uuid id;
+    std::memcpy(id.bytes.data(), bits, sizeof(bits));
+    id.bytes[7] = static_cast<std::uint8_t>((id.bytes[7] & 0x0F) | 0x40); // as if chosen at random
+    id.bytes[8] = static_cast<std::uint8_t>((id.bytes[8] & 0x3F) | 0x80);
+    return id;
+}
+
+} // namespace cadex::rhino

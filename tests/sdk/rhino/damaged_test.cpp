@@ -1,0 +1,256 @@
+// 3DM files that are damaged, or built to hurt.
+#include "tests/sdk/rhino/Files3dm.h"
+#include "tests/sdk/rhino/TreeText.h"
+#include "tests/support/ModelBuilder.h"
+
+#include <chrono>
+#include <cstring>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include <cadex/internal/Reports.hxx>
+
+#include "sdk/rhino/RhinoChunkWriter.h"
+#include "sdk/rhino/RhinoTables.h"
+#include "sdk/text/AtomicFile.h"
+
+namespace rhinotest {
+namespace {
+
+using namespace cadex;
+using internal::Report;
+using internal::Reports;
+namespace code = rhino::code;
+
+std::string Reason()
+{
+    const std::vector<Report> reports = Reports::Take();
+    return reports.empty() ? "" : reports.front().text;
+}
+
+TEST(RhinoDamage, FilesThatAreNoneSayWhy)
+{
+    const std::string good = Fixture("v8.3dm");
+    const auto changed = [&](std::size_t at, const std::string& bytes) {
+        std::string copy = good;
+        return copy.replace(at, bytes.size(), bytes);
+    };
+    const struct
+    {
+        const char* damage;
+        std::string bytes;
+        const char* reason;
+    } files[] = {
+        {"empty", "", "not a 3DM file"},
+        {"text", "hello", "not a 3DM file"},
+        {"version 1", changed(24, "       1"), "version 1 are not supported"},
+        {"a version to come", changed(24, "     500"), "unknown version"},
+        {"no number", changed(24, "     8x0"), "not a 3DM file"},
+        {"cut", good.substr(0, good.size() / 2), "does not fit"},
+        {"without its end", good.substr(0, good.size() - 20), "ends too early"},
+        {"more behind a table",
+         good.substr(0, good.size() - 20) + std::string(8, '\x01') + good.substr(good.size() - 20),
+         "does not fit"},
+        {"the wrong size", good.substr(0, good.size() - 8) + std::string(8, '\0'), "size that it had"},
+        {"a changed name", changed(good.find("N\0e\0t\0z", 0, 7), "M"), "checksum"},
+    };
+    for (const auto& [damage, bytes, reason] : files) {
+        Reports::Clear();
+        EXPECT_FALSE(Read(bytes)) << damage;
+        EXPECT_NE(Reason().find(reason), std::string::npos) << damage;
+    }
+    EXPECT_TRUE(Read(good));
+}
+
+/// Seeded: bytes flipped, pieces cut out, zeroed, doubled, sizes raised. Whatever comes of it comes soon.
+TEST(RhinoDamage, TwoHundredDamagedFiles)
+{
+    ModelData_Model model("seed");
+    std::vector<ModelData_Instance> places;
+    const ModelData_Part grid =
+        Zemtar::Test::MakePart("grid", {Zemtar::Test::MakeGrid(8, Zemtar::Test::Normals::Smooth, true)});
+    for (int i = 0; i < 5; ++i) {
+        places.emplace_back(grid, "place");
+    }
+    model.AddRoot(Zemtar::Test::MakeAssembly("root", places));
+    const std::string seeds[] = {Fixture("v3.3dm"), Fixture("v8.3dm"), Written(model)};
+    std::mt19937 random(20261121);
+    const auto pick = [&](std::size_t end) {
+        return std::uniform_int_distribution<std::size_t>(0, end - 1)(random);
+    };
+    int refused = 0;
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 200; ++i) {
+        std::string bytes = seeds[i % 3];
+        const std::size_t at = 32 + pick(bytes.size() - 48);
+        switch (i % 5) {
+        case 0:
+            bytes[at] = static_cast<char>(bytes[at] ^ (1 << pick(8)));
+            break;
+        case 1:
+            bytes.erase(at, 1 + pick(16));
+            break;
+        case 2:
+            std::memset(&bytes[at], 0, 16);
+            break;
+        case 3:
+            bytes.insert(at, bytes.substr(at, 1 + pick(64)));
+            break;
+        default:
+            std::memcpy(&bytes[at], "\xFF\xFF\xFF\x7F", 4);
+            break;
+        }
+        Reports::Clear();
+        if (const auto back = Read(bytes)) {
+            Mesh(*back); // what was not tested by a checksum must not hurt either
+        } else {
+            ++refused;
+            EXPECT_NE(Reason(), "");
+        }
+    }
+    EXPECT_GT(refused, 120);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
+}
+
+/// A file of one table after the other, as `write` fills them.
+template <typename Write>
+std::string FileOf(const Write& write)
+{
+    std::ostringstream stream;
+    text::StreamSink sink(stream);
+    rhino::ChunkWriter out(sink);
+    do {
+        out.Bytes("3D Geometry File Format       50");
+        out.Begin(code::Comment);
+        out.End();
+        out.Begin(code::PropertiesTable);
+        out.Short(code::LibraryVersion, rhino::WrittenLibrary);
+        out.Short(code::EndOfTable, 0);
+        out.End();
+        write(out);
+        const std::uint64_t size = out.Position() + 20;
+        out.Begin(code::EndOfFile);
+        out.Put(size);
+        out.End();
+    } while (out.Again());
+    return stream.str();
+}
+
+rhino::Uuid Number(std::uint8_t number)
+{
+    rhino::Uuid id;
+    id.bytes[0] = number;
+    return id;
+}
+
+void Reference(rhino::ChunkWriter& out, std::uint8_t id, std::uint8_t definition, bool isMember)
+{
+    out.Begin(code::ObjectRecord);
+    out.Short(code::ObjectKind, 0x1000);
+    out.BeginObject(rhino::ReferenceId);
+    out.Put(std::uint8_t{0x10});
+    out.Put(Number(definition));
+    out.PutIdentity();
+    out.PutAll({0., 0., 0., 0., 0., 0.});
+    out.EndData();
+    out.EndObject();
+    out.Begin(code::ObjectAttributes);
+    out.Put(std::uint8_t{0x20});
+    out.Put(Number(id));
+    out.Put(std::int32_t{0});
+    out.PutAll<std::uint8_t>({12, static_cast<std::uint8_t>(isMember ? 3 : 0), 0});
+    out.End();
+    out.Short(code::ObjectRecordEnd, 0);
+    out.End();
+}
+
+/// Blocks 1 .. count; each holds `width` references to the next, the last ones to block `last`.
+std::string Nested(std::uint8_t count, std::size_t width, std::uint8_t last)
+{
+    return FileOf([&](rhino::ChunkWriter& out) {
+        out.Begin(code::DefinitionTable);
+        for (std::uint8_t i = 1; i <= count; ++i) {
+            out.Begin(code::DefinitionRecord);
+            out.BeginObject(rhino::DefinitionId);
+            out.Put(std::uint8_t{0x10});
+            out.Put(Number(i));
+            out.Put(static_cast<std::int32_t>(width));
+            for (std::size_t k = 0; k < width; ++k) {
+                out.Put(Number(static_cast<std::uint8_t>(100 + i)));
+            }
+            out.Text("block");
+            out.Text({});
+            out.Text({});
+            out.Text({});
+            out.PutAll({0., 0., 0., 0., 0., 0.});
+            out.Put(std::int32_t{1});
+            out.Text({});
+            out.EndData();
+            out.EndObject();
+            out.End();
+        }
+        out.Short(code::EndOfTable, 0);
+        out.End();
+        out.Begin(code::ObjectTable);
+        for (std::uint8_t i = 1; i <= count; ++i) {
+            Reference(out, static_cast<std::uint8_t>(100 + i),
+                      i < count ? static_cast<std::uint8_t>(i + 1) : last, true);
+        }
+        Reference(out, 99, 1, false);
+        out.Short(code::EndOfTable, 0);
+        out.End();
+    });
+}
+
+TEST(RhinoDamage, BlocksInCirclesAndBlocksWithoutEndAreCutOff)
+{
+    Reports::Clear();
+    const auto circle = Read(Nested(3, 1, 1));
+    ASSERT_TRUE(circle);
+    EXPECT_EQ(Reason(), "a block that contains itself");
+    EXPECT_EQ(TreeText(*circle).text, "assembly \n  instance block (0 0 0)\n    assembly block\n"
+                                      "      instance block (0 0 0)\n        assembly block\n"
+                                      "          instance block (0 0 0)\n            assembly block\n");
+    Reports::Clear();
+    const auto bomb = Read(Nested(40, 20, 77)); // 20 to the 40th
+    ASSERT_TRUE(bomb);
+    bool isSaid = false;
+    for (const Report& report : Reports::Take()) {
+        isSaid = isSaid || report.text == "a block that unfolds to too many instances";
+    }
+    EXPECT_TRUE(isSaid);
+}
+
+/// A mesh of a hundred million vertices in a packed buffer of a few bytes.
+TEST(RhinoDamage, ABufferThatClaimsGigabytesIsRefusedBeforeMemoryIsTaken)
+{
+    constexpr std::int32_t Claimed = 100'000'000;
+    const std::string bytes = FileOf([&](rhino::ChunkWriter& out) {
+        out.Begin(code::ObjectTable);
+        out.Begin(code::ObjectRecord);
+        out.Short(code::ObjectKind, 0x20);
+        out.BeginObject(rhino::MeshId);
+        out.Put(std::uint8_t{0x35});
+        out.PutAll({Claimed, std::int32_t{0}});
+        out.Bytes(std::string(64 + 16 + 64 + 4 + 5, '\0'));
+        out.Put(std::int32_t{4});
+        out.PutAll({std::uint32_t{Claimed} * 12, std::uint32_t{0}});
+        out.Put(std::uint8_t{1});
+        out.Begin(code::Anonymous);
+        out.Bytes(std::string(1000, 'x'));
+        out.End();
+        out.EndData();
+        out.EndObject();
+        out.Short(code::ObjectRecordEnd, 0);
+        out.End();
+        out.Short(code::EndOfTable, 0);
+        out.End();
+    });
+    Reports::Clear();
+    EXPECT_FALSE(Read(bytes));
+    EXPECT_NE(Reason().find("too much memory"), std::string::npos);
+}
+
+} // namespace
+} // namespace rhinotest
