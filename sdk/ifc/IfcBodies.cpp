@@ -4,6 +4,7 @@
 #include <BRepBuilderAPI_Transform.hxx>
 #include <TopLoc_Location.hxx>
 
+#include "sdk/ifc/IfcAlignment.h"
 #include "sdk/occt/EngineScope.h"
 
 namespace cadex::ifc {
@@ -183,8 +184,24 @@ void BodyReader::ReadItem(const Entity& item, std::vector<Body>& bodies)
         break;
     }
     default:
+        ReadOther(item, bodies);
         break;
     }
+}
+
+void BodyReader::ReadOther(const Entity& item, std::vector<Body>& bodies)
+{
+    Body body;
+    if (item.TypeName() == "IFCSECTIONEDSOLIDHORIZONTAL" || item.TypeName() == "IFCSECTIONEDSOLID") {
+        body.kind = Body::Kind::Facets;
+        body.facets = ReadSectionedSolid(myContext, item);
+    } else if (item.TypeName() == "IFCGRADIENTCURVE" || item.TypeName() == "IFCSEGMENTEDREFERENCECURVE") {
+        body.kind = Body::Kind::Curves;
+        AddCurve(item, body);
+    } else {
+        throw Unbuildable("an item of the type " + std::string(item.TypeName()) + ", which is not known");
+    }
+    bodies.push_back(std::move(body));
 }
 
 void BodyReader::ReadShell(const Entity& shell, std::vector<Body>& bodies)

@@ -49,6 +49,7 @@ public:
 
 private:
     void ReadItem(const Entity& item, std::vector<Body>& bodies);
+    void ReadOther(const Entity& item, std::vector<Body>& bodies);
     void ReadShell(const Entity& shell, std::vector<Body>& bodies);
     void ReadFaceSet(const Entity& set, std::vector<Body>& bodies);
     void ReadCurveSet(const Entity& set, std::vector<Body>& bodies);

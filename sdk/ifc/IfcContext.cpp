@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "sdk/ifc/IfcAlignment.h"
 #include "sdk/ifc/IfcUnits.h"
 
 namespace cadex::ifc {
@@ -18,6 +19,11 @@ bool IsOrthogonal(const gp_Mat& m)
     return size > 0 && std::abs(x.Dot(y)) <= slack && std::abs(x.Dot(z)) <= slack &&
            std::abs(y.Dot(z)) <= slack && std::abs(y.SquareModulus() - size) <= slack &&
            std::abs(z.SquareModulus() - size) <= slack;
+}
+
+bool IsLinear(const Entity& placement)
+{
+    return placement.TypeName() == "IFCLINEARPLACEMENT";
 }
 
 gp_XYZ AnyNormalTo(const gp_XYZ& z)
@@ -233,20 +239,36 @@ Affine Context::WorldPlacement(Id id)
         }
         chain.push_back(at);
         const Entity placement = file.Get(at);
-        at = placement.Is(Type::IfcLocalPlacement) ? placement.RefId(0) : 0;
+        at = placement.Is(Type::IfcLocalPlacement) || IsLinear(placement) ? placement.RefId(0) : 0;
     }
     std::reverse(chain.begin(), chain.end());
     for (const Id step : chain) {
         const Entity placement = file.Get(step);
         try {
             outer = placement.Is(Type::IfcGridPlacement) ? outer * GridPlacement(placement)
+                    : IsLinear(placement)                ? outer * AlongCurve(placement)
                                                          : outer * Placement(placement.Ref(1));
-        } catch (const Unbuildable&) {
+        } catch (const Unbuildable& reason) {
             // a damaged step of the chain counts as no displacement
+            Report(internal::Report::Kind::Repaired, reason.what());
         }
         myWorld[step] = outer;
     }
     return outer;
+}
+
+/// IfcLinearPlacement: PlacementRelTo, RelativePlacement, CartesianPosition: the same place once more, which
+/// counts where the curve cannot be read.
+Affine Context::AlongCurve(const Entity& placement)
+{
+    try {
+        return LinearPlacement(*this, placement.Ref(1));
+    } catch (const Unbuildable&) {
+        if (!placement.Ref(2)) {
+            throw;
+        }
+        return Placement(placement.Ref(2));
+    }
 }
 
 Affine Context::RelativePlacement(Id outer, Id inner)

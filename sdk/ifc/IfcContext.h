@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <stdexcept>
 #include <vector>
 
@@ -58,6 +59,8 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+class Alignment;
+
 class Context
 {
 public:
@@ -68,7 +71,8 @@ public:
     double toRadians = 1;        ///< of the project's unit of plane angles
     double precision = 1e-3;     ///< millimetres below which the ends of curves coincide
     double fuzziness = 1e-3;     ///< millimetres below which the file means the same place; 1e-5 to 1
-    Id atWork = 0;               ///< the item that reports name
+    std::map<Id, std::shared_ptr<const Alignment>> alignments; ///< see IfcAlignment.h
+    Id atWork = 0;                                             ///< the item that reports name
 
     /// Bounds the work of references that fan out: throws Unbuildable once the file has caused more steps
     /// than any honest file of its size.
@@ -100,6 +104,7 @@ public:
 private:
     void ReadPrecision();
     Affine GridPlacement(const Entity& placement) const;
+    Affine AlongCurve(const Entity& placement);
 
     std::map<Id, Affine> myWorld;
     std::size_t mySteps = 0;

@@ -1,5 +1,7 @@
 #include "sdk/ifc/IfcCurves.h"
 
+#include "sdk/ifc/IfcAlignment.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numeric>
@@ -370,6 +372,9 @@ Path ReadCurve(Context& context, const Entity& curve)
 {
     const Nesting nesting(CurveDepth());
     context.Step();
+    if (IsAlignment(context, curve)) {
+        return ReadAlignment(context, curve);
+    }
     switch (curve.Type()) {
     case Type::IfcPolyline:
         return ReadPolyline(context, curve);

@@ -1,0 +1,427 @@
+#include "sdk/ifc/IfcAlignment.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "sdk/ifc/IfcLoft.h"
+
+namespace cadex::ifc {
+namespace {
+
+const gp_XYZ Up(0, 0, 1);
+
+/// A stretch of the plane whose curvature changes linearly: lines, arcs and clothoids are its three kinds.
+struct Bend
+{
+    gp_XYZ start;         ///< z = 0
+    double heading = 0;   ///< radians from the x axis
+    double curvature = 0; ///< at the start; above zero to the left. 1/mm
+    double change = 0;    ///< of the curvature, 1/mm2
+    double length = 0;    ///< millimetres
+
+    double HeadingAt(double s) const { return heading + (curvature + change * s / 2) * s; }
+
+    gp_XYZ At(double s) const
+    {
+        if (change == 0 && std::abs(curvature * s) < 1e-12) {
+            return start + gp_XYZ(std::cos(heading), std::sin(heading), 0) * s;
+        }
+        if (change == 0) {
+            const double end = heading + curvature * s;
+            return start + gp_XYZ(std::sin(end) - std::sin(heading), std::cos(heading) - std::cos(end), 0) /
+                               curvature;
+        }
+        // NOTE: Simpson's rule; a step turns by less than a tenth of a radian, so that its error is below
+        // 1e-7 of the way.
+        const double turn = std::abs(curvature * s) + std::abs(change) * s * s / 2;
+        const int steps = 2 * std::clamp(static_cast<int>(10 * turn) + 4, 4, 1000);
+        gp_XYZ sum;
+        for (int i = 0; i <= steps; ++i) {
+            const double weight = i == 0 || i == steps ? 1 : (i % 2 == 1 ? 4 : 2);
+            const double angle = HeadingAt(s * i / steps);
+            sum += gp_XYZ(std::cos(angle), std::sin(angle), 0) * weight;
+        }
+        return start + sum * (s / (3 * steps));
+    }
+};
+
+double MeasureOf(const Context& context, const Entity& entity, std::size_t index)
+{
+    return context.Length(entity, index); // also out of a typed value: IFCLENGTHMEASURE(12.)
+}
+
+/// IfcCurveSegment: Transition, Placement, SegmentStart, SegmentLength, ParentCurve.
+Bend ReadBend(const Context& context, const Entity& segment)
+{
+    const Affine placement = context.Placement(segment.Ref(1));
+    const Entity parent = segment.Ref(4);
+    const double from = MeasureOf(context, segment, 2);
+    const double length = MeasureOf(context, segment, 3);
+    const double sense = length < 0 ? -1 : 1;
+    const gp_XYZ ahead = placement.matrix.Column(1);
+    Bend bend;
+    bend.start = placement.offset;
+    bend.heading = std::atan2(ahead.Y(), ahead.X());
+    bend.length = std::abs(length);
+    if (parent.Is(Type::IfcCircle)) {
+        bend.curvature = sense / context.PositiveLength(parent, 1);
+    } else if (parent.TypeName() == "IFCCLOTHOID") {
+        const double constant = context.Length(parent, 1); // Position, ClothoidConstant
+        if (!(std::abs(constant) > 1e-3)) {
+            throw Unbuildable("a clothoid without a constant");
+        }
+        bend.change = constant / std::abs(constant * constant * constant);
+        bend.curvature = sense * bend.change * from;
+    } else if (!parent.Is(Type::IfcLine) && bend.length > 0) {
+        throw Unbuildable("an alignment with a segment of an unknown kind");
+    }
+    return bend;
+}
+
+class BentWay : public Alignment
+{
+public:
+    BentWay(Context& context, const Entity& curve)
+    {
+        for (const Id id : curve.Refs(0)) {
+            context.Step();
+            const Bend bend = ReadBend(context, context.file.Get(id));
+            if (bend.length > 0) {
+                myStarts.push_back(myLength);
+                myBends.push_back(bend);
+                myLength += bend.length;
+            }
+        }
+        if (myBends.empty()) {
+            throw Unbuildable("an alignment without segments");
+        }
+    }
+
+    double Length() const override { return myLength; }
+    Place At(double distance) const override
+    {
+        const auto after = std::upper_bound(myStarts.begin() + 1, myStarts.end(), distance);
+        const auto index = static_cast<std::size_t>(after - myStarts.begin()) - 1;
+        const Bend& bend = myBends[index];
+        const double s = distance - myStarts[index];
+        const double heading = bend.HeadingAt(s);
+        return {bend.At(s), gp_XYZ(std::cos(heading), std::sin(heading), 0)};
+    }
+
+private:
+    std::vector<Bend> myBends;
+    std::vector<double> myStarts;
+    double myLength = 0;
+};
+
+/// Any other curve, by lengths along it.
+class PathWay : public Alignment
+{
+public:
+    explicit PathWay(Path path) : myPath(std::move(path))
+    {
+        for (Piece& piece : myPath) {
+            piece.span = LengthOf(piece);
+            myLength += piece.span;
+        }
+        if (!(myLength > 0)) {
+            throw Unbuildable("an alignment without length");
+        }
+    }
+
+    double Length() const override { return myLength; }
+    Place At(double distance) const override
+    {
+        const double step = std::min(1.0, myLength / 1000); // millimetres
+        const double from = std::clamp(distance, 0.0, myLength - step);
+        const Path here = Stretch(myPath, from, from + step);
+        const gp_XYZ tangent = Unit(here.back().end - here.front().start, gp_XYZ(1, 0, 0));
+        return {here.front().start + tangent * (distance - from), tangent};
+    }
+
+private:
+    Path myPath;
+    double myLength = 0;
+};
+
+/// Heights over a stretch of the way: straight, round or a polynomial.
+struct Grade
+{
+    double start = 0; ///< distance along the way
+    double height = 0;
+    double slope = 0;                 ///< sine of the angle at the start
+    double curvature = 0;             ///< of an arc, 1/mm; above zero when it bends upwards
+    std::vector<double> coefficients; ///< of a polynomial of the file's lengths
+    double from = 0;                  ///< its parameter at the start
+    double unit = 1;                  ///< millimetres of the file's length
+
+    /// The height, and by how much it rises.
+    std::pair<double, double> At(double distance) const
+    {
+        const double along = distance - start;
+        if (!coefficients.empty()) {
+            const double t = (along + from) / unit;
+            return {height + (Value(t) - Value(from / unit)) * unit, Derivative(t)};
+        }
+        const double sine = std::clamp(slope + curvature * along, -0.99, 0.99);
+        const double rise = sine / std::sqrt(1 - sine * sine);
+        if (curvature == 0) {
+            return {height + rise * along, rise};
+        }
+        return {height + (std::sqrt(1 - slope * slope) - std::sqrt(1 - sine * sine)) / curvature, rise};
+    }
+
+    double Value(double t) const
+    {
+        double value = 0;
+        for (std::size_t i = coefficients.size(); i-- > 0;) {
+            value = value * t + coefficients[i];
+        }
+        return value;
+    }
+    double Derivative(double t) const
+    {
+        double value = 0;
+        for (std::size_t i = coefficients.size(); i-- > 1;) {
+            value = value * t + static_cast<double>(i) * coefficients[i];
+        }
+        return value;
+    }
+};
+
+Grade ReadGrade(const Context& context, const Entity& segment)
+{
+    const Affine placement = context.Placement(segment.Ref(1));
+    const Entity parent = segment.Ref(4);
+    Grade grade;
+    grade.start = placement.offset.X();
+    grade.height = placement.offset.Y();
+    grade.slope = std::clamp(placement.matrix.Column(1).Y(), -0.99, 0.99);
+    grade.from = MeasureOf(context, segment, 2);
+    grade.unit = context.toMillimetres;
+    if (parent.Is(Type::IfcCircle)) {
+        const double sense = MeasureOf(context, segment, 3) < 0 ? -1 : 1;
+        grade.curvature = sense / context.PositiveLength(parent, 1);
+    } else if (parent.TypeName() == "IFCPOLYNOMIALCURVE") {
+        grade.coefficients = parent.Reals(2); // Position, CoefficientsX, CoefficientsY, CoefficientsZ
+    } else if (!parent.Is(Type::IfcLine)) {
+        throw Unbuildable("a profile of heights with a segment of an unknown kind");
+    }
+    return grade;
+}
+
+/// IfcGradientCurve: Segments, SelfIntersect, BaseCurve, EndPoint.
+class GradedWay : public Alignment
+{
+public:
+    GradedWay(Context& context, const Entity& curve) : myBase(AlignmentOf(context, curve.Ref(2)))
+    {
+        for (const Id id : curve.Refs(0)) {
+            context.Step();
+            myGrades.push_back(ReadGrade(context, context.file.Get(id)));
+        }
+        if (myGrades.empty()) {
+            throw Unbuildable("a profile of heights without segments");
+        }
+        std::stable_sort(myGrades.begin(), myGrades.end(),
+                         [](const Grade& a, const Grade& b) { return a.start < b.start; });
+    }
+
+    double Length() const override { return myBase->Length(); }
+    Place At(double distance) const override
+    {
+        Place place = myBase->At(distance);
+        const auto after =
+            std::upper_bound(myGrades.begin() + 1, myGrades.end(), distance,
+                             [](double value, const Grade& grade) { return value < grade.start; });
+        const auto [height, rise] = (after - 1)->At(distance);
+        place.point.SetZ(height);
+        place.tangent = Unit(gp_XYZ(place.tangent.X(), place.tangent.Y(), rise), place.tangent);
+        return place;
+    }
+
+private:
+    std::shared_ptr<const Alignment> myBase;
+    std::vector<Grade> myGrades;
+};
+
+bool HasCurveSegments(const Context& context, const Entity& curve)
+{
+    const std::vector<Id> segments = curve.Refs(0);
+    return !segments.empty() && context.file.Get(segments.front()).TypeName() == "IFCCURVESEGMENT";
+}
+
+/// Distances between which the way turns by little, both ends included.
+void AddStops(const Alignment& way, double from, double to, int depth, std::vector<double>& stops)
+{
+    constexpr double CosineOfTurn = 0.999; // two and a half degrees
+    constexpr int Deepest = 10;
+    const double middle = (from + to) / 2;
+    const gp_XYZ here = way.At(middle).tangent;
+    const bool straight = way.At(from).tangent.Dot(here) > CosineOfTurn &&
+                          here.Dot(way.At(to).tangent) > CosineOfTurn && depth > 1;
+    if (!straight && depth < Deepest) {
+        AddStops(way, from, middle, depth + 1, stops);
+        AddStops(way, middle, to, depth + 1, stops);
+        return;
+    }
+    stops.push_back(to);
+}
+
+int& AlignmentDepth()
+{
+    thread_local int depth = 0;
+    return depth;
+}
+
+std::shared_ptr<const Alignment> ReadWay(Context& context, const Entity& curve)
+{
+    const Nesting nesting(AlignmentDepth());
+    if (curve.TypeName() == "IFCGRADIENTCURVE") {
+        return std::make_shared<GradedWay>(context, curve);
+    }
+    if (curve.TypeName() == "IFCSEGMENTEDREFERENCECURVE") {
+        context.Report(Report::Kind::Noted, "the cant of a way is not shown");
+        return AlignmentOf(context, curve.Ref(2));
+    }
+    if (HasCurveSegments(context, curve)) {
+        return std::make_shared<BentWay>(context, curve);
+    }
+    return std::make_shared<PathWay>(ReadCurve(context, curve));
+}
+
+/// Where a point along a curve is, and the upright frame there.
+struct Stand
+{
+    double distance = 0;
+    double left = 0; ///< of the way, millimetres
+    double above = 0;
+    double ahead = 0;
+};
+
+/// IfcPointByDistanceExpression: DistanceAlong, OffsetLateral, OffsetVertical, OffsetLongitudinal,
+/// BasisCurve.
+Stand StandOf(const Context& context, const Entity& axes)
+{
+    const Entity point = axes.Ref(0);
+    if (point.TypeName() != "IFCPOINTBYDISTANCEEXPRESSION") {
+        throw Unbuildable("a place along a curve without a distance");
+    }
+    return {MeasureOf(context, point, 0), context.Length(point, 1), context.Length(point, 2),
+            context.Length(point, 3)};
+}
+
+Affine FrameAt(const Alignment& way, const Stand& stand)
+{
+    const Alignment::Place place = way.At(stand.distance);
+    Affine frame = Frame(place.point, Up, place.tangent);
+    frame.offset = frame.Point(gp_XYZ(stand.ahead, stand.left, stand.above));
+    return frame;
+}
+
+} // namespace
+
+std::shared_ptr<const Alignment> AlignmentOf(Context& context, const Entity& curve)
+{
+    std::shared_ptr<const Alignment>& known = context.alignments[curve.Id()];
+    if (known == nullptr) {
+        known = ReadWay(context, curve);
+    }
+    return known;
+}
+
+bool IsAlignment(const Context& context, const Entity& curve)
+{
+    return curve.TypeName() == "IFCGRADIENTCURVE" || curve.TypeName() == "IFCSEGMENTEDREFERENCECURVE" ||
+           (curve.Is(Type::IfcCompositeCurve) && HasCurveSegments(context, curve));
+}
+
+Path ReadAlignment(Context& context, const Entity& curve)
+{
+    const std::shared_ptr<const Alignment> way = AlignmentOf(context, curve);
+    std::vector<double> stops{0};
+    AddStops(*way, 0, way->Length(), 0, stops);
+    context.Steps(stops.size());
+    Path path;
+    for (std::size_t i = 1; i < stops.size(); ++i) {
+        Piece piece = Straight(way->At(stops[i - 1]).point, way->At(stops[i]).point);
+        piece.span = (stops[i] - stops[i - 1]) / context.toMillimetres;
+        path.push_back(piece);
+    }
+    return path;
+}
+
+Affine LinearPlacement(Context& context, const Entity& axes)
+{
+    const Stand stand = StandOf(context, axes);
+    const std::shared_ptr<const Alignment> way = AlignmentOf(context, axes.Ref(0).Ref(4));
+    const gp_XYZ z = context.Direction(axes.Ref(1), gp_XYZ(0, 0, 1));
+    const gp_XYZ x = context.Direction(axes.Ref(2), gp_XYZ(1, 0, 0));
+    return FrameAt(*way, stand) * Frame(gp_XYZ(), z, x);
+}
+
+Polyhedron ReadSectionedSolid(Context& context, const Entity& solid)
+{
+    const std::shared_ptr<const Alignment> way = AlignmentOf(context, solid.Ref(0));
+    const std::vector<Id> profiles = solid.Refs(1);
+    const std::vector<Id> positions = solid.Refs(2);
+    if (profiles.size() < 2 || positions.size() != profiles.size()) {
+        throw Unbuildable("sections without positions");
+    }
+    std::vector<Stand> stands;
+    std::vector<Section> outlines;
+    for (std::size_t i = 0; i < profiles.size(); ++i) {
+        stands.push_back(StandOf(context, context.file.Get(positions[i])));
+        const std::vector<Region> regions = ReadProfile(context, context.file.Get(profiles[i]));
+        if (regions.size() != 1 || regions.front().open) {
+            throw Unbuildable("a section that is no single area");
+        }
+        Section& outline = outlines.emplace_back();
+        outline.push_back(Corners(context, regions.front().outer));
+        for (const Path& hole : regions.front().holes) {
+            outline.push_back(Corners(context, hole));
+        }
+        const auto sameSize = [](const std::vector<gp_XYZ>& a, const std::vector<gp_XYZ>& b) {
+            return a.size() == b.size();
+        };
+        if (!std::equal(outline.begin(), outline.end(), outlines.front().begin(), outlines.front().end(),
+                        sameSize)) {
+            throw Unbuildable("sections that do not fit each other");
+        }
+    }
+    std::vector<Section> sections;
+    const auto add = [&](std::size_t before, double share) {
+        const std::size_t after = std::min(before + 1, stands.size() - 1);
+        const auto mixed = [share](double a, double b) { return a + (b - a) * share; };
+        const Stand& a = stands[before];
+        const Stand& b = stands[after];
+        const Affine frame = FrameAt(*way, {mixed(a.distance, b.distance), mixed(a.left, b.left),
+                                            mixed(a.above, b.above), mixed(a.ahead, b.ahead)});
+        Section& section = sections.emplace_back(outlines[before]);
+        for (std::size_t loop = 0; loop < section.size(); ++loop) {
+            for (std::size_t k = 0; k < section[loop].size(); ++k) {
+                const gp_XYZ& from = outlines[before][loop][k];
+                const gp_XYZ& to = outlines[after][loop][k];
+                const gp_XYZ flat = from + (to - from) * share;
+                section[loop][k] = frame.Point(gp_XYZ(0, flat.X(), flat.Y()));
+            }
+        }
+    };
+    add(0, 0);
+    for (std::size_t i = 0; i + 1 < stands.size(); ++i) {
+        const double from = stands[i].distance;
+        const double to = stands[i + 1].distance;
+        if (!(to > from)) {
+            throw Unbuildable("sections that do not follow each other");
+        }
+        std::vector<double> stops;
+        AddStops(*way, from, to, 0, stops);
+        context.Steps(stops.size() * outlines.front().front().size());
+        for (const double stop : stops) {
+            add(i, (stop - from) / (to - from));
+        }
+    }
+    return Loft(sections, false);
+}
+
+} // namespace cadex::ifc
