@@ -667,7 +667,16 @@ private:
         return nullptr;
     }
 
-    int VertexAt(const gp_Pnt2d& corner) { return myResolution.VertexAt(mySurface.Value(corner), myRings); }
+    /// A corner in a pole is the pole's vertex: the surface is not exact there.
+    int VertexAt(const gp_Pnt2d& corner)
+    {
+        for (const Pole& pole : mySurface.poles) {
+            if (std::abs(corner.Coord(pole.fixed + 1) - pole.level) < tolerance::SameParameter) {
+                return myResolution.VertexAt(pole.point, myRings);
+            }
+        }
+        return myResolution.VertexAt(mySurface.Value(corner), myRings);
+    }
 
     /// A side between two corners; of a closed direction the second side is the first one, used backwards.
     bool AddSide(OpenRing& ring, const gp_Pnt2d& from, const gp_Pnt2d& to, int fixed, bool isUpper,

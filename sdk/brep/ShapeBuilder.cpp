@@ -8,6 +8,7 @@
 #include <BRepClass3d_SolidClassifier.hxx>
 #include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
+#include <Geom_BSplineSurface.hxx>
 #include <Geom_Line.hxx>
 #include <ShapeFix_Face.hxx>
 #include <Standard_Failure.hxx>
@@ -66,6 +67,40 @@ double ToleranceFor(double deviation)
 {
     constexpr double Margin = 1.1;
     return std::max(tolerance::Coincident, deviation * Margin);
+}
+
+/// A periodic spline as the kernel takes it for the rings: beginning where they do. Its integrals would miss
+/// the knots beyond the range of the surface otherwise.
+Handle(Geom_Surface) WithOrigin(const Surface& surface, const std::vector<Ring>& rings)
+{
+    Handle(Geom_BSplineSurface) spline = Handle(Geom_BSplineSurface)::DownCast(surface.geometry);
+    if (spline.IsNull() || rings.empty()) {
+        return surface.geometry;
+    }
+    for (const int k : {0, 1}) {
+        const double first = rings.front().low[k], period = surface.period[k];
+        const bool isWithin = first >= surface.low[k] - tolerance::SamePlace &&
+                              rings.front().high[k] <= surface.high[k] + tolerance::SamePlace;
+        if (period <= 0 || isWithin) {
+            continue;
+        }
+        if (spline == surface.geometry) {
+            spline = Handle(Geom_BSplineSurface)::DownCast(spline->Copy());
+        }
+        const double origin = first - period * std::floor((first - surface.low[k]) / period);
+        constexpr double SameKnot = 1e-9;
+        Standard_Integer knot = 0, next = 0;
+        if (k == 0) {
+            spline->InsertUKnot(origin, 1, SameKnot, false);
+            spline->LocateU(origin, SameKnot, knot, next);
+            spline->SetUOrigin(knot);
+        } else {
+            spline->InsertVKnot(origin, 1, SameKnot, false);
+            spline->LocateV(origin, SameKnot, knot, next);
+            spline->SetVOrigin(knot);
+        }
+    }
+    return Handle(Geom_Surface)(spline);
 }
 
 /// A curve that an edge has on a surface: two faces on one surface may see it a period apart.
@@ -153,8 +188,10 @@ public:
     /// One shape for each outer ring; a face, or a compound of faces.
     TopoDS_Shape Make()
     {
-        mySurface = CanShareSurface() ? myFace.surface->geometry
-                                      : Handle(Geom_Surface)::DownCast(myFace.surface->geometry->Copy());
+        mySurface = WithOrigin(*myFace.surface, myFace.rings);
+        if (mySurface == myFace.surface->geometry && !CanShareSurface()) {
+            mySurface = Handle(Geom_Surface)::DownCast(mySurface->Copy());
+        }
         MakeOwnShapes();
         std::vector<TopoDS_Face> faces;
         for (const Ring& ring : myFace.rings) {

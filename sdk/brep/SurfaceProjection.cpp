@@ -51,6 +51,18 @@ gp_Vec2d StepTowards(const gp_Vec& du, const gp_Vec& dv, const gp_Vec& rest)
     return vv > 0 ? gp_Vec2d(0, v / vv) : gp_Vec2d();
 }
 
+/// Near a pole a step may lead round and round: half of a range is as far as one goes.
+gp_Pnt2d Stepped(const Surface& surface, const gp_Pnt2d& at, const gp_Vec2d& step)
+{
+    gp_Pnt2d next;
+    for (const int k : {0, 1}) {
+        const double range = surface.period[k] > 0 ? surface.period[k] : surface.high[k] - surface.low[k];
+        const double by = std::clamp(step.XY().Coord(k + 1), -range / 2, range / 2);
+        next.SetCoord(k + 1, ClampedTo(surface, k, at.Coord(k + 1) + by));
+    }
+    return next;
+}
+
 /// Searches from `place` and leaves the best place found there.
 double Search(const Surface& surface, const gp_Pnt& point, gp_Pnt2d& place)
 {
@@ -67,9 +79,7 @@ double Search(const Surface& surface, const gp_Pnt& point, gp_Pnt2d& place)
             best = rest.Magnitude();
             place = at;
         }
-        const gp_Vec2d step = StepTowards(du, dv, rest);
-        const gp_Pnt2d next(ClampedTo(surface, 0, at.X() + step.X()),
-                            ClampedTo(surface, 1, at.Y() + step.Y()));
+        const gp_Pnt2d next = Stepped(surface, at, StepTowards(du, dv, rest));
         const gp_Vec2d moved(at, next);
         at = next;
         if (!(moved.X() * moved.X() * du.SquareMagnitude() + moved.Y() * moved.Y() * dv.SquareMagnitude() >
