@@ -29,7 +29,9 @@ ModelData_PolyRepresentation FacetedBRep::Mesh(const MeshTolerances&, bool,
     std::vector<mesh::TriangleTables> tables;
     std::vector<ModelData_Appearance> appearances;
     for (const FacetGroup& group : groups) {
-        tables.push_back(mesh::FacetTables(group.points, group.indices));
+        tables.push_back(group.normals.empty() ? mesh::FacetTables(group.points, group.indices)
+                                               : mesh::TriangleTables{group.points, group.normals,
+                                                                      group.indices, group.indices});
         appearances.push_back(group.appearance);
     }
     AddTriangleSets(std::move(tables), appearances, setName, result);

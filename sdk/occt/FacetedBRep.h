@@ -6,6 +6,7 @@
 #include <cadex/Base_Types.hxx>
 #include <cadex/ModelData_Appearance.hxx>
 #include <cadex/ModelData_Point.hxx>
+#include <cadex/ModelData_Vector.hxx>
 
 #include "sdk/occt/EngineBRep.h"
 
@@ -19,6 +20,8 @@ struct FacetGroup
     std::vector<ModelData_Point> points;
     std::vector<U32> indices;        ///< into points, three a triangle; no triangle without area
     ModelData_Appearance appearance; ///< own or the body's; null when neither is set
+    /// Of unit length, one for each point; empty: each triangle has its own.
+    std::vector<ModelData_Vectorf> normals = {};
 };
 
 /// A polyline beside the facets, or alone.
@@ -29,7 +32,7 @@ struct FacetCurve
 };
 
 /// It has no kernel shape of its own: its mesh is a copy of the triangles whatever the tolerances, each
-/// corner with the normal of its facet, and mass properties follow from them exactly.
+/// corner with the normal of its point, else of its facet, and mass properties follow from them exactly.
 class FacetedBRep final : public EngineBRep
 {
 public:

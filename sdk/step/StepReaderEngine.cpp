@@ -6,11 +6,12 @@
 #include <utility>
 
 #include <cadex/STEP_ReaderParameters.hxx>
+#include <cadex/internal/Reports.hxx>
 
 #include "sdk/model/EngineRegistry.h"
 #include "sdk/occt/EngineScope.h"
+#include "sdk/step/StepBodies.h"
 #include "sdk/step/StepFacets.h"
-#include "sdk/step/StepKernel.h"
 #include "sdk/step/StepModelBuilder.h"
 #include "sdk/step/StepText.h"
 #include "sdk/text/FileBytes.h"
@@ -21,20 +22,12 @@ using occt::EngineUse;
 using occt::RunGuarded;
 using text::ReadBytes;
 using text::StemOf;
+
 namespace {
 
 class StepEngine : public internal::ReaderEngine
 {
 public:
-    ~StepEngine() override
-    {
-        // The kernel's records are destroyed under the guard they were made under.
-        RunGuarded(EngineUse::Step, [this] {
-            myKernel.reset();
-            return true;
-        });
-    }
-
     bool ReadFile(const std::filesystem::path& file, const Base_ReaderParameters& parameters) override
     {
         std::string bytes;
@@ -48,35 +41,44 @@ public:
 
     bool Transfer(ModelData_Model& model) override
     {
-        if (myIsFaceted) {
-            return BuildStepModel(myContent, myFacets, model);
+        if (BuildStepModel(myContent, *myGeometry, model)) {
+            return true;
         }
-        return myKernel != nullptr && RunGuarded(EngineUse::Step, [&] {
-                   return myKernel->Transfer(myPreferred) && BuildStepModel(myContent, *myKernel, model);
-               });
+        internal::Reports::Add(internal::Report::Kind::Refused, "nothing in the file can be shown");
+        return false;
     }
 
 private:
+    // All is made here, so that the text need not stay.
     bool Read(std::string bytes, const Base_UTF16String& fileName, const Base_ReaderParameters& parameters)
     {
-        myPreferred = static_cast<const STEP_ReaderParameters&>(parameters).PreferredBRepRepresentationType();
+        const auto preferred =
+            static_cast<const STEP_ReaderParameters&>(parameters).PreferredBRepRepresentationType();
         ClearText text;
-        if (!text.Load(std::move(bytes)) || !ReadStepContent(text, fileName, myContent)) {
+        if (!text.Load(std::move(bytes))) {
+            internal::Reports::Add(internal::Report::Kind::Refused, "not a clear text of ISO 10303-21");
             return false;
         }
-        myIsFaceted = myFacets.Read(text, myContent);
-        if (myIsFaceted) {
+        if (!ReadStepContent(text, fileName, myContent)) {
+            internal::Reports::Add(internal::Report::Kind::Refused,
+                                   "products that contain themselves, or too many of them");
+            return false;
+        }
+        if (auto facets = std::make_unique<StepFacets>(); facets->Read(text, myContent)) {
+            myGeometry = std::move(facets);
             return true;
         }
-        myKernel = std::make_unique<StepKernel>();
-        return RunGuarded(EngineUse::Step, [&] { return myKernel->Read(text, myContent); });
+        return RunGuarded(EngineUse::Geometry, [&] {
+            auto bodies = std::make_unique<StepBodies>();
+            bodies->Read(text, myContent, preferred);
+            myContent.hasGeometry = bodies->HasItems();
+            myGeometry = std::move(bodies);
+            return true;
+        });
     }
 
-    STEP_ReaderParameters::BRepRepresentationType myPreferred = STEP_ReaderParameters::Auto;
     StepContent myContent;
-    StepFacets myFacets;
-    bool myIsFaceted = false;
-    std::unique_ptr<StepKernel> myKernel;
+    std::unique_ptr<StepGeometry> myGeometry;
 };
 
 } // namespace
