@@ -19,14 +19,16 @@ constexpr double SmallestRange = 1e-9;
 constexpr double NarrowCone = 0.2;
 constexpr int RowsOfNarrowCone = 4;
 
-// The diagonals of a sphere's grid are longer than its sides.
+// The diagonals of a grid are longer than its sides.
 constexpr double SphereShare = 0.7;
+constexpr double TorusShare = 0.9;
 
 // Swept curves are divided as their edges are.
 constexpr int SpansOfExtrusion = 16;
 
-constexpr int FewestSamples = 6;
-constexpr int MostSamples = 24;
+constexpr int SamplesOfPiece = 2;
+constexpr int FewestSamples = 4;
+constexpr int MostSamples = 12;
 
 /// The angle that a piece of a circle may cover.
 double ArcStep(double radius, double chord, double angle)
@@ -49,20 +51,26 @@ FaceSteps ConeSteps(const Surface& surface, const ParameterBox& box, double chor
     return steps;
 }
 
-int SamplesFor(const Handle(Geom_BSplineSurface) & spline, int direction)
+/// More for a spline of many pieces, as far as they lie in the range.
+int SamplesFor(const Handle(Geom_BSplineSurface) & spline, const ParameterBox& box, int direction)
 {
     if (spline.IsNull()) {
         return FewestSamples;
     }
-    return std::clamp(2 * (direction == 0 ? spline->NbUKnots() : spline->NbVKnots()), FewestSamples,
-                      MostSamples);
+    int pieces = 1;
+    const int knots = direction == 0 ? spline->NbUKnots() : spline->NbVKnots();
+    for (int i = 1; i <= knots; ++i) {
+        const double knot = direction == 0 ? spline->UKnot(i) : spline->VKnot(i);
+        pieces += knot > box.low[direction] && knot < box.high[direction] ? 1 : 0;
+    }
+    return std::clamp(SamplesOfPiece * pieces, FewestSamples, MostSamples);
 }
 
 /// From the largest second derivatives and curvatures of the lines of constant parameter, by samples.
 FaceSteps SampledSteps(const Surface& surface, const ParameterBox& box, double chord, double angle)
 {
     const Handle(Geom_BSplineSurface) spline = Handle(Geom_BSplineSurface)::DownCast(surface.geometry);
-    const int count[] = {SamplesFor(spline, 0), SamplesFor(spline, 1)};
+    const int count[] = {SamplesFor(spline, box, 0), SamplesFor(spline, box, 1)};
     double bend[2] = {0, 0};
     double turn[2] = {0, 0};
     const auto look = [&](int k, const gp_Vec& first, const gp_Vec& second) {
@@ -84,7 +92,6 @@ FaceSteps SampledSteps(const Surface& surface, const ParameterBox& box, double c
     }
     FaceSteps steps;
     steps.isCurved = true;
-    steps.needsGrid = true;
     for (const int k : {0, 1}) {
         double step = box.Range(k);
         if (bend[k] > 0) {
@@ -95,6 +102,8 @@ FaceSteps SampledSteps(const Surface& surface, const ParameterBox& box, double c
         }
         steps.step[k] = std::max(step, box.Range(k) * SmallestShare);
     }
+    // Curved in one direction, the surface is spanned between the points of the loops.
+    steps.needsGrid = steps.step[0] < box.Range(0) && steps.step[1] < box.Range(1);
     return steps;
 }
 
@@ -115,8 +124,8 @@ FaceSteps RawSteps(const Surface& surface, const ParameterBox& box, double chord
         return {{step, step}, true, true, true};
     }
     case SurfaceKind::Torus:
-        return {{ArcStep(surface.radius + surface.minorRadius, chord, angle),
-                 ArcStep(surface.minorRadius, chord, angle)},
+        return {{TorusShare * ArcStep(surface.radius + surface.minorRadius, chord, angle),
+                 TorusShare * ArcStep(surface.minorRadius, chord, angle)},
                 true,
                 true,
                 false};
