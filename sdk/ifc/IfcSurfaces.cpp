@@ -1,10 +1,10 @@
 // Surfaces, and B-reps with curved faces.
+#include <algorithm>
+#include <map>
 #include <unordered_map>
 
 #include <BRepBuilderAPI_MakeFace.hxx>
-#include <BRepLib.hxx>
-#include <BRep_Builder.hxx>
-#include <BRep_Tool.hxx>
+#include <Geom_BSplineCurve.hxx>
 #include <Geom_BSplineSurface.hxx>
 #include <Geom_CylindricalSurface.hxx>
 #include <Geom_Line.hxx>
@@ -13,16 +13,12 @@
 #include <Geom_SurfaceOfLinearExtrusion.hxx>
 #include <Geom_SurfaceOfRevolution.hxx>
 #include <Geom_ToroidalSurface.hxx>
-#include <ShapeFix_Shape.hxx>
 #include <TColStd_Array2OfReal.hxx>
+#include <TColgp_Array1OfPnt.hxx>
 #include <TColgp_Array2OfPnt.hxx>
-#include <TopoDS.hxx>
-#include <TopoDS_Edge.hxx>
-#include <TopoDS_Face.hxx>
-#include <TopoDS_Shell.hxx>
-#include <TopoDS_Solid.hxx>
-#include <TopoDS_Vertex.hxx>
 
+#include "sdk/brep/Body.h"
+#include "sdk/brep/ShapeBuilder.h"
 #include "sdk/ifc/IfcCurves.h"
 #include "sdk/ifc/IfcFacets.h"
 #include "sdk/ifc/IfcProfiles.h"
@@ -123,198 +119,213 @@ Handle(Geom_Surface) ReadSurface(Context& context, const Entity& surface)
     }
 }
 
-/// Faces of one body, with vertices and edges shared as the file shares them.
-class FaceReader
+/// Faces of one body, with vertices, edges and surfaces shared as the file shares them.
+class BodyDescriber
 {
 public:
-    explicit FaceReader(Context& context) : myContext(context) {}
+    explicit BodyDescriber(Context& context) : myContext(context) {}
 
-    TopoDS_Face Read(const Entity& face)
+    /// The number of the face; a damaged one is left out and reported, and has none.
+    int AddFace(const Entity& face)
     {
-        const Handle(Geom_Surface) surface = SurfaceOf(face);
-        TopoDS_Face result;
-        myBuilder.MakeFace(result, surface, 1e-6);
-        for (Id id : face.Refs(0)) {
-            const Entity bound = myContext.file.Get(id);
-            TopoDS_Wire wire = LoopOf(bound.Ref(0));
-            if (!bound.Boolean(1, true)) {
-                wire.Reverse();
+        try {
+            brep::Face described;
+            described.record = face.Id();
+            described.surface = SurfaceOf(face);
+            described.sameSense = face.Boolean(2, true);
+            for (const Id id : face.Refs(0)) {
+                const Entity bound = myContext.file.Get(id);
+                brep::Loop loop = LoopOf(bound.Ref(0));
+                if (!bound.Boolean(1, true)) {
+                    std::reverse(loop.uses.begin(), loop.uses.end());
+                    for (brep::EdgeUse& use : loop.uses) {
+                        use.forward = !use.forward;
+                    }
+                }
+                described.loops.push_back(std::move(loop));
             }
-            myBuilder.Add(result, wire);
+            return myBody.AddFace(std::move(described));
+        } catch (const Unbuildable& reason) {
+            myContext.Report(Report::Kind::LeftOut, reason.what());
+            return brep::None;
         }
-        // a face against the sense of its surface
-        if (!face.Boolean(2, true)) {
-            result.Reverse();
+    }
+
+    int AddShell(const Entity& shell)
+    {
+        brep::Shell described;
+        described.closed = shell.Is(Type::IfcClosedShell);
+        for (const Id id : shell.Refs(0)) {
+            myContext.Step();
+            const int face = AddFace(myContext.file.Get(id));
+            if (face != brep::None) {
+                described.faces.push_back({face, true});
+            }
         }
-        return result;
+        return myBody.AddShell(std::move(described));
+    }
+
+    brep::Description& Body() { return myBody; }
+
+    TopoDS_Shape Shape() const
+    {
+        const TopoDS_Shape shape = brep::BuildShape(brep::MakeBody(myBody)).shape;
+        if (shape.IsNull()) {
+            throw Unbuildable("a body of which no face can be built");
+        }
+        return shape;
     }
 
 private:
-    Handle(Geom_Surface) SurfaceOf(const Entity& face)
+    int SurfaceOf(const Entity& face)
     {
-        if (face.Ref(1)) {
-            return ReadSurface(myContext, face.Ref(1));
+        const Entity surface = face.Ref(1);
+        if (!surface) {
+            throw Unbuildable("a face with curved edges and no surface");
         }
-        throw Unbuildable("a face with curved edges and no surface");
+        const auto known = mySurfaces.find(surface.Id());
+        if (known != mySurfaces.end()) {
+            return known->second;
+        }
+        const int number = myBody.AddSurface(ReadSurface(myContext, surface));
+        mySurfaces.emplace(surface.Id(), number);
+        return number;
     }
 
-    TopoDS_Vertex VertexOf(const Entity& point)
+    int VertexOf(const Entity& point)
     {
-        TopoDS_Vertex& vertex = myVertices[point.Id()];
-        if (vertex.IsNull()) {
-            myBuilder.MakeVertex(vertex, gp_Pnt(myContext.Point(point)), myContext.precision);
+        const auto known = myVertices.find(point.Id());
+        if (known != myVertices.end()) {
+            return known->second;
         }
-        return vertex;
+        const int number = myBody.AddVertex(gp_Pnt(myContext.Point(point)), myContext.precision);
+        myVertices.emplace(point.Id(), number);
+        return number;
     }
 
-    TopoDS_Wire LoopOf(const Entity& loop)
+    brep::Loop LoopOf(const Entity& loop)
     {
-        TopoDS_Wire wire;
-        myBuilder.MakeWire(wire);
+        brep::Loop described;
         const std::vector<Id> ids = loop.Refs(0);
         myContext.Steps(ids.size() + 1);
         if (loop.Is(Type::IfcPolyLoop)) {
             for (std::size_t i = 0; i < ids.size(); ++i) {
                 AddLine(VertexOf(myContext.file.Get(ids[i])),
-                        VertexOf(myContext.file.Get(ids[(i + 1) % ids.size()])), wire);
+                        VertexOf(myContext.file.Get(ids[(i + 1) % ids.size()])), described);
             }
         }
-        for (Id id : loop.Is(Type::IfcEdgeLoop) ? ids : std::vector<Id>()) {
-            const Entity oriented =
-                myContext.file.Get(id); // EdgeStart, EdgeEnd (both derived), EdgeElement, Orientation
-            TopoDS_Edge edge = EdgeOf(oriented.Ref(2));
-            myBuilder.Add(wire, oriented.Boolean(3, true) ? edge : TopoDS::Edge(edge.Reversed()));
+        for (const Id id : loop.Is(Type::IfcEdgeLoop) ? ids : std::vector<Id>()) {
+            // EdgeStart, EdgeEnd (both derived), EdgeElement, Orientation
+            const Entity oriented = myContext.file.Get(id);
+            described.uses.push_back({.edge = EdgeOf(oriented.Ref(2)), .forward = oriented.Boolean(3, true)});
         }
-        wire.Closed(true);
-        return wire;
+        if (described.uses.empty()) {
+            throw Unbuildable("a loop without edges");
+        }
+        return described;
     }
 
-    void AddLine(const TopoDS_Vertex& from, const TopoDS_Vertex& to, TopoDS_Wire& wire)
+    const gp_Pnt& PointAt(int vertex) const
     {
-        const gp_Pnt start = BRep_Tool::Pnt(from);
-        const gp_Pnt end = BRep_Tool::Pnt(to);
-        if (start.Distance(end) > myContext.precision) {
-            myBuilder.Add(wire, MakeEdge({start.XYZ(), end.XYZ(), {}, 0, 0}, from, to));
-        }
+        return myBody.vertices[static_cast<std::size_t>(vertex)].point;
     }
 
-    TopoDS_Edge MakeEdge(const Piece& piece, const TopoDS_Vertex& from, const TopoDS_Vertex& to)
+    /// Both faces of an edge of poly loops use the same one.
+    void AddLine(int from, int to, brep::Loop& loop)
     {
-        TopoDS_Edge edge;
-        const gp_XYZ way = piece.end - piece.start;
-        const bool straight = piece.curve.IsNull();
-        const Handle(Geom_Curve) curve =
-            straight ? Handle(Geom_Curve)(new Geom_Line(gp_Pnt(piece.start), gp_Dir(way))) : piece.curve;
-        myBuilder.MakeEdge(edge, curve, 1e-6);
-        myBuilder.Add(edge, from.Oriented(TopAbs_FORWARD));
-        myBuilder.Add(edge, to.Oriented(TopAbs_REVERSED));
-        myBuilder.Range(edge, straight ? 0 : piece.first, straight ? way.Modulus() : piece.last);
-        return edge;
+        if (PointAt(from).Distance(PointAt(to)) <= myContext.precision) {
+            return;
+        }
+        const auto [entry, fresh] = myLines.try_emplace(std::minmax(from, to), 0);
+        if (fresh) {
+            entry->second = myBody.AddLine(std::min(from, to), std::max(from, to));
+        }
+        loop.uses.push_back({.edge = entry->second, .forward = from < to});
     }
 
     /// IfcEdgeCurve: EdgeStart, EdgeEnd, EdgeGeometry, SameSense.
-    TopoDS_Edge EdgeOf(const Entity& element)
+    int EdgeOf(const Entity& element)
     {
-        TopoDS_Edge& edge = myEdges[element.Id()];
-        if (!edge.IsNull()) {
-            return edge;
+        const auto known = myEdges.find(element.Id());
+        if (known != myEdges.end()) {
+            return known->second;
         }
-        const TopoDS_Vertex from = VertexOf(element.Ref(0).Ref(0));
-        const TopoDS_Vertex to = VertexOf(element.Ref(1).Ref(0));
-        const gp_XYZ start = BRep_Tool::Pnt(from).XYZ();
-        const gp_XYZ end = BRep_Tool::Pnt(to).XYZ();
+        brep::Edge edge;
+        edge.record = element.Id();
+        edge.start = VertexOf(element.Ref(0).Ref(0));
+        edge.end = VertexOf(element.Ref(1).Ref(0));
         const Entity geometry = element.Ref(2);
-        const bool straight = !geometry || geometry.Is(Type::IfcLine);
-        edge = straight ? MakeEdge(Straight(start, end), from, to)
-                        : MakeEdge(Between(geometry, element.Boolean(3, true), start, end), from, to);
-        return edge;
+        if (geometry && !geometry.Is(Type::IfcLine)) {
+            SetCurve(geometry, element.Boolean(3, true), edge);
+        }
+        const int number = myBody.AddEdge(std::move(edge));
+        myEdges.emplace(element.Id(), number);
+        return number;
     }
 
-    /// The stretch of the curve between two points on it.
-    Piece Between(const Entity& geometry, bool sameSense, const gp_XYZ& start, const gp_XYZ& end)
+    /// The parameters of the ends are the builder's to find.
+    void SetCurve(const Entity& geometry, bool sameSense, brep::Edge& edge)
     {
         Path path = ReadCurve(myContext, geometry);
         path = sameSense ? path : Reversed(path);
-        if (path.size() != 1) {
+        if (path.size() == 1) {
+            edge.curve = path.front().curve;
+            return;
+        }
+        if (!IsStraight(path)) {
             throw Unbuildable("an edge over several pieces");
         }
-        Piece piece = path.front();
-        if (piece.curve.IsNull()) {
-            return Straight(start, end);
+        std::vector<gp_XYZ> points{PointAt(edge.start).XYZ()};
+        for (std::size_t i = 0; i + 1 < path.size(); ++i) {
+            points.push_back(path[i].end);
         }
-        const bool ring = (piece.start - piece.end).Modulus() <= myContext.precision;
-        const double period = piece.last - piece.first;
-        const double first = ParameterOf(piece, start);
-        double last = ParameterOf(piece, end);
-        if ((end - start).Modulus() <= myContext.precision) {
-            return ring ? Piece{start, end, piece.curve, first, first + period} : piece;
-        }
-        if (ring && piece.curve->IsPeriodic() && last <= first) {
-            last += period;
-        }
-        if (last <= first) {
-            throw Unbuildable("an edge against its curve");
-        }
-        return {start, end, piece.curve, first, last};
+        points.push_back(PointAt(edge.end).XYZ());
+        edge.curve = PolylineCurve(points);
     }
 
-    static double ParameterOf(const Piece& piece, const gp_XYZ& point)
+    /// A spline of degree one.
+    static Handle(Geom_Curve) PolylineCurve(const std::vector<gp_XYZ>& points)
     {
-        if ((point - piece.start).Modulus() < 1e-6) {
-            return piece.first;
+        const int count = static_cast<int>(points.size());
+        TColgp_Array1OfPnt poles(1, count);
+        TColStd_Array1OfReal knots(1, count);
+        TColStd_Array1OfInteger multiplicities(1, count);
+        for (int i = 1; i <= count; ++i) {
+            poles.SetValue(i, gp_Pnt(points[static_cast<std::size_t>(i) - 1]));
+            knots.SetValue(i, i);
+            multiplicities.SetValue(i, i == 1 || i == count ? 2 : 1);
         }
-        if ((point - piece.end).Modulus() < 1e-6) {
-            return piece.last;
-        }
-        return NearestParameter(piece, point);
+        return new Geom_BSplineCurve(poles, knots, multiplicities, 1);
     }
 
     Context& myContext;
-    BRep_Builder myBuilder;
-    std::unordered_map<Id, TopoDS_Vertex> myVertices;
-    std::unordered_map<Id, TopoDS_Edge> myEdges;
+    brep::Description myBody;
+    std::unordered_map<Id, int> mySurfaces;
+    std::unordered_map<Id, int> myVertices;
+    std::unordered_map<Id, int> myEdges;
+    std::map<std::pair<int, int>, int> myLines; ///< by vertices, the lower one first
 };
-
-/// Curves on the surfaces, seams and missing degenerate edges are the kernel's business.
-TopoDS_Shape Healed(const TopoDS_Shape& shape)
-{
-    ShapeFix_Shape fix(shape);
-    fix.Perform();
-    return fix.Shape();
-}
-
-TopoDS_Shell ShellOf(Context& context, FaceReader& faces, const Entity& shell)
-{
-    const BRep_Builder builder;
-    TopoDS_Shell result;
-    builder.MakeShell(result);
-    for (Id id : shell.Refs(0)) {
-        context.Step();
-        builder.Add(result, faces.Read(context.file.Get(id)));
-    }
-    result.Closed(shell.Is(Type::IfcClosedShell));
-    return result;
-}
 
 } // namespace
 
 TopoDS_Shape ReadAdvancedShell(Context& context, const Entity& shell)
 {
-    FaceReader faces(context);
-    return Healed(ShellOf(context, faces, shell));
+    BodyDescriber describer(context);
+    const int number = describer.AddShell(shell);
+    describer.Body().sheets.push_back(number);
+    return describer.Shape();
 }
 
 TopoDS_Shape ReadAdvancedBrep(Context& context, const Entity& item)
 {
-    FaceReader faces(context);
-    const BRep_Builder builder;
-    TopoDS_Solid solid;
-    builder.MakeSolid(solid);
-    builder.Add(solid, ShellOf(context, faces, item.Ref(0)));
-    for (Id id : item.Refs(1)) {
-        builder.Add(solid, ShellOf(context, faces, context.file.Get(id)));
+    BodyDescriber describer(context);
+    brep::Solid solid;
+    solid.outer = describer.AddShell(item.Ref(0));
+    for (const Id id : item.Refs(1)) {
+        solid.voids.push_back(describer.AddShell(context.file.Get(id)));
     }
-    return Healed(solid);
+    describer.Body().solids.push_back(std::move(solid));
+    return describer.Shape();
 }
 
 TopoDS_Shape ReadSurfaceItem(Context& context, const Entity& surface)
@@ -322,8 +333,14 @@ TopoDS_Shape ReadSurfaceItem(Context& context, const Entity& surface)
     switch (surface.Type()) {
     case Type::IfcFaceSurface:
     case Type::IfcAdvancedFace: {
-        FaceReader faces(context);
-        return Healed(faces.Read(surface));
+        BodyDescriber describer(context);
+        const int face = describer.AddFace(surface);
+        if (face == brep::None) {
+            throw Unbuildable("a face that cannot be built");
+        }
+        const int shell = describer.Body().AddShell({.faces = {{face, true}}});
+        describer.Body().sheets.push_back(shell);
+        return describer.Shape();
     }
     case Type::IfcCurveBoundedPlane: // BasisSurface, OuterBoundary, InnerBoundaries: curves in the plane
     {

@@ -128,6 +128,7 @@ void ModelBuilder::BuildObject(Id id, const Pending& parent)
     if (!myBuilt.insert(id).second) {
         return;
     }
+    myWholeOf.emplace(id, parent.object);
     const Entity object = myFile.Get(id);
     const Base_UTF16String name = NameOf(object);
     const Affine at = myContext.RelativePlacement(parent.placement, object.RefId(5));
@@ -224,7 +225,7 @@ std::vector<ModelBuilder::Placed> ModelBuilder::ShapeOfObject(const Entity& obje
     const ModelData_Appearance fallback = myStyles.OfObject(object.Id());
     try {
         const std::vector<Id> representations = Representations(object);
-        if (!representations.empty() && myRelations.openings.count(object.Id()) != 0) {
+        if (!representations.empty() && HasOpenings(object.Id())) {
             return CutShape(object, representations, name, fallback);
         }
         for (Id id : representations) {
@@ -269,15 +270,31 @@ std::vector<ModelBuilder::Placed> ModelBuilder::CutShape(const Entity& object,
     return placed;
 }
 
+bool ModelBuilder::HasOpenings(Id object) const
+{
+    for (Id whole = object; whole != 0;) {
+        if (myRelations.openings.count(whole) != 0) {
+            return true;
+        }
+        const auto next = myWholeOf.find(whole);
+        whole = next == myWholeOf.end() ? 0 : next->second;
+    }
+    return false;
+}
+
 std::vector<Body> ModelBuilder::Openings(const Entity& object)
 {
     std::vector<Body> tools;
-    for (Id id : myRelations.List(myRelations.openings, object.Id())) {
-        const Entity opening = myFile.Get(id);
-        const Affine at = myContext.RelativePlacement(object.RefId(5), opening.RefId(5));
-        for (Id representation : Representations(opening)) {
-            myBodies.ReadFlat(myFile.Get(representation), at, tools);
+    for (Id whole = object.Id(); whole != 0;) {
+        for (Id id : myRelations.List(myRelations.openings, whole)) {
+            const Entity opening = myFile.Get(id);
+            const Affine at = myContext.RelativePlacement(object.RefId(5), opening.RefId(5));
+            for (Id representation : Representations(opening)) {
+                myBodies.ReadFlat(myFile.Get(representation), at, tools);
+            }
         }
+        const auto next = myWholeOf.find(whole);
+        whole = next == myWholeOf.end() ? 0 : next->second;
     }
     return tools;
 }

@@ -50,7 +50,9 @@ private:
     std::vector<Id> Representations(const Entity& object) const;
     std::vector<Placed> CutShape(const Entity& object, const std::vector<Id>& representations,
                                  const Base_UTF16String& name, const ModelData_Appearance& fallback);
+    /// Those of the object and of the wholes that it is a part of: layers of a wall have its openings.
     std::vector<Body> Openings(const Entity& object);
+    bool HasOpenings(Id object) const;
     void AddGridAxes(const Entity& grid, std::vector<Body>& bodies);
     void AddItems(const Entity& representation, const Base_UTF16String& name,
                   const ModelData_Appearance& fallback, std::vector<Placed>& placed,
@@ -70,6 +72,7 @@ private:
     BodyReader myBodies;
 
     std::unordered_set<Id> myBuilt;
+    std::unordered_map<Id, Id> myWholeOf; ///< what an object stands under
     std::vector<Pending> myPending;
     std::map<std::pair<Id, const void*>, ModelData_SceneGraphElement>
         myMaps;                                              ///< by map and fallback appearance

@@ -98,6 +98,26 @@ string AdvancedCylinder(IfcText& f)
     return f.Add("IFCADVANCEDBREP(" + shell + ")");
 }
 
+/// The lower half of a ball of radius 10 under a plane: a spherical face with one ring, and the pole in it.
+string AdvancedBowl(IfcText& f)
+{
+    const string vertex = f.Add("IFCVERTEXPOINT(" + f.Point(10, 0, 0) + ")");
+    const string ring = f.Add("IFCEDGECURVE(" + vertex + "," + vertex + "," +
+                              f.Add("IFCCIRCLE(" + f.axes + ",10.)") + ",.T.)");
+    const auto face = [&](bool forward, const string& surface) {
+        const string edge = f.Add("IFCORIENTEDEDGE(*,*," + ring + (forward ? ",.T.)" : ",.F.)"));
+        const string loop = f.Add("IFCEDGELOOP((" + edge + "))");
+        return f.Add("IFCADVANCEDFACE((" + f.Add("IFCFACEBOUND(" + loop + ",.T.)") + ")," + surface +
+                     ",.T.)");
+    };
+    const string shell =
+        f.Add("IFCCLOSEDSHELL(" +
+              IfcText::List({face(true, f.Add("IFCPLANE(" + f.axes + ")")),
+                             face(false, f.Add("IFCSPHERICALSURFACE(" + f.axes + ",10.)"))}) +
+              ")");
+    return f.Add("IFCADVANCEDBREP(" + shell + ")");
+}
+
 string Disk(IfcText& f, const string& inner)
 {
     return f.Add("IFCSWEPTDISKSOLID(" + f.Polyline({{0, 0, 0}, {0, 0, 100}}) + ",10.," + inner + ",$,$)");
@@ -508,6 +528,7 @@ std::vector<Solid> Constructed()
          {0, 0, 0},
          {100, 100, 100}},
         {"advanced B-rep", AdvancedCylinder, 5000 * Pi, {-10, -10, 0}, {10, 10, 50}, 1e-6},
+        {"advanced B-rep with a pole", AdvancedBowl, 2000 * Pi / 3, {-10, -10, -10}, {10, 10, 0}, 1e-6},
         {"triangles", Tetrahedron, 36000, {0, 0, 0}, {60, 60, 60}},
         {"polygons", PolygonalPrism, 7000, {0, 0, 0}, {30, 30, 10}},
     };

@@ -185,6 +185,34 @@ TEST(IfcTree, OpeningsAreCutAndNeitherTheyNorSpacesAreBodies)
     EXPECT_EQ(model.Named("hole", 'I'), nullptr);
 }
 
+TEST(IfcTree, LayersHaveTheOpeningsOfTheirWall)
+{
+    IfcText f;
+    const string wall = f.Product("IFCWALL", "wall", "$");
+    std::vector<string> layers;
+    for (const double y : {0.0, 100.0}) {
+        const string shape =
+            f.Definition({f.Shape({f.Extrude(f.Rectangle(1000, 100), 2000, f.Axes(0, y, 0))})});
+        layers.push_back(f.Add("IFCBUILDINGELEMENTPART(" + f.Guid() + ",$,'layer',$,$," + f.placement + "," +
+                               shape + ",$,$)"));
+    }
+    f.Add("IFCRELAGGREGATES(" + f.Guid() + ",$,$,$," + wall + "," + IfcText::List(layers) + ")");
+    const string hole = f.Definition({f.Shape({f.Extrude(f.Rectangle(200, 1000), 500, f.Axes(0, 0, 500))})});
+    const string opening =
+        f.Add("IFCOPENINGELEMENT(" + f.Guid() + ",$,'hole',$,$," + f.placement + "," + hole + ",$,$)");
+    f.Add("IFCRELVOIDSELEMENT(" + f.Guid() + ",$,$,$," + wall + "," + opening + ")");
+    const ReadBack model(f.Text());
+    int layersSeen = 0;
+    for (const Node* part : model.Parts()) {
+        if (part->name == "layer") {
+            ++layersSeen;
+            EXPECT_NEAR(part->enclosed, 100 * (1000 * 2000 - 200 * 500), 1e-3);
+            EXPECT_EQ(part->openEdges, 0);
+        }
+    }
+    EXPECT_EQ(layersSeen, 2);
+}
+
 TEST(IfcTree, AnnotationsAndGridsBecomePolylines)
 {
     IfcText f("IFC2X3");
