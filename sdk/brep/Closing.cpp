@@ -114,6 +114,13 @@ bool JoinSides(Geom_BSplineSurface& spline, int direction)
     return true;
 }
 
+/// Whether the control points reach the ends of the range.
+bool IsClamped(const Geom_BSplineCurve& spline)
+{
+    return spline.Multiplicity(1) > spline.Degree() &&
+           spline.Multiplicity(spline.NbKnots()) > spline.Degree();
+}
+
 bool IsClamped(const Geom_BSplineSurface& spline)
 {
     return spline.UMultiplicity(1) > spline.UDegree() && spline.VMultiplicity(1) > spline.VDegree() &&
@@ -143,8 +150,13 @@ Handle(Geom_Curve) PeriodicCurve(const Handle(Geom_Curve) & curve)
         return basis;
     }
     const Handle(Geom_BSplineCurve) spline = GeomConvert::CurveToBSplineCurve(curve); // a copy
-    if (spline.IsNull() || spline->Multiplicity(1) <= spline->Degree() ||
-        spline->Multiplicity(spline->NbKnots()) <= spline->Degree() ||
+    if (spline.IsNull()) {
+        return {};
+    }
+    if (!IsClamped(*spline)) {
+        spline->Segment(spline->FirstParameter(), spline->LastParameter());
+    }
+    if (!IsClamped(*spline) ||
         std::abs(spline->Weight(1) - spline->Weight(spline->NbPoles())) > tolerance::SameAxis) {
         return {};
     }

@@ -386,15 +386,32 @@ TopoDS_Face MakeBare(const Body& body, const Face& given, const Surface& surface
     return face;
 }
 
+/// Whether every ring of edges comes back to where it starts: half a face is no face.
+bool HasClosedWires(const TopoDS_Shape& shape)
+{
+    TopExp_Explorer wire(shape, TopAbs_WIRE);
+    if (!wire.More()) {
+        return false;
+    }
+    for (; wire.More(); wire.Next()) {
+        if (!BRep_Tool::IsClosed(wire.Current())) {
+            return false;
+        }
+    }
+    return true;
+}
+
 bool HasFaces(const TopoDS_Shape& shape)
 {
     return !shape.IsNull() && TopExp_Explorer(shape, TopAbs_FACE).More();
 }
 
-/// Null when healing comes to nothing.
+/// Null when healing comes to nothing, or when something of the face is missing.
 TopoDS_Shape Heal(const Body& body, const Face& given, const ResolvedFace& resolved)
 {
-    if (resolved.surface == nullptr || resolved.status == ResolveStatus::NoSurface) {
+    const bool isIncomplete =
+        resolved.status == ResolveStatus::NoSurface || resolved.status == ResolveStatus::BadEdge;
+    if (resolved.surface == nullptr || isIncomplete) {
         return {};
     }
     try {
@@ -403,8 +420,7 @@ TopoDS_Shape Heal(const Body& body, const Face& given, const ResolvedFace& resol
         fix.Perform();
         fix.FixOrientation();
         const TopoDS_Shape result = fix.Result();
-        const bool hasEdges = HasFaces(result) && TopExp_Explorer(result, TopAbs_EDGE).More();
-        return hasEdges ? result : TopoDS_Shape();
+        return HasFaces(result) && HasClosedWires(result) ? result : TopoDS_Shape();
     } catch (const Standard_Failure&) {
         return {};
     }

@@ -36,17 +36,12 @@
 
 #include "sdk/brep/ShapeBuilder.h"
 #include "tests/sdk/brep/DescriptionOf.h"
+#include "tests/sdk/brep/FaceMeasures.h"
 
 namespace cadex::brep {
 namespace {
 
 const gp_Pnt Centre(10, -20, 5);
-
-struct Measures
-{
-    double area = 0;
-    double volume = 0;
-};
 
 /// Exact enough where surfaces are elementary.
 Measures KernelMeasures(const TopoDS_Shape& shape)
@@ -55,87 +50,6 @@ Measures KernelMeasures(const TopoDS_Shape& shape)
     BRepGProp::SurfaceProperties(shape, area);
     BRepGProp::VolumeProperties(shape, volume);
     return {area.Mass(), volume.Mass()};
-}
-
-/// Places where the rings of a face cross a line of constant v, in order.
-std::vector<double> Crossings(const std::vector<std::vector<gp_Pnt2d>>& outlines, double v)
-{
-    std::vector<double> found;
-    for (const std::vector<gp_Pnt2d>& outline : outlines) {
-        for (std::size_t i = 0; i < outline.size(); ++i) {
-            const gp_Pnt2d &a = outline[i], &b = outline[(i + 1) % outline.size()];
-            if ((a.Y() > v) != (b.Y() > v)) {
-                found.push_back(a.X() + (b.X() - a.X()) * (v - a.Y()) / (b.Y() - a.Y()));
-            }
-        }
-    }
-    std::sort(found.begin(), found.end());
-    return found;
-}
-
-std::vector<std::vector<gp_Pnt2d>> OutlinesOf(const Body& body, const ResolvedFace& face)
-{
-    constexpr int Samples = 240;
-    std::vector<std::vector<gp_Pnt2d>> outlines;
-    for (const Ring& ring : face.rings) {
-        outlines.emplace_back();
-        for (const RingUse& use : ring.uses) {
-            for (int i = 0; i < Samples; ++i) {
-                const double part = double(use.forward ? i : Samples - i) / Samples;
-                const double t = use.first + (use.last - use.first) * part;
-                gp_Pnt2d place = use.curve.Value(t);
-                if (face.surface->kind == SurfaceKind::Plane) {
-                    Project(*face.surface, face.EdgeOf(body, use).Value(t), place);
-                }
-                outlines.back().push_back(place);
-            }
-        }
-    }
-    return outlines;
-}
-
-/// Area and share of the volume between the rings, by rows of points: the kernel's integrals and its mesher
-/// are coarse on splines of few spans.
-Measures MeasuresOf(const Body& body, const ResolvedFace& face)
-{
-    constexpr int Rows = 100, Columns = 48;
-    const auto outlines = OutlinesOf(body, face);
-    double low = 1e300, high = -1e300;
-    for (const auto& outline : outlines) {
-        for (const gp_Pnt2d& place : outline) {
-            low = std::min(low, place.Y());
-            high = std::max(high, place.Y());
-        }
-    }
-    Measures sum;
-    const double step = (high - low) / Rows;
-    for (int row = 0; row < Rows; ++row) {
-        const double v = low + step * (row + 0.5);
-        const std::vector<double> ends = Crossings(outlines, v);
-        for (std::size_t i = 0; i + 1 < ends.size(); i += 2) {
-            const double width = (ends[i + 1] - ends[i]) / Columns;
-            for (int column = 0; column < Columns; ++column) {
-                gp_Pnt point;
-                gp_Vec du, dv;
-                face.surface->D1(gp_Pnt2d(ends[i] + width * (column + 0.5), v), point, du, dv);
-                const gp_Vec normal = du.Crossed(dv) * (width * step);
-                sum.area += normal.Magnitude();
-                sum.volume += gp_Vec(Centre, point).Dot(normal) / 3 * (face.forward ? 1 : -1);
-            }
-        }
-    }
-    return sum;
-}
-
-Measures MeasuresOf(const Body& body, const std::vector<ResolvedFace>& faces)
-{
-    Measures sum;
-    for (const ResolvedFace& face : faces) {
-        const Measures one = MeasuresOf(body, face);
-        sum.area += one.area;
-        sum.volume += one.volume;
-    }
-    return sum;
 }
 
 /// Off the axes, so that nothing fits by accident; the middle goes to Centre.
@@ -212,7 +126,7 @@ void ExpectBuilt(const Description& description, const TopoDS_Shape& given, doub
     EXPECT_EQ(built.leftOut, 0u);
     ASSERT_FALSE(built.shape.IsNull());
     EXPECT_TRUE(BRepCheck_Analyzer(built.shape).IsValid());
-    const Measures found = MeasuresOf(body, faces), expected = KernelMeasures(given);
+    const Measures found = MeasuresOf(body, faces, Centre), expected = KernelMeasures(given);
     EXPECT_NEAR(found.area, expected.area, accuracy * expected.area);
     EXPECT_NEAR(found.volume, expected.volume, accuracy * expected.volume);
 }
