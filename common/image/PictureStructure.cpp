@@ -560,9 +560,9 @@ bool isSoundGif(PictureBytes file)
 
 bool needsSoundPicture(FREE_IMAGE_FORMAT format)
 {
-    constexpr std::array kFormats = {FIF_KOALA, FIF_PCD, FIF_IFF, FIF_XBM,   FIF_WBMP, FIF_CUT,
-                                     FIF_RAS,   FIF_PCX, FIF_SGI, FIF_DDS,   FIF_GIF,  FIF_PICT,
-                                     FIF_PSD,   FIF_XPM, FIF_MNG, FIF_TARGA, FIF_JNG,  FIF_ICO};
+    constexpr std::array kFormats = {FIF_KOALA, FIF_PCD,   FIF_IFF, FIF_XBM, FIF_WBMP, FIF_CUT, FIF_RAS,
+                                     FIF_PCX,   FIF_SGI,   FIF_DDS, FIF_GIF, FIF_PICT, FIF_PSD, FIF_XPM,
+                                     FIF_MNG,   FIF_TARGA, FIF_JNG, FIF_ICO, FIF_TIFF};
     return std::find(kFormats.begin(), kFormats.end(), format) != kFormats.end();
 }
 
@@ -590,6 +590,8 @@ bool isSoundPicture(FREE_IMAGE_FORMAT format, QByteArray& bytes)
         return isSoundSgi(file);
     case FIF_DDS:
         return isSoundDds(file);
+    case FIF_TIFF:
+        return isSoundTiff(bytes);
     case FIF_ICO:
         return isSoundIcon(file);
     case FIF_TARGA:

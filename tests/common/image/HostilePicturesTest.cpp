@@ -87,6 +87,23 @@ QByteArray psd(bool isPacked)
     return file + (isPacked ? runs(3 * kHeight, kWidth, 0) : pixels(3 * kWidth * kHeight));
 }
 
+/// A little-endian TIFF file with another value, or another number, of a tag.
+QByteArray withTag(QByteArray file, int tag, int value, int renamed = 0)
+{
+    const auto number = [&](qsizetype at) {
+        return static_cast<uchar>(file[at]) | (static_cast<uchar>(file[at + 1]) << 8);
+    };
+    const qsizetype directory = number(4);
+    for (qsizetype entry = directory + 2; entry < directory + 2 + 12 * number(directory); entry += 12) {
+        if (number(entry) == tag) {
+            file[entry + 8] = static_cast<char>(value);
+            file[entry + 9] = 0;
+            file[entry] = static_cast<char>(renamed != 0 ? renamed : tag);
+        }
+    }
+    return file;
+}
+
 /// Sound files by name.
 QList<std::pair<QString, QByteArray>> handMade()
 {
@@ -196,6 +213,7 @@ TEST_F(HostilePictures, SoundFilesComeOutAsTheDecoderHasThem)
 
 TEST_F(HostilePictures, KnownOnesAreRefused)
 {
+    const QByteArray grey = read(path("w8.none.tif"));
     const std::pair<const char*, QByteArray> known[] = {
         {"size.iff", hex("464f524d00000100494c424d")},
         {"cut.xbm", "#define a_width 16\n#define a_height 2\nstatic char a_bits[] = {\n0x12,"},
@@ -210,6 +228,10 @@ TEST_F(HostilePictures, KnownOnesAreRefused)
         {"colors.pict", read(path("a.pict")).replace(606, 2, hex("0fff"))},
         {"rows.cut", read(path("a.cut")).insert(8, QByteArray(3 * kHeight, '\0'))},
         {"small.tga", hex("00000a0000000000000000000100ffff1800") + hex("ff010203")},
+        {"palette.tif", withTag(grey, 262, 3)},
+        {"samples.tif", withTag(grey, 277, 4)},
+        {"lab.tif", withTag(grey, 262, 8)},
+        {"strips.tif", withTag(grey, 278, 0)},
         {"header.koa", QByteArray(100, '\0')},
         {"short.pcd", QByteArray(2048, '\0')},
     };
@@ -218,6 +240,15 @@ TEST_F(HostilePictures, KnownOnesAreRefused)
         EXPECT_TRUE(ZemtarImage::ConvertToExr(host(name), host("out.exr"), true).IsEmpty()) << name;
     }
     EXPECT_FALSE(QFile::exists(path("out.exr")));
+}
+
+TEST_F(HostilePictures, GreyWithoutANumberOfSamplesHasOne)
+{
+    const QString file = write("class G.tif", withTag(read(path("w8.none.tif")), 277, 1, 276));
+    const Bitmap bitmap = decode(file);
+    ASSERT_NE(bitmap, nullptr);
+    EXPECT_EQ(FreeImage_GetBPP(bitmap.get()), 8u);
+    EXPECT_FALSE(FreeImage_IsTransparent(bitmap.get()));
 }
 
 TEST_F(HostilePictures, UniformPicturesWithoutLossAreSmall)
