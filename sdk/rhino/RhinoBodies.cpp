@@ -14,6 +14,8 @@
 #include <TColStd_Array1OfReal.hxx>
 #include <TColgp_Array1OfPnt2d.hxx>
 
+#include "sdk/rhino/RhinoBrepTables.h"
+
 namespace cadex::rhino {
 
 namespace {
@@ -21,186 +23,6 @@ namespace {
 constexpr Uuid BrepIds[] = {
     Uuid("60b5dbc5-e660-11d3-bfe4-0010830122f0"), Uuid("f06fc243-a32a-4608-9dd8-a7d2c4ce2a36"),
     Uuid("2d4cfedb-3e2a-11d4-800e-0010830122f0"), Uuid("0705fdef-3e2a-11d4-800e-0010830122f0")};
-
-/// From this version of the writing library on, edges and trims have a domain of their own.
-constexpr std::uint32_t LibraryWithDomains = 200206180;
-
-constexpr double LeastTolerance = 1e-7;
-constexpr double LargestTolerance = 1; ///< of a vertex or edge, as a fraction of nothing: millimetres
-
-/// Unset values are far below zero.
-double ToleranceOf(double value, double millimetres)
-{
-    const double tolerance = value * millimetres;
-    return tolerance > LeastTolerance ? std::min(tolerance, LargestTolerance) : LeastTolerance;
-}
-
-struct FileVertex
-{
-    gp_Pnt point;
-    double tolerance = LeastTolerance;
-};
-
-struct FileEdge
-{
-    int curve = -1;
-    bool isReversed = false; ///< against its curve
-    std::array<double, 2> interval{};
-    int start = -1;
-    int end = -1;
-    double tolerance = LeastTolerance;
-    int uses = 0;
-};
-
-struct FileTrim
-{
-    int curve = -1;
-    std::array<double, 2> interval{}; ///< of the curve
-    int edge = -1;
-    bool isAgainstEdge = false;
-    bool isReversed = false; ///< against its curve
-};
-
-struct FileLoop
-{
-    std::vector<int> trims;
-};
-
-struct FileFace
-{
-    std::vector<int> loops;
-    int surface = -1;
-    bool isReversed = false;
-    PackedColour colour = UnsetColour;
-};
-
-/// The tables of a B-rep as they stand in the file.
-struct FileBrep
-{
-    enum class Closure
-    {
-        Unknown = 0,
-        Outward = 1,
-        Inward = 2,
-        Open = 3
-    };
-    std::vector<Curve> curves2d;
-    std::vector<Curve> curves3d;
-    std::vector<Surface> surfaces;
-    std::vector<FileVertex> vertices;
-    std::vector<FileEdge> edges;
-    std::vector<FileTrim> trims;
-    std::vector<FileLoop> loops;
-    std::vector<FileFace> faces;
-    Closure closure = Closure::Unknown;
-};
-
-template <typename Item>
-const Item* At(const std::vector<Item>& items, int index)
-{
-    return index >= 0 && static_cast<std::size_t>(index) < items.size()
-               ? &items[static_cast<std::size_t>(index)]
-               : nullptr;
-}
-
-/// Objects in a chunk: a count, and for each 1 and its wrapper, or 0.
-template <typename Item, typename Read>
-std::vector<Item> ReadObjects(Chunk& data, Read read)
-{
-    Chunk list = data.Child(code::Anonymous);
-    list.ByteVersion();
-    const std::size_t count = list.Count(4);
-    std::vector<Item> items;
-    for (std::size_t i = 0; i < count; ++i) {
-        items.push_back(list.I32() != 0 ? read(list) : Item());
-    }
-    list.Finish();
-    return items;
-}
-
-/// A table: versioned chunk, count, items.
-template <typename Item, typename Read>
-std::vector<Item> ReadTable(Chunk& data, std::size_t itemSize, Read read)
-{
-    Chunk table = data.Child(code::Anonymous);
-    const int minor = table.ByteVersion().minor;
-    const std::size_t count = table.Count(itemSize);
-    std::vector<Item> items(count);
-    for (Item& item : items) {
-        read(table, item);
-    }
-    if constexpr (std::is_same_v<Item, FileFace>) {
-        if (minor >= 1) {
-            table.Skip(count * 16);
-        }
-        if (minor >= 2 && table.Bool()) {
-            for (Item& item : items) {
-                item.colour = table.U32();
-            }
-        }
-    }
-    table.Finish();
-    return items;
-}
-
-void ReadTables(Chunk& data, double millimetres, FileBrep& brep)
-{
-    const ArchiveFacts& facts = data.Facts();
-    const bool hasDomains = facts.version >= 3 && facts.library >= LibraryWithDomains;
-    brep.curves2d = ReadObjects<Curve>(data, [](Chunk& list) { return ReadCurveObject(list, 1); });
-    brep.curves3d = ReadObjects<Curve>(data, [&](Chunk& list) { return ReadCurveObject(list, millimetres); });
-    brep.surfaces =
-        ReadObjects<Surface>(data, [&](Chunk& list) { return ReadSurfaceObject(list, millimetres); });
-    brep.vertices = ReadTable<FileVertex>(data, 40, [&](Chunk& table, FileVertex& vertex) {
-        table.Skip(4);
-        const auto point = table.Doubles<3>();
-        vertex.point = gp_Pnt(point[0] * millimetres, point[1] * millimetres, point[2] * millimetres);
-        table.Skip(table.Count(4) * 4); // edges
-        vertex.tolerance = ToleranceOf(table.Double(), millimetres);
-    });
-    brep.edges = ReadTable<FileEdge>(data, 48, [&](Chunk& table, FileEdge& edge) {
-        table.Skip(4);
-        edge.curve = table.I32();
-        edge.isReversed = table.I32() != 0;
-        edge.interval = table.Doubles<2>();
-        edge.start = table.I32();
-        edge.end = table.I32();
-        edge.uses = static_cast<int>(table.Array<std::int32_t>().size());
-        edge.tolerance = ToleranceOf(table.Double(), millimetres);
-        if (hasDomains) {
-            table.Skip(16);
-        }
-    });
-    brep.trims = ReadTable<FileTrim>(data, 132, [&](Chunk& table, FileTrim& trim) {
-        table.Skip(4);
-        trim.curve = table.I32();
-        trim.interval = table.Doubles<2>();
-        trim.edge = table.I32();
-        table.Skip(8); // vertices
-        trim.isAgainstEdge = table.I32() != 0;
-        table.Skip(12 + 16); // type, iso, loop; tolerances
-        if (hasDomains) {
-            table.Skip(16);
-            trim.isReversed = table.U8() != 0;
-            table.Skip(7 + 24);
-        } else {
-            table.Skip(48);
-        }
-        table.Skip(16);
-    });
-    brep.loops = ReadTable<FileLoop>(data, 16, [](Chunk& table, FileLoop& loop) {
-        table.Skip(4);
-        loop.trims = table.Array<std::int32_t>();
-        table.Skip(8); // type, face
-    });
-    brep.faces = ReadTable<FileFace>(data, 20, [](Chunk& table, FileFace& face) {
-        table.Skip(4);
-        face.loops = table.Array<std::int32_t>();
-        face.surface = table.I32();
-        face.isReversed = table.I32() != 0;
-        table.Skip(4); // material
-    });
-}
 
 /// From the tables of the file to a description.
 class BrepDescriber
@@ -448,13 +270,19 @@ Body ReadBrep(Chunk& data, const BodyContext& context)
 {
     Body body;
     const Chunk::Version version = data.ByteVersion();
+    FileBrep brep;
+    if (version.major == 2) {
+        ReadOldBrepTables(data, context.millimetres, brep);
+        body.faceCount = brep.faces.size();
+        BrepDescriber(brep, context, body).Describe();
+        return body;
+    }
     if (version.major != 3) {
         data.SkipRest();
         body.lostFaces = 1;
         return body;
     }
-    FileBrep brep;
-    ReadTables(data, context.millimetres, brep);
+    ReadBrepTables(data, context.millimetres, brep);
     data.Skip(48); // box
     if (version.minor >= 1) {
         body.renderMeshes = data.Child(code::Anonymous);

@@ -16,6 +16,8 @@ namespace cadex::rhino {
 inline constexpr Uuid MeshId("4ed7d4e4-e947-11d3-bfe5-0010830122f0");
 inline constexpr Uuid PointId("c3101a1d-f157-11d3-bfe7-0010830122f0");
 inline constexpr Uuid PolylineId("4ed7d4e6-e947-11d3-bfe5-0010830122f0");
+inline constexpr Uuid PolyCurveId("4ed7d4e0-e947-11d3-bfe5-0010830122f0");
+inline constexpr Uuid NurbsSurfaceId("4ed7d4de-e947-11d3-bfe5-0010830122f0");
 inline constexpr Uuid ReferenceId("f9cfb638-b9d4-4340-87e3-c56e7865d96a");
 inline constexpr Uuid DefinitionId("26f8bff6-2618-417f-a158-153d64a94989");
 inline constexpr Uuid LayerId("95809813-e985-11d3-bfe5-0010830122f0");

@@ -3,6 +3,9 @@
 #include "tests/sdk/rhino/Files3dm.h"
 #include "tests/sdk/rhino/TreeText.h"
 
+#include <algorithm>
+#include <array>
+#include <cmath>
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -152,6 +155,47 @@ TEST(RhinoReader, BodiesOfRealFilesMatchTheirOwnMeshes)
         }
     }
     EXPECT_GT(compared, 5U);
+}
+
+/// The same models in the layout of version 2, which knows no vertices, and of version 3.
+TEST(RhinoReader, OldBodiesAreThoseOfTheirNewerTwins)
+{
+    const std::filesystem::path samples = ZEMTAR_SOURCE_DIR "/../shared/samples/3dm";
+    if (!std::filesystem::exists(samples)) {
+        GTEST_SKIP() << "no samples at hand";
+    }
+    const auto bodiesOf = [&](const std::string& name) {
+        cadex::rhino::RhinoFile file;
+        std::vector<std::array<double, 4>> facts; // faces, solids, area, vertices
+        cadex::occt::RunGuarded(cadex::occt::EngineUse::Geometry, [&] {
+            EXPECT_TRUE(file.Load(BytesOf((samples / name).string())));
+            for (const cadex::rhino::Object& object : file.objects) {
+                if (object.body && !object.body->description.faces.empty()) {
+                    const cadex::brep::Description& body = object.body->description;
+                    const auto mesh =
+                        cadex::brep::DescribedBRep(body).Mesh(cadex::occt::MakeTolerances({}), true, {});
+                    facts.push_back({static_cast<double>(body.faces.size()),
+                                     static_cast<double>(body.solids.size()), AreaOf(mesh),
+                                     static_cast<double>(body.vertices.size())});
+                }
+            }
+            return true;
+        });
+        std::sort(facts.begin(), facts.end());
+        return facts;
+    };
+    for (const char* name : {"T-Joint1.3dm", "Terrain.3dm"}) {
+        const auto old = bodiesOf(std::string("v2_") + name);
+        const auto twin = bodiesOf(std::string("v3_") + name);
+        ASSERT_EQ(old.size(), twin.size()) << name;
+        ASSERT_FALSE(old.empty()) << name;
+        for (std::size_t i = 0; i < old.size(); ++i) {
+            EXPECT_EQ(old[i][0], twin[i][0]);
+            EXPECT_EQ(old[i][1], twin[i][1]);
+            EXPECT_NEAR(old[i][2], twin[i][2], 1e-4 * twin[i][2]);
+            EXPECT_EQ(old[i][3], twin[i][3]);
+        }
+    }
 }
 
 } // namespace

@@ -1,0 +1,100 @@
+// 3DM out and in.
+//
+// Data: a wavy torus of 200,000 triangles with normals and texture coordinates, its vertices shared, written
+// to a stream in memory and read from one. Counter: bytes a triangle.
+
+#include <cadex/ModelData_Assembly.hxx>
+#include <cadex/ModelData_IndexedTriangleSet.hxx>
+#include <cadex/ModelData_Instance.hxx>
+#include <cadex/ModelData_Model.hxx>
+#include <cadex/ModelData_Part.hxx>
+#include <cadex/ModelData_PolyRepresentation.hxx>
+#include <cadex/Rhino_Reader.hxx>
+#include <cadex/Rhino_Writer.hxx>
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <ctime>
+#include <numbers>
+#include <sstream>
+
+#include "sdk/model/TriangleSets.h"
+
+namespace cadex {
+namespace {
+
+constexpr U32 kAround = 316; // squared and doubled: 200,000 triangles
+
+ModelData_Model Torus()
+{
+    internal::TriangleArrays arrays;
+    for (U32 i = 0; i < kAround; ++i) {
+        for (U32 j = 0; j < kAround; ++j) {
+            const double u = 2 * std::numbers::pi * i / kAround;
+            const double v = 2 * std::numbers::pi * j / kAround;
+            const double r = 20 + 1.5 * std::sin(5 * u + 3 * v);
+            arrays.points.emplace_back((50 + r * std::cos(v)) * std::cos(u),
+                                       (50 + r * std::cos(v)) * std::sin(u), r * std::sin(v));
+            arrays.normals.emplace_back(static_cast<float>(std::cos(v) * std::cos(u)),
+                                        static_cast<float>(std::cos(v) * std::sin(u)),
+                                        static_cast<float>(std::sin(v)));
+            arrays.uvs.emplace_back(static_cast<double>(i) / kAround, static_cast<double>(j) / kAround);
+            const U32 a = i * kAround + j;
+            const U32 b = (i + 1) % kAround * kAround + j;
+            const U32 c = (i + 1) % kAround * kAround + (j + 1) % kAround;
+            const U32 d = i * kAround + (j + 1) % kAround;
+            arrays.indices.insert(arrays.indices.end(), {a, b, c, a, c, d});
+        }
+    }
+    ModelData_Assembly root("root");
+    root.AddInstance(ModelData_Instance(
+        ModelData_Part(ModelData_PolyRepresentation(internal::MakeTriangleSet(std::move(arrays))), "torus"),
+        "torus"));
+    ModelData_Model model;
+    model.AddRoot(root);
+    return model;
+}
+
+std::string Written(const ModelData_Model& model)
+{
+    std::ostringstream stream;
+    Rhino_Writer writer;
+    return writer.Transfer(model) && writer.WriteFile(stream) ? std::move(stream).str() : std::string();
+}
+
+void Write(benchmark::State& state)
+{
+    const ModelData_Model model = Torus();
+    double bytes = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        const std::string file = Written(model);
+        bytes = static_cast<double>(file.size());
+    }
+    if (bytes == 0) {
+        state.SkipWithError("not written");
+    }
+    state.counters["bytes_per_triangle"] = bytes / (2.0 * kAround * kAround);
+}
+
+void Read(benchmark::State& state)
+{
+    const std::string file = Written(Torus());
+    for ([[maybe_unused]] auto _ : state) {
+        std::istringstream stream(file);
+        Rhino_Reader reader;
+        ModelData_Model model;
+        if (!reader.ReadFile(stream) || !reader.Transfer(model)) {
+            state.SkipWithError("not read");
+            return;
+        }
+    }
+}
+
+BENCHMARK(Write)->Unit(benchmark::kMillisecond);
+BENCHMARK(Read)->Unit(benchmark::kMillisecond);
+
+} // namespace
+} // namespace cadex
+
+BENCHMARK_MAIN();
