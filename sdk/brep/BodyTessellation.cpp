@@ -1,5 +1,7 @@
 #include "sdk/brep/BodyTessellation.h"
 
+#include <algorithm>
+#include <cmath>
 #include <functional>
 #include <string>
 #include <utility>
@@ -46,6 +48,17 @@ bool Try(const std::function<void()>& work)
     } catch (const Standard_Failure&) {
         return false;
     }
+}
+
+bool IsFinite(const ModelData_Point& point)
+{
+    return std::isfinite(point.X()) && std::isfinite(point.Y()) && std::isfinite(point.Z());
+}
+
+bool IsFinite(const FaceTriangles& face)
+{
+    return std::all_of(face.points.begin(), face.points.end(),
+                       [](const ModelData_Point& point) { return IsFinite(point); });
 }
 
 FaceTriangles Converted(FaceMesh&& mesh, const EdgeDiscretisation& edges)
@@ -107,6 +120,9 @@ void BodyTessellation::MeshFaces()
             })) {
             myFaces[face].Clear();
         }
+        if (!IsFinite(myFaces[face])) {
+            myFaces[face].Clear();
+        }
         if (myFaces[face].triangles.empty()) {
             const ResolveStatus status = myResolved[face].status;
             Reports::Add(Report::Kind::LeftOut,
@@ -120,6 +136,9 @@ void BodyTessellation::MeshFaces()
 void BodyTessellation::MeshFace(std::size_t face)
 {
     Try([&] { myFaces[face] = Converted(TessellateFace(myBody, myEdges, myResolved[face]), myEdges); });
+    if (!IsFinite(myFaces[face])) {
+        myFaces[face].Clear();
+    }
 }
 
 std::vector<ModelData_Point> BodyTessellation::PolylineOf(const LooseCurve& curve) const

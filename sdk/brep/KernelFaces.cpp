@@ -182,12 +182,15 @@ void Extract(const TopoDS_Face& face, const EdgeNumbers& numbers, const EdgeDisc
         const int number = numbers.Of(edge);
         const Handle(Poly_PolygonOnTriangulation) polygon =
             BRep_Tool::PolygonOnTriangulation(edge, triangulation, location);
-        if (number == None || polygon.IsNull() ||
-            static_cast<std::size_t>(polygon->NbNodes()) != edges.Of(number).parameters.size()) {
+        if (number == None || polygon.IsNull() || polygon->NbNodes() < 2) {
             continue;
         }
-        for (int i = 1; i <= polygon->NbNodes(); ++i) {
-            const int shared = edges.NumberOf(number, static_cast<std::size_t>(i - 1));
+        // NOTE: the mesher adds points to seams, which no other face has; their ends are shared all the same.
+        const std::size_t places = edges.Of(number).parameters.size();
+        const bool isAsGiven = static_cast<std::size_t>(polygon->NbNodes()) == places;
+        for (int i = 1; i <= polygon->NbNodes(); i += isAsGiven ? 1 : polygon->NbNodes() - 1) {
+            const std::size_t place = isAsGiven ? static_cast<std::size_t>(i - 1) : i == 1 ? 0 : places - 1;
+            const int shared = edges.NumberOf(number, place);
             const std::size_t node = base + static_cast<std::size_t>(polygon->Node(i)) - 1;
             const gp_Pnt& point = edges.Point(shared);
             result.shared[node] = static_cast<U32>(shared);

@@ -4,6 +4,8 @@
 
 #include <cmath>
 #include <functional>
+#include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,10 +23,13 @@
 #include <BRepPrimAPI_MakeRevol.hxx>
 #include <BRepPrimAPI_MakeSphere.hxx>
 #include <BRepPrimAPI_MakeTorus.hxx>
+#include <BRep_Builder.hxx>
 #include <GProp_GProps.hxx>
 #include <GeomAPI_PointsToBSpline.hxx>
 #include <Geom_BSplineCurve.hxx>
+#include <Geom_Circle.hxx>
 #include <TColgp_Array1OfPnt.hxx>
+#include <TopoDS_Compound.hxx>
 #include <gp_Circ.hxx>
 #include <gp_Elips.hxx>
 
@@ -32,6 +37,8 @@
 #include <cadex/internal/Reports.hxx>
 
 #include "sdk/brep/DescribedBRep.h"
+#include "sdk/brep/FaceTessellation.h"
+#include "sdk/brep/KernelFaces.h"
 #include "sdk/occt/EngineScope.h"
 #include "tests/sdk/SeenMesh.h"
 #include "tests/sdk/brep/DescriptionOf.h"
@@ -178,6 +185,188 @@ TEST(Tessellation, BodiesAreWatertightWithTheirAreaVolumeAndNormals)
             EXPECT_GT(fine.worstCosine, 0.97);
         }
     }
+}
+
+std::vector<double> Coordinates(const ModelData_PolyRepresentation& shapes)
+{
+    std::vector<double> result;
+    for (std::size_t i = 0; !shapes.IsNull() && i < shapes.Get().Size(); ++i) {
+        for (int face = 0; face < SetOf(shapes, i).NumberOfFaces(); ++face) {
+            for (int slot = 0; slot < 3; ++slot) {
+                const test::Position position = test::At(SetOf(shapes, i), face, slot);
+                result.insert(result.end(), position.begin(), position.end());
+            }
+        }
+    }
+    return result;
+}
+
+TEST(Tessellation, EachAppearanceIsOneSetTheBodysOwnFirst)
+{
+    const ModelData_Appearance blue(ModelData_Color(0.F, 0.F, 1.F));
+    const ModelData_Appearance red(ModelData_Color(1.F, 0.F, 0.F));
+    Description box = DescriptionOf(BRepPrimAPI_MakeBox(10, 20, 30).Shape());
+    box.appearance = blue;
+    box.faces[0].appearance = red;
+    box.faces[4].appearance = red;
+    box.kernelShapes.push_back({BRepPrimAPI_MakeBox(gp_Pnt(50, 0, 0), 1, 1, 1).Shape(), red});
+    const DescribedBRep body(std::move(box));
+    const ModelData_PolyRepresentation merged = MeshOf(body);
+    ASSERT_EQ(merged.Get().Size(), 2U);
+    EXPECT_EQ(SetOf(merged, 0).NumberOfFaces(), 8);
+    EXPECT_EQ(SetOf(merged, 1).NumberOfFaces(), 4 + 12);
+    EXPECT_EQ(SetOf(merged, 0).Appearance().Impl(), blue.Impl());
+    EXPECT_EQ(SetOf(merged, 1).Appearance().Impl(), red.Impl());
+    EXPECT_EQ(SetOf(merged, 1).Name(), Base_UTF16String("body"));
+    EXPECT_EQ(Seen(merged).openEdges, 0);
+    EXPECT_EQ(Seen(merged).vertices.size(), 48U) << "sharp edges stay sharp";
+    const ModelData_PolyRepresentation single = MeshOf(body, Tolerances(), false);
+    EXPECT_EQ(single.Get().Size(), 12U);
+    EXPECT_EQ(Seen(single).openEdges, 0);
+
+    // On a torus each position has one normal, also where the surface closes.
+    const Seen torus(MeshOf(DescribedBRep(DescriptionOf(BRepPrimAPI_MakeTorus(30, 10).Shape()))));
+    EXPECT_EQ(static_cast<int>(torus.vertices.size()), torus.triangles / 2);
+}
+
+TEST(Tessellation, ShellsUseFacesFromEitherSide)
+{
+    // Two bodies on both sides of the sheet between them, and the space of one as a cavity.
+    Description box = DescriptionOf(BRepPrimAPI_MakeBox(10, 20, 30).Shape());
+    Shell inwards = box.shells[0];
+    for (FaceUse& use : inwards.faces) {
+        use.forward = !use.forward;
+    }
+    box.sheets.push_back(box.AddShell(inwards));
+    const DescribedBRep body(std::move(box));
+    const Seen seen(MeshOf(body));
+    EXPECT_EQ(seen.triangles, 24);
+    EXPECT_NEAR(seen.volume, 0, 1e-9);
+    EXPECT_GT(seen.worstCosine, 1 - 1e-6);
+}
+
+TEST(Tessellation, LooseCurvesBecomePolylines)
+{
+    Description curves;
+    const int corners[] = {curves.AddVertex({0, 0, 0}), curves.AddVertex({5, 0, 0}),
+                           curves.AddVertex({5, 5, 0}), curves.AddVertex({110, 0, 0})};
+    curves.curves = {{.edge = curves.AddLine(corners[0], corners[1])},
+                     {.edge = curves.AddLine(corners[2], corners[1])}};
+    Edge circle;
+    circle.curve = new Geom_Circle(gp_Ax2(gp_Pnt(100, 0, 0), gp_Dir(0, 0, 1)), 10);
+    circle.start = circle.end = corners[3];
+    curves.curves.push_back({.edge = curves.AddEdge(circle)});
+    curves.curves.push_back({.edge = 77});
+    const ModelData_PolyRepresentation shapes = MeshOf(DescribedBRep(std::move(curves)));
+    ASSERT_EQ(shapes.Get().Size(), 2U) << "chains";
+    const auto line = [&](std::size_t i) {
+        return static_cast<const ModelData_PolyLineSet&>(shapes.Get()[i]);
+    };
+    EXPECT_EQ(line(0).NumberOfVertices(0), 3);
+    EXPECT_GE(line(1).NumberOfVertices(0), 16);
+    for (int i = 0; i < line(1).NumberOfVertices(0); ++i) {
+        EXPECT_NEAR(std::hypot(line(1).Coordinate(0, i).X() - 100, line(1).Coordinate(0, i).Y()), 10, 1e-9);
+    }
+}
+
+TEST(Tessellation, ThreadsGiveTheSame)
+{
+    BRep_Builder builder;
+    TopoDS_Compound many;
+    builder.MakeCompound(many);
+    for (const Case& item : Bodies()) {
+        builder.Add(many, item.shape);
+    }
+    const DescribedBRep body(DescriptionOf(many));
+    ASSERT_GT(body.Data().faces.size(), 64U);
+    occt::MeshTolerances parallel = Tolerances();
+    parallel.parallel = true;
+    EXPECT_EQ(Coordinates(MeshOf(body)), Coordinates(MeshOf(body, parallel)));
+}
+
+TEST(Tessellation, TheKernelMeshesOnTheSameEdgePoints)
+{
+    for (const Case& item : Bodies()) {
+        SCOPED_TRACE(item.name);
+        const Description description = DescriptionOf(item.shape);
+        const Body body = MakeBody(description);
+        std::vector<ResolvedFace> faces;
+        for (std::size_t i = 0; i < description.faces.size(); ++i) {
+            faces.push_back(ResolveFace(body, static_cast<int>(i)));
+        }
+        EdgeDiscretisation edges(body, Tolerances(), SizeOf(body));
+        DivideEdges(faces, edges);
+        for (std::size_t i = 0; i < faces.size(); ++i) {
+            // Each vertex and point of an edge is where the rest of the body has it.
+            const mesh::FaceTriangles triangles = MeshWithKernel(body, static_cast<int>(i), faces[i], edges);
+            const FaceMesh own = TessellateFace(body, edges, faces[i]);
+            const std::set<U32> kernelPoints(triangles.shared.begin(), triangles.shared.end());
+            EXPECT_FALSE(triangles.triangles.empty());
+            for (const int point : own.points) {
+                EXPECT_TRUE(point < 0 || kernelPoints.count(static_cast<U32>(point)) == 1) << point;
+            }
+        }
+    }
+}
+
+TEST(Tessellation, DamageCostsTheFaceAloneAndIsReported)
+{
+    Description box = DescriptionOf(BRepPrimAPI_MakeBox(10, 20, 30).Shape());
+    box.faces[2].loops.clear(); // a plane without an end
+    box.faces[2].record = 4711;
+    internal::Reports::Clear();
+    EXPECT_EQ(Seen(MeshOf(DescribedBRep(std::move(box)))).triangles, 10);
+    const std::vector<internal::Report> reports = internal::Reports::Take();
+    ASSERT_EQ(reports.size(), 1U);
+    EXPECT_EQ(reports[0].kind, internal::Report::Kind::LeftOut);
+    EXPECT_EQ(reports[0].record, 4711U);
+}
+
+TEST(Tessellation, HostileDescriptionsNeitherCrashNorHang)
+{
+    const double nan = std::nan("");
+    std::mt19937 random(5);
+    const auto pick = [&](auto& items) -> auto&
+    {
+        return items[random() % items.size()];
+    };
+    const std::function<void(Description&)> damages[] = {
+        [&](Description& d) { pick(d.vertices).point.SetX(nan); },
+        [&](Description& d) { pick(d.vertices).point.SetY(1e300); },
+        [&](Description& d) { pick(d.vertices).point.SetZ(-7); },
+        [&](Description& d) { pick(d.edges).start = 12345; },
+        [&](Description& d) { pick(d.edges).end = None; },
+        [&](Description& d) { pick(d.edges).last = nan; },
+        [&](Description& d) { pick(d.edges).first += 1e5; },
+        [&](Description& d) { pick(d.edges).curve = pick(d.edges).curve; },
+        [&](Description& d) { pick(d.faces).surface = static_cast<int>(random() % 20) - 2; },
+        [&](Description& d) { pick(d.faces).loops.clear(); },
+        [&](Description& d) { pick(d.faces).loops.resize(5, {.vertex = 99}); },
+        [&](Description& d) { pick(d.surfaces).Nullify(); },
+        [&](Description& d) { pick(d.surfaces) = pick(d.surfaces); },
+        [&](Description& d) { pick(d.shells).faces.push_back({.face = 1 << 30}); },
+        [&](Description& d) {
+            for (Loop& loop : pick(d.faces).loops) {
+                pick(loop.uses).forward = !pick(loop.uses).forward;
+            }
+        },
+        [&](Description& d) {
+            for (Loop& loop : pick(d.faces).loops) {
+                pick(loop.uses).edge = static_cast<int>(random() % d.edges.size());
+            }
+        },
+    };
+    for (const Case& item : Bodies()) {
+        const Description whole = DescriptionOf(item.shape);
+        for (const auto& damage : damages) {
+            Description damaged = whole;
+            damage(damaged);
+            for (const double value : Coordinates(MeshOf(DescribedBRep(std::move(damaged))))) {
+                ASSERT_TRUE(std::isfinite(value)) << item.name;
+            }
+        }
+    }
+    EXPECT_TRUE(MeshOf(DescribedBRep({})).IsNull());
 }
 
 } // namespace
