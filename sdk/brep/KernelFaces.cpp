@@ -28,6 +28,7 @@
 #include <TopoDS_Edge.hxx>
 
 #include "sdk/brep/ShapeBuilder.h"
+#include "sdk/occt/Deadline.h"
 #include "sdk/occt/SurfaceNormals.h"
 
 namespace cadex::brep {
@@ -38,6 +39,9 @@ using mesh::FaceTriangles;
 
 // A built edge is the described one when both agree in three points to this many millimetres.
 constexpr double SameEdge = 1e-6;
+
+// A sound face takes milliseconds; one on damaged geometry may take for ever.
+constexpr double SecondsForFace = 1;
 
 /// Which edges of a built face are which of the body.
 class EdgeNumbers
@@ -232,7 +236,8 @@ FaceTriangles MeshWithKernel(const Body& body, int face, const ResolvedFace& res
     mesher.SetShape(shape);
     mesher.ChangeParameters().Deflection = ChordOf(described, edges);
     mesher.ChangeParameters().Angle = edges.Tolerances().angle;
-    mesher.Perform(context);
+    const Handle(occt::Deadline) deadline = new occt::Deadline(SecondsForFace);
+    mesher.Perform(context, deadline->Start());
     for (TopExp_Explorer it(shape, TopAbs_FACE); it.More(); it.Next()) {
         Extract(TopoDS::Face(it.Current()), numbers, edges, result);
     }

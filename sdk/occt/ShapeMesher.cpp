@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <ctime>
 #include <new>
 #include <vector>
 
@@ -14,7 +13,6 @@
 #include <BRep_Tool.hxx>
 #include <Bnd_Box.hxx>
 #include <GProp_GProps.hxx>
-#include <Message_ProgressIndicator.hxx>
 #include <OSD_Exception.hxx>
 #include <Poly_Triangulation.hxx>
 #include <Standard_ErrorHandler.hxx>
@@ -25,6 +23,8 @@
 
 #include <cadex/Base_Settings.hxx>
 #include <cadex/ModelAlgo_BRepMesherParameters.hxx>
+
+#include "sdk/occt/Deadline.h"
 #include <cadex/internal/Reports.hxx>
 
 namespace cadex::occt {
@@ -44,25 +44,6 @@ constexpr int ParallelFaces = 400;
 // Damaged surfaces can keep the kernel refining for hours. A sound face takes milliseconds.
 constexpr double SecondsForShape = 10;
 constexpr double SecondsForFace = 0.25;
-
-/// Breaks the kernel off when the process has used that much processor time.
-class Deadline : public Message_ProgressIndicator
-{
-public:
-    explicit Deadline(double seconds)
-        : myEnd(std::clock() + static_cast<std::clock_t>(seconds * CLOCKS_PER_SEC))
-    {
-    }
-
-    bool IsPassed() const { return std::clock() > myEnd; }
-
-protected:
-    Standard_Boolean UserBreak() override { return IsPassed(); }
-    void Show(const Message_ProgressScope&, const Standard_Boolean) override {}
-
-private:
-    const std::clock_t myEnd;
-};
 
 /// True for NaN too.
 bool IsNotPositive(double value)
