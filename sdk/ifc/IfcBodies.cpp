@@ -108,6 +108,8 @@ void BodyReader::Read(const Entity& item, std::vector<Body>& bodies)
             myContext.Report(Report::Kind::LeftOut, "an item that the kernel cannot build");
         }
     }
+    ++myItems;
+    myMade += bodies.size() > before ? 1 : 0;
     for (std::size_t i = before; i < bodies.size(); ++i) {
         bodies[i].item = bodies[i].item != 0 ? bodies[i].item : item.Id();
         if (bodies[i].appearance.IsNull()) {

@@ -801,7 +801,11 @@ bool CombineFlat(Context& context, BooleanKind kind, const Polyhedron& body,
 
 Polyhedron Snapped(const Polyhedron& tool, const Polyhedron& body, double precision)
 {
+    constexpr std::size_t MostWork = 10'000'000; // of large bodies, a skin more does not matter
     Polyhedron snapped = tool;
+    if (body.loops.size() * tool.points.size() > MostWork) {
+        return snapped;
+    }
     Box around;
     around.Add(tool.points);
     for (std::size_t loop = 0; loop < body.loops.size(); loop = body.FaceEnd(loop)) {

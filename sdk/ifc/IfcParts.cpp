@@ -80,10 +80,9 @@ void AddFacets(Context& context, const Polyhedron& facets, occt::FacetGroup& gro
     std::vector<U32> indexOf(facets.points.size(), Unused);
     group.indices.reserve(group.indices.size() + triangles.size());
     for (std::size_t i = 0; i + 2 < triangles.size(); i += 3) {
-        const gp_XYZ& a = facets.points[triangles[i]];
-        const gp_XYZ area =
-            (facets.points[triangles[i + 1]] - a).Crossed(facets.points[triangles[i + 2]] - a);
-        if (!(area.SquareModulus() > 1e-24)) {
+        const gp_XYZ way = facets.points[triangles[i + 1]] - facets.points[triangles[i]];
+        const gp_XYZ other = facets.points[triangles[i + 2]] - facets.points[triangles[i]];
+        if (!(way.CrossSquareMagnitude(other) > 1e-28 * way.SquareModulus() * other.SquareModulus())) {
             continue;
         }
         for (std::size_t corner = 0; corner < 3; ++corner) {

@@ -197,24 +197,34 @@ TopoDS_Shape Revolve(Context& context, const Entity& solid, const std::vector<Re
     return Together(shapes);
 }
 
-/// Direction of the path at its start.
-gp_XYZ StartTangent(const Path& path)
+/// Direction of a piece at one of its ends.
+gp_XYZ Tangent(const Piece& piece, bool atEnd)
 {
-    const Piece& piece = path.front();
     if (piece.curve.IsNull()) {
         return Unit(piece.end - piece.start, gp_XYZ(0, 0, 1));
     }
     gp_Pnt point;
     gp_Vec tangent;
-    piece.curve->D1(piece.first, point, tangent);
+    piece.curve->D1(atEnd ? piece.last : piece.first, point, tangent);
     return Unit(tangent.XYZ(), gp_XYZ(0, 0, 1));
 }
 
-/// Straight pieces and at most this many corners: the kernel needs a second and more for each of many.
+gp_XYZ StartTangent(const Path& path)
+{
+    return Tangent(path.front(), false);
+}
+
+/// Few pieces and fewer corners: the kernel needs a second and more for each corner of many.
 bool IsForKernel(const Path& path)
 {
-    constexpr std::size_t MostPieces = 6;
-    return path.size() <= MostPieces;
+    constexpr std::size_t MostPieces = 40;
+    constexpr std::size_t MostCorners = 5;
+    constexpr double CosineOfCorner = 0.9999;
+    std::size_t corners = 0;
+    for (std::size_t i = 1; i < path.size(); ++i) {
+        corners += Tangent(path[i - 1], true).Dot(Tangent(path[i], false)) < CosineOfCorner ? 1 : 0;
+    }
+    return path.size() <= MostPieces && corners <= MostCorners;
 }
 
 /// The outline carried along the path, closed by caps; `binormal` keeps it upright, where there is one.

@@ -72,6 +72,10 @@ bool ModelBuilder::Build(ModelData_Model& model)
     };
     drain();
     BuildOrphans(root);
+    if (myBodies.HasOnlyFailed()) {
+        // the tree with its names and properties is left, so the file is none that fails
+        Reports::Add(Report::Kind::LeftOut, "none of the file's bodies can be built");
+    }
     for (const ModelData_Assembly& assembly : roots) {
         model.AddRoot(assembly);
     }

@@ -112,6 +112,18 @@ private:
     Delaunay::Loops myLoops;
 };
 
+/// More area than rounding noise, measured by the face itself: whole parts can be a thousandth of a
+/// millimetre.
+bool HasArea(const Polyhedron& body, const Polyhedron::Loop& loop, const gp_XYZ& area)
+{
+    double longest = 0;
+    const gp_XYZ& first = body.points[body.corners[loop.first]];
+    for (U32 i = 1; i < loop.count; ++i) {
+        longest = std::max(longest, (body.points[body.corners[loop.first + i]] - first).SquareModulus());
+    }
+    return area.SquareModulus() > 1e-24 * longest * longest;
+}
+
 /// A quadrilateral along the diagonal that leaves two triangles on the same side as the whole.
 void SplitQuad(const Polyhedron& body, const U32* q, const gp_XYZ& normal, std::vector<U32>& triangles)
 {
@@ -133,7 +145,7 @@ void TriangulateFace(Context& context, const Polyhedron& body, std::size_t first
 {
     const Polyhedron::Loop& outline = body.loops[firstLoop];
     const gp_XYZ area = AreaVector(body, outline);
-    if (!(area.SquareModulus() > 1e-18)) {
+    if (!HasArea(body, outline, area)) {
         return;
     }
     const U32* corners = &body.corners[outline.first];

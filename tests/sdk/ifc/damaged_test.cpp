@@ -70,6 +70,16 @@ TEST(IfcDamage, CommentsBlanksAndOddOrderAreNoDamage)
     EXPECT_NEAR(model.Parts().front()->high[2], 2500.125, 1e-9);
 }
 
+TEST(IfcDamage, AFileWithoutAnyBodyLeftSaysSo)
+{
+    IfcText f;
+    f.Product("IFCWALL", "wall", f.Shape({f.Extrude("#7777", 10)}));
+    const ReadBack model(f.Text());
+    EXPECT_TRUE(model.transferred);
+    ASSERT_EQ(model.reports.size(), 2U); // the wall, and the file
+    EXPECT_EQ(model.reports.back(), "none of the file's bodies can be built");
+}
+
 TEST(IfcDamage, DanglingReferencesLoseOnlyWhatTheyNamed)
 {
     IfcText f;

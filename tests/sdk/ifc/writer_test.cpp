@@ -314,6 +314,28 @@ TEST(IfcWriter, ModelsThatCannotBeWritten)
     std::filesystem::remove_all(folder);
 }
 
+TEST(IfcWriter, SmallSetsComeBackWhole)
+{
+    // a fan of triangles of a hundred thousandth of a millimetre
+    std::vector<ModelData_Point> points{{0, 0, 0}};
+    std::vector<int> indices;
+    for (int i = 0; i < 50; ++i) {
+        points.emplace_back(1e-5 * std::cos(0.1 * i), 1e-5 * std::sin(0.1 * i), 1e-6 * i);
+        if (i > 0) {
+            indices.insert(indices.end(), {0, i, i + 1});
+        }
+    }
+    ModelData_IndexedTriangleSet mesh{initialized()};
+    mesh.AddCoordinates(points.data(), points.size(), indices.data(), indices.size());
+    ModelData_Part part("dust");
+    part.AddRepresentation(ModelData_PolyRepresentation(mesh));
+    ModelData_Model model;
+    model.AddRoot(part);
+    const ReadBack back(Written(model));
+    ASSERT_EQ(back.Parts().size(), 1U);
+    EXPECT_EQ(back.Parts().front()->triangles, 49);
+}
+
 TEST(IfcWriter, InstancesCostLittle)
 {
     ModelData_Part screw = Box("screw");
