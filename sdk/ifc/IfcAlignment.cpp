@@ -376,18 +376,7 @@ Polyhedron ReadSectionedSolid(Context& context, const Entity& solid)
         if (regions.size() != 1 || regions.front().open) {
             throw Unbuildable("a section that is no single area");
         }
-        Section& outline = outlines.emplace_back();
-        outline.push_back(Corners(context, regions.front().outer));
-        for (const Path& hole : regions.front().holes) {
-            outline.push_back(Corners(context, hole));
-        }
-        const auto sameSize = [](const std::vector<gp_XYZ>& a, const std::vector<gp_XYZ>& b) {
-            return a.size() == b.size();
-        };
-        if (!std::equal(outline.begin(), outline.end(), outlines.front().begin(), outlines.front().end(),
-                        sameSize)) {
-            throw Unbuildable("sections that do not fit each other");
-        }
+        outlines.push_back(SectionOf(context, regions.front()));
     }
     std::vector<Section> sections;
     const auto add = [&](std::size_t before, double share) {
@@ -397,13 +386,10 @@ Polyhedron ReadSectionedSolid(Context& context, const Entity& solid)
         const Stand& b = stands[after];
         const Affine frame = FrameAt(*way, {mixed(a.distance, b.distance), mixed(a.left, b.left),
                                             mixed(a.above, b.above), mixed(a.ahead, b.ahead)});
-        Section& section = sections.emplace_back(outlines[before]);
-        for (std::size_t loop = 0; loop < section.size(); ++loop) {
-            for (std::size_t k = 0; k < section[loop].size(); ++k) {
-                const gp_XYZ& from = outlines[before][loop][k];
-                const gp_XYZ& to = outlines[after][loop][k];
-                const gp_XYZ flat = from + (to - from) * share;
-                section[loop][k] = frame.Point(gp_XYZ(0, flat.X(), flat.Y()));
+        Section& section = sections.emplace_back(Mixed(outlines[before], outlines[after], share));
+        for (std::vector<gp_XYZ>& loop : section) {
+            for (gp_XYZ& point : loop) {
+                point = frame.Point(gp_XYZ(0, point.X(), point.Y()));
             }
         }
     };
@@ -419,6 +405,30 @@ Polyhedron ReadSectionedSolid(Context& context, const Entity& solid)
         context.Steps(stops.size() * outlines.front().front().size());
         for (const double stop : stops) {
             add(i, (stop - from) / (to - from));
+        }
+    }
+    return Loft(sections, false);
+}
+
+Polyhedron ReadSectionedSpine(Context& context, const Entity& spine)
+{
+    const std::vector<Id> profiles = spine.Refs(1);
+    const std::vector<Id> positions = spine.Refs(2);
+    if (profiles.size() < 2 || positions.size() != profiles.size()) {
+        throw Unbuildable("sections without positions");
+    }
+    std::vector<Section> sections;
+    for (std::size_t i = 0; i < profiles.size(); ++i) {
+        const std::vector<Region> regions = ReadProfile(context, context.file.Get(profiles[i]));
+        if (regions.size() != 1 || regions.front().open) {
+            throw Unbuildable("a section that is no single area");
+        }
+        const Affine frame = context.Placement(context.file.Get(positions[i]));
+        Section& section = sections.emplace_back(SectionOf(context, regions.front()));
+        for (std::vector<gp_XYZ>& loop : section) {
+            for (gp_XYZ& point : loop) {
+                point = frame.Point(point);
+            }
         }
     }
     return Loft(sections, false);

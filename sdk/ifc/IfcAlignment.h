@@ -45,4 +45,8 @@ Affine LinearPlacement(Context& context, const Entity& axes);
 /// their x axis to the left of the way.
 Polyhedron ReadSectionedSolid(Context& context, const Entity& solid);
 
+/// IfcSectionedSpine: (SpineCurve, CrossSections, CrossSectionPositions). Straight from section to section,
+/// whose positions hold all that the body needs of the spine.
+Polyhedron ReadSectionedSpine(Context& context, const Entity& spine);
+
 } // namespace cadex::ifc

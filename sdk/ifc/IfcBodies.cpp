@@ -197,6 +197,9 @@ void BodyReader::ReadOther(const Entity& item, std::vector<Body>& bodies)
     if (item.TypeName() == "IFCSECTIONEDSOLIDHORIZONTAL" || item.TypeName() == "IFCSECTIONEDSOLID") {
         body.kind = Body::Kind::Facets;
         body.facets = ReadSectionedSolid(myContext, item);
+    } else if (item.TypeName() == "IFCSECTIONEDSPINE") {
+        body.kind = Body::Kind::Facets;
+        body.facets = ReadSectionedSpine(myContext, item);
     } else if (item.TypeName() == "IFCGRADIENTCURVE" || item.TypeName() == "IFCSEGMENTEDREFERENCECURVE") {
         body.kind = Body::Kind::Curves;
         AddCurve(item, body);

@@ -1,7 +1,6 @@
 // Boolean results and half spaces.
 #include <algorithm>
 #include <cmath>
-#include <set>
 
 #include <BRepAlgoAPI_Common.hxx>
 #include <BRepAlgoAPI_Cut.hxx>
@@ -257,8 +256,9 @@ bool Combine(const Context& context, BooleanKind kind, const TopoDS_Shape& body,
              const std::vector<TopoDS_Shape>& tools, TopoDS_Shape& result)
 {
     const TopoDS_Shape whole = body; // may be the result's own
-    const std::set<double> fuzziness{1e-5, context.fuzziness, std::min(10 * context.fuzziness, 1.0)};
-    for (const double fuzzy : fuzziness) {
+    // what the file means by the same place first: openings that end a hair before a face leave no skin
+    constexpr double Finest = 1e-5;
+    for (const double fuzzy : {context.fuzziness, Finest, 10 * context.fuzziness}) {
         const TopoDS_Shape shape = OperateSoundly(kind, whole, tools, fuzzy);
         if (!shape.IsNull()) {
             result = shape;

@@ -117,7 +117,7 @@ Context::Context(const IfcFile& ifcFile) : file(ifcFile)
 void Context::ReadPrecision()
 {
     constexpr double Finest = 1e-5;
-    constexpr double Coarsest = 1;
+    constexpr double Coarsest = 0.1;
     for (const IfcFile::Record& record : file.Records()) {
         if (static_cast<Type>(record.type) != Type::IfcProject) {
             continue;

@@ -70,7 +70,7 @@ public:
     double toMillimetres = 1000; ///< of the project's length unit; metres when there is none
     double toRadians = 1;        ///< of the project's unit of plane angles
     double precision = 1e-3;     ///< millimetres below which the ends of curves coincide
-    double fuzziness = 1e-3;     ///< millimetres below which the file means the same place; 1e-5 to 1
+    double fuzziness = 1e-3;     ///< millimetres below which the file means the same place; 1e-5 to 0.1
     std::map<Id, std::shared_ptr<const Alignment>> alignments; ///< see IfcAlignment.h
     Id atWork = 0;                                             ///< the item that reports name
 

@@ -75,6 +75,32 @@ gp_XYZ Mitre(const gp_XYZ& in, const gp_XYZ& out)
 
 } // namespace
 
+Section SectionOf(const Context& context, const Region& region)
+{
+    Section section{Corners(context, region.outer, ChordAngle)};
+    for (const Path& hole : region.holes) {
+        section.push_back(Corners(context, hole, ChordAngle));
+    }
+    return section;
+}
+
+Section Mixed(const Section& from, const Section& to, double share)
+{
+    const auto sameSize = [](const std::vector<gp_XYZ>& a, const std::vector<gp_XYZ>& b) {
+        return a.size() == b.size();
+    };
+    if (!std::equal(from.begin(), from.end(), to.begin(), to.end(), sameSize)) {
+        throw Unbuildable("sections that do not fit each other");
+    }
+    Section mixed = from;
+    for (std::size_t loop = 0; loop < mixed.size(); ++loop) {
+        for (std::size_t i = 0; i < mixed[loop].size(); ++i) {
+            mixed[loop][i] += (to[loop][i] - from[loop][i]) * share;
+        }
+    }
+    return mixed;
+}
+
 Polyhedron Loft(const std::vector<Section>& sections, bool ring)
 {
     Polyhedron body;
@@ -132,10 +158,7 @@ Polyhedron LoftAlong(Context& context, const Path& path, const Region& region, c
                      const gp_XYZ* upright)
 {
     const Way way = WayAlong(context, path);
-    Section profile{Corners(context, region.outer, ChordAngle)};
-    for (const Path& hole : region.holes) {
-        profile.push_back(Corners(context, hole, ChordAngle));
-    }
+    const Section profile = SectionOf(context, region);
     const std::size_t count = way.points.size();
     context.Steps(count * profile.front().size());
     std::vector<Section> sections;

@@ -13,6 +13,11 @@ namespace cadex::ifc {
 /// counter-clockwise (holes: clockwise) seen against the way of the sweep.
 using Section = std::vector<std::vector<gp_XYZ>>;
 
+/// A region as a section in its own plane; curves become chords.
+Section SectionOf(const Context& context, const Region& region);
+/// Each point this share of the way from one section to the other. Unbuildable when they do not fit.
+Section Mixed(const Section& from, const Section& to, double share);
+
 /// Faces between neighbouring sections, and caps; `ring` closes the last section with the first instead.
 /// Unbuildable when the sections do not fit each other.
 Polyhedron Loft(const std::vector<Section>& sections, bool ring);

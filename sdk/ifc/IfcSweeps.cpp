@@ -197,6 +197,38 @@ TopoDS_Shape Revolve(Context& context, const Entity& solid, const std::vector<Re
     return Together(shapes);
 }
 
+/// IfcRevolvedAreaSolidTapered: SweptArea, Position, Axis, Angle, EndSweptArea. The outline changes evenly
+/// with the angle.
+Solid RevolveTapered(Context& context, const Entity& solid, const std::vector<Region>& regions,
+                     const Affine& placement)
+{
+    constexpr double Step = 0.1; // radians
+    const std::vector<Region> ends = ReadProfile(context, solid.Ref(4));
+    const Affine axis = placement * context.Placement(solid.Ref(2));
+    const double angle = std::clamp(solid.Real(3) * context.toRadians, -2 * M_PI + 1e-6, 2 * M_PI - 1e-6);
+    if (regions.size() != 1 || ends.size() != 1 || !(std::abs(angle) > 1e-9)) {
+        throw Unbuildable("a tapered revolution of several areas or by nothing");
+    }
+    const Section from = SectionOf(context, regions.front());
+    const Section to = SectionOf(context, ends.front());
+    const int steps = std::max(1, static_cast<int>(std::ceil(std::abs(angle) / Step)));
+    std::vector<Section> sections;
+    for (int i = 0; i <= steps; ++i) {
+        const double share = static_cast<double>(i) / steps;
+        gp_Trsf turn;
+        turn.SetRotation(gp_Ax1(gp_Pnt(axis.offset), gp_Dir(axis.matrix.Column(3))), angle * share);
+        Section& section = sections.emplace_back(Mixed(from, to, share));
+        for (std::vector<gp_XYZ>& loop : section) {
+            for (gp_XYZ& point : loop) {
+                point = placement.Point(point);
+                turn.Transforms(point);
+            }
+        }
+    }
+    context.Report(Report::Kind::Noted, "a tapered revolution is made of flat faces");
+    return Solid(Loft(sections, false));
+}
+
 /// Direction of a piece at one of its ends.
 gp_XYZ Tangent(const Piece& piece, bool atEnd)
 {
@@ -419,6 +451,8 @@ Solid ReadSweptArea(Context& context, const Entity& solid)
         return Solid(Taper(context, solid, regions, placement));
     case Type::IfcRevolvedAreaSolid:
         return Solid(Revolve(context, solid, regions, placement));
+    case Type::IfcRevolvedAreaSolidTapered:
+        return RevolveTapered(context, solid, regions, placement);
     case Type::IfcFixedReferenceSweptAreaSolid:
     case Type::IfcSurfaceCurveSweptAreaSolid:
         return SweepAlong(context, solid, regions, placement);

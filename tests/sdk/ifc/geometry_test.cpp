@@ -416,6 +416,26 @@ std::vector<Solid> OddSweeps()
          {-10, -10, -10},
          {2910, 10, 210},
          0.01},
+        {"revolved and tapered",
+         [=](IfcText& f) {
+             const string axis =
+                 f.Add("IFCAXIS1PLACEMENT(" + f.Point(-100, 0, 0) + "," + f.Direction(0, 1, 0) + ")");
+             return f.Add("IFCREVOLVEDAREASOLIDTAPERED(" + f.Rectangle(10, 10) + ",$," + axis +
+                          ",1.570796326794897," + f.Rectangle(10, 30) + ")");
+         },
+         100 * Pi / 2 * 200,
+         {-100, -15, -105},
+         {5, 15, 0},
+         5e-3},
+        {"spine of two sections",
+         [=](IfcText& f) {
+             return f.Add("IFCSECTIONEDSPINE(" + f.Polyline({{0, 0, 0}, {0, 0, 30}}) + ",(" +
+                          f.Rectangle(20, 20) + "," + f.Rectangle(10, 10) + "),(" + f.axes + "," +
+                          f.Axes(0, 0, 30) + "))");
+         },
+         30.0 / 3 * (400 + 100 + 200),
+         {-10, -10, 0},
+         {10, 10, 30}},
         {"revolved across its axis",
          [=](IfcText& f) { return revolved(f, 0, 20, "6.283185307179586"); },
          100 * Pi * 10,
