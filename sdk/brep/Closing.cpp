@@ -144,7 +144,7 @@ Handle(Geom_Curve) PeriodicCurve(const Handle(Geom_Curve) & curve)
     if (!DoEndsMeet(*curve)) {
         return {};
     }
-    const Handle(Geom_Curve) basis = WithoutTrimming(curve);
+    Handle(Geom_Curve) basis = WithoutTrimming(curve);
     const double length = curve->LastParameter() - curve->FirstParameter();
     if (basis->IsPeriodic() && std::abs(basis->Period() - length) < tolerance::SameParameter) {
         return basis;

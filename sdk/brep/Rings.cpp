@@ -208,14 +208,6 @@ private:
     std::vector<RingUse> myChained;
 };
 
-/// Points along a use: enough of a curve for its course.
-int SamplesOf(const RingUse& use, const BodyEdge* edge, bool isPlane)
-{
-    constexpr int Curved = 12;
-    const bool isStraight = isPlane ? edge->kind == CurveKind::Line : use.curve.IsStraight();
-    return isStraight ? 1 : Curved;
-}
-
 double AreaOf(const std::vector<gp_XY>& outline)
 {
     double twice = 0;
@@ -389,26 +381,38 @@ ResolveStatus Chain(Resolution& resolution, OpenRing& ring)
     return Chainer(resolution, ring).Run();
 }
 
-void Measure(const Resolution& resolution, OpenRing& ring)
+std::vector<gp_XY> OutlineOf(const Body& body, const ResolvedFace& face, const std::vector<RingUse>& uses)
 {
-    const bool isPlane = resolution.surface.kind == SurfaceKind::Plane;
-    ring.outline.clear();
-    for (const RingUse& use : ring.uses) {
-        const BodyEdge* edge =
-            use.kind == UseKind::Pole ? nullptr : &resolution.face.EdgeOf(resolution.body, use);
-        const int count = SamplesOf(use, edge, isPlane);
+    constexpr int Curved = 12;
+    std::vector<gp_XY> outline;
+    outline.reserve(uses.size());
+    for (const RingUse& use : uses) {
+        if (use.kind == UseKind::Pole) {
+            outline.push_back(use.From().XY());
+            continue;
+        }
+        const BodyEdge& edge = face.EdgeOf(body, use);
+        const bool isPlane = face.surface->kind == SurfaceKind::Plane;
+        const bool isStraight = isPlane ? edge.kind == CurveKind::Line : use.curve.IsStraight();
+        const int count = isStraight ? 1 : Curved;
         for (int i = 0; i < count; ++i) {
             const double part = static_cast<double>(i) / count;
             const double t = use.first + (use.last - use.first) * (use.forward ? part : 1 - part);
             gp_Pnt2d place;
             if (isPlane) {
-                ProjectElementary(resolution.surface, edge->Value(t), place);
+                ProjectElementary(*face.surface, edge.Value(t), place);
             } else {
                 place = use.curve.Value(t);
             }
-            ring.outline.push_back(place.XY());
+            outline.push_back(place.XY());
         }
     }
+    return outline;
+}
+
+void Measure(const Resolution& resolution, OpenRing& ring)
+{
+    ring.outline = OutlineOf(resolution.body, resolution.face, ring.uses);
     if (ring.IsWinding()) {
         ring.outline.push_back(ring.uses.back().To().XY());
     }

@@ -40,7 +40,10 @@ struct Resolution
 /// how often it goes round.
 ResolveStatus Chain(Resolution& resolution, OpenRing& ring);
 
-/// Outline, area and bounds. With `points` (a plane) from the edges' points instead of the curves.
+/// The course of uses in the parameters of the face's surface, by points: enough of a curve for its course.
+std::vector<gp_XY> OutlineOf(const Body& body, const ResolvedFace& face, const std::vector<RingUse>& uses);
+
+/// Outline, area and bounds.
 void Measure(const Resolution& resolution, OpenRing& ring);
 
 void ShiftRing(OpenRing& ring, const gp_Vec2d& by);

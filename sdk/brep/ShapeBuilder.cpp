@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <string>
 #include <utility>
 
+#include <BRepCheck_Analyzer.hxx>
 #include <BRepClass3d_SolidClassifier.hxx>
 #include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
@@ -24,6 +26,7 @@
 
 #include <cadex/internal/Reports.hxx>
 
+#include "sdk/brep/Crossings.h"
 #include "sdk/brep/SurfaceProjection.h"
 #include "sdk/brep/Tolerances.h"
 
@@ -183,7 +186,10 @@ private:
 class FaceMaker
 {
 public:
-    FaceMaker(SharedShapes& shared, const ResolvedFace& face) : myShared(shared), myFace(face) {}
+    FaceMaker(SharedShapes& shared, const ResolvedFace& face) : myShared(shared), myFace(face)
+    {
+        CollectUses();
+    }
 
     /// One shape for each outer ring; a face, or a compound of faces.
     TopoDS_Shape Make()
@@ -288,8 +294,8 @@ private:
     /// The edge of a use, with its curve on the surface.
     TopoDS_Edge Place(const RingUse& use, const TopoDS_Face& face)
     {
-        const TopoDS_Edge edge = use.kind == UseKind::Own ? myOwnEdges[static_cast<std::size_t>(use.edge)]
-                                                          : myShared.EdgeAt(use.edge);
+        TopoDS_Edge edge = use.kind == UseKind::Own ? myOwnEdges[static_cast<std::size_t>(use.edge)]
+                                                    : myShared.EdgeAt(use.edge);
         const BodyEdge& given = myFace.EdgeOf(myShared.TheBody(), use);
         const double reach = ToleranceFor(Deviation(TheSurface(), given, use.curve));
         if (TheSurface().kind != SurfaceKind::Plane) {
@@ -322,15 +328,23 @@ private:
     /// The other use of a seam.
     const RingUse* TwinOf(const RingUse& use) const
     {
+        const auto [first, last] = myUses.equal_range(KeyOf(use));
+        const auto twin = std::find_if(
+            first, last, [&](const auto& other) { return other.second->forward != use.forward; });
+        return twin == last ? nullptr : twin->second;
+    }
+
+    static std::pair<UseKind, int> KeyOf(const RingUse& use) { return {use.kind, use.edge}; }
+
+    void CollectUses()
+    {
         for (const Ring& ring : myFace.rings) {
-            for (const RingUse& other : ring.uses) {
-                if (&other != &use && other.kind == use.kind && other.edge == use.edge &&
-                    other.forward != use.forward) {
-                    return &other;
+            for (const RingUse& use : ring.uses) {
+                if (use.kind != UseKind::Pole) {
+                    myUses.emplace(KeyOf(use), &use);
                 }
             }
         }
-        return nullptr;
     }
 
     TopoDS_Shape Joined(std::vector<TopoDS_Face>& faces)
@@ -355,6 +369,7 @@ private:
     Handle(Geom_Surface) mySurface;
     std::vector<TopoDS_Vertex> myVertices;
     std::vector<TopoDS_Edge> myOwnEdges;
+    std::multimap<std::pair<UseKind, int>, const RingUse*> myUses;
 };
 
 // --------------------------------------------------------------------------------------------------- healing
@@ -500,18 +515,31 @@ private:
     {
         const ResolvedFace& resolved = myResolved[index];
         const Face& given = myBody.description->faces[index];
-        ResolveStatus status = resolved.status;
-        if (status == ResolveStatus::Done) {
+        std::string trouble = TextOf(resolved.status);
+        TopoDS_Shape made;
+        if (resolved.status == ResolveStatus::Done) {
             try {
-                return FaceMaker(myShared, resolved).Make();
+                made = FaceMaker(myShared, resolved).Make();
+                trouble = IsDoubtful(resolved, made) ? "face whose loops cross" : "";
             } catch (const Standard_Failure&) {
-                status = ResolveStatus::Kernel;
+                trouble = TextOf(ResolveStatus::Kernel);
             }
         }
+        return trouble.empty() ? made : Healed(given, resolved, trouble);
+    }
+
+    /// The thorough check is dear; only where loops seem to cross.
+    bool IsDoubtful(const ResolvedFace& resolved, const TopoDS_Shape& made) const
+    {
+        return DoRingsSeemToCross(myBody, resolved) && !BRepCheck_Analyzer(made).IsValid();
+    }
+
+    TopoDS_Shape Healed(const Face& given, const ResolvedFace& resolved, const std::string& trouble)
+    {
         const TopoDS_Shape healed = Heal(myBody, given, resolved);
         const bool isHealed = !healed.IsNull();
         ++(isHealed ? myBuilt.healed : myBuilt.leftOut);
-        Reports::Add(isHealed ? Report::Kind::Repaired : Report::Kind::LeftOut, TextOf(status), given.record);
+        Reports::Add(isHealed ? Report::Kind::Repaired : Report::Kind::LeftOut, trouble, given.record);
         return healed;
     }
 

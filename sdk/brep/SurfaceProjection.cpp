@@ -188,6 +188,7 @@ std::vector<double> GridLines(double low, double high, int spans)
     high = Bounded(high, OpenReach);
     const int count = std::clamp(spans, 5, 40);
     std::vector<double> lines;
+    lines.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) {
         lines.push_back(low + (high - low) * i / (count - 1));
     }

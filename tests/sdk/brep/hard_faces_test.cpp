@@ -246,6 +246,17 @@ TEST(HardFaces, TolerancesHoldWhereEdgesAreOff)
     EXPECT_TRUE(BRepCheck_Analyzer(built.shape).IsValid());
 }
 
+TEST(HardFaces, LoopsThatCrossAreHealedOrLeftOut)
+{
+    internal::Reports::Clear();
+    const Description bowTie = Polygons({{{0, 0, 0}, {4, 3, 0}, {4, 0, 0}, {0, 4, 0}}});
+    const BuiltShape built = BuildShape(MakeBody(bowTie));
+    EXPECT_EQ(built.healed + built.leftOut, 1u);
+    const std::vector<internal::Report> reports = internal::Reports::Take();
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_EQ(reports[0].text, "face whose loops cross");
+}
+
 TEST(HardFaces, DamageIsReportedAndNothingElse)
 {
     constexpr double Huge = 1e300, NaN = std::numeric_limits<double>::quiet_NaN();
