@@ -205,8 +205,8 @@ bool writeWhole(const QString& file, const std::function<bool(const QString& nam
 Bitmap loadBitmap(FREE_IMAGE_FORMAT format, const CZemtarString& file)
 {
     const char* const name = file;
-    if (format == FIF_UNKNOWN || !FreeImage_FIFSupportsReading(format)) {
-        return nullptr;
+    if (format == FIF_UNKNOWN || format == FIF_JXR || !FreeImage_FIFSupportsReading(format)) {
+        return nullptr; // the library behind JPEG XR ends the process on damaged files
     }
     if (needsSoundPicture(format)) {
         return readSoundBitmap(format, toQString(file));

@@ -57,8 +57,9 @@ struct BitmapDeleter
 using Bitmap = std::unique_ptr<FIBITMAP, BitmapDeleter>;
 
 /// Loads a file with FreeImage; null for an unknown format, an unreadable file, one whose header claims an
-/// impossible size or far more pixels than its bytes can hold, and one whose structure would lead FreeImage's
-/// decoder astray.
+/// impossible size or far more pixels than its bytes can hold, one whose structure would lead FreeImage's
+/// decoder astray, and JPEG XR, whose decoder nothing protects. Formats whose structure is looked at are read
+/// whole into memory, up to 2 GiB.
 Bitmap loadBitmap(FREE_IMAGE_FORMAT format, const CZemtarString& file);
 
 /// Saves a bitmap with FreeImage as `save` does; false for a null bitmap.
