@@ -110,7 +110,7 @@ Context::Context(const IfcFile& ifcFile) : file(ifcFile)
     toMillimetres = units.toMillimetres;
     toRadians = units.toRadians;
     ReadPrecision();
-    myMostSteps = 20'000'000 + 100 * file.Records().size() + 2 * file.TextSize();
+    myMostSteps = 20'000'000 + 100 * file.Count() + 2 * file.TextSize();
 }
 
 /// IfcGeometricRepresentationContext: ContextIdentifier, ContextType, CoordinateSpaceDimension, Precision ...
@@ -118,11 +118,8 @@ void Context::ReadPrecision()
 {
     constexpr double Finest = 1e-5;
     constexpr double Coarsest = 0.1;
-    for (const IfcFile::Record& record : file.Records()) {
-        if (static_cast<Type>(record.type) != Type::IfcProject) {
-            continue;
-        }
-        for (const Id id : file.At(record).Refs(7)) {
+    for (const Id project : file.IdsOf(Type::IfcProject)) {
+        for (const Id id : file.Get(project).Refs(7)) {
             const Entity space = file.Get(id);
             if (space.TypeName() == "IFCGEOMETRICREPRESENTATIONCONTEXT" && space.Real(3) > 0) {
                 fuzziness = std::clamp(space.Real(3) * toMillimetres, Finest, Coarsest);
@@ -155,10 +152,11 @@ gp_XYZ Context::Point(const Entity& point) const
         throw Unbuildable("a point is missing");
     }
     double c[3] = {0, 0, 0};
-    ListReader list(point.Raw(0));
-    std::string_view item;
-    for (int i = 0; i < 3 && list.Next(item); ++i) {
-        if (!ReadNumber(item, c[i]) || std::abs(c[i] * toMillimetres) > 1e12) {
+    part21::Cursor list(point.Raw(0));
+    list.EnterList();
+    for (int i = 0; i < 3 && list.More(); ++i) {
+        c[i] = list.Real();
+        if (list.Failed() || std::abs(c[i] * toMillimetres) > 1e12) {
             throw Unbuildable("a coordinate that is no number");
         }
     }

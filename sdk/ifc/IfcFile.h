@@ -1,6 +1,5 @@
-// An IFC file in memory: the text as it was read and an index of its instances. Nothing else is kept, so the
-// memory is the file's size and 16 bytes an instance; arguments are read from the text when they are asked
-// for.
+// An IFC file in memory: clear text (sdk/part21) with the schema's types, and a view of its instances by
+// position. Arguments are read from the text when they are asked for.
 //
 //     IfcFile file;
 //     if (!file.Load(std::move(text))) { ... not an IFC file, or a damaged one ... }
@@ -18,6 +17,7 @@
 #include <cadex/Base_UTF16String.hxx>
 
 #include "sdk/ifc/IfcTypes.h"
+#include "sdk/part21/ClearText.h"
 
 namespace cadex::ifc {
 
@@ -76,40 +76,37 @@ private:
 class IfcFile
 {
 public:
-    struct Record
-    {
-        std::uint64_t offset : 48; ///< of the type name in the text
-        std::uint64_t type : 16;
-        std::uint32_t id;
-        std::uint32_t length; ///< from the type name to the closing parenthesis
-    };
+    using Record = part21::ClearText::Record;
 
-    /// False when the text is no Part 21 file with an IFC schema, or is damaged: an instance that does not
-    /// end, text between instances, a data section without its end (a file that was cut off). A reference to
-    /// an instance that is not there is no damage; it reads as unset.
+    /// False, with the reason reported, when the text is no exchange structure, is cut off, or its schema is
+    /// not one of IFC. A reference to an instance that is not there is no damage; it reads as unset.
     bool Load(std::string text);
 
     /// "IFC2X3", "IFC4" ... as the header says, in upper case.
     const std::string& Schema() const { return mySchema; }
-    /// All instances, ascending by id. Of two with one number the first counts.
-    const std::vector<Record>& Records() const { return myRecords; }
-    std::size_t TextSize() const { return myText.size(); }
+    std::size_t Count() const { return myText.Count(); }
+    std::size_t TextSize() const { return myText.Bytes().size(); }
+
+    /// Calls back for each instance, ascending by id.
+    template <typename Visit>
+    void ForEach(const Visit& visit) const
+    {
+        myText.ForEachByNumber(visit);
+    }
+
+    /// All instances of exactly this type, ascending.
+    std::vector<Id> IdsOf(ifc::Type type) const;
 
     Entity Get(Id id) const;
     Entity At(const Record& record) const;
     /// The type of an instance without splitting its arguments; Other when it is not there.
     ifc::Type TypeOf(Id id) const;
+    ifc::Type TypeOf(const Record& record) const { return myTypes[record.type]; }
 
 private:
-    bool ReadHeader(std::size_t& position);
-    bool ReadData(std::size_t& position);
-    void Index();
-    const Record* Find(Id id) const;
-
-    std::string myText;
+    part21::ClearText myText;
     std::string mySchema;
-    std::vector<Record> myRecords;
-    std::vector<std::uint32_t> mySlots; ///< id -> index in myRecords + 1; empty where ids are too sparse
+    std::vector<ifc::Type> myTypes; ///< by the text's number of the type
 };
 
 /// Walks the items of a list "(1.5,#3,('a',$))" at its own level.
@@ -120,12 +117,12 @@ public:
     bool Next(std::string_view& item);
 
 private:
-    std::string_view myRest;
+    part21::Cursor myCursor;
 };
 
 /// Appends the numbers of a list, nested ones flattened.
 void ReadNumbers(std::string_view list, std::vector<double>& numbers);
-/// The number at the start of the text, after a type name and a parenthesis if there are any.
+/// The number that the text is, also with a type name around it.
 bool ReadNumber(std::string_view text, double& value);
 /// "#12" -> 12; 0 when the text is no reference.
 Id ReadReference(std::string_view text);
@@ -136,8 +133,7 @@ struct TypedValue
     std::string_view value;
 };
 TypedValue ReadTyped(std::string_view text);
-/// A string with its quotes. The directives \X\, \X2\, \X4\, \S\, \P\ are resolved; bytes beyond ASCII are
-/// UTF-8 or, where they are not valid as such, Latin-1.
+/// A string with its quotes; see part21::DecodeString.
 Base_UTF16String ReadString(std::string_view quoted);
 
 } // namespace cadex::ifc

@@ -29,8 +29,8 @@ void AddChildren(Relations& relations, Id parent, const std::vector<Id>& childre
 
 Relations::Relations(const IfcFile& file)
 {
-    for (const IfcFile::Record& record : file.Records()) {
-        switch (static_cast<Type>(record.type)) {
+    file.ForEach([&](const IfcFile::Record& record) {
+        switch (file.TypeOf(record)) {
         case Type::Other:
         case Type::IfcSpace:
         case Type::IfcAnnotation:
@@ -59,7 +59,7 @@ Relations::Relations(const IfcFile& file)
         default:
             break;
         }
-    }
+    });
 }
 
 void Relations::AddObject(const IfcFile& file, const IfcFile::Record& record)

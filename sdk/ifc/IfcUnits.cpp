@@ -119,19 +119,14 @@ bool IsNamed(const Entity& unit)
 
 Entity FirstUnitAssignment(const IfcFile& file)
 {
-    Entity fallback;
-    for (const IfcFile::Record& record : file.Records()) {
-        const auto type = static_cast<Type>(record.type);
-        if (type == Type::IfcProject) {
-            const Entity assignment = file.At(record).Ref(8);
-            if (assignment.Is(Type::IfcUnitAssignment)) {
-                return assignment;
-            }
-        } else if (type == Type::IfcUnitAssignment && !fallback) {
-            fallback = file.At(record);
+    for (const Id project : file.IdsOf(Type::IfcProject)) {
+        const Entity assignment = file.Get(project).Ref(8);
+        if (assignment.Is(Type::IfcUnitAssignment)) {
+            return assignment;
         }
     }
-    return fallback;
+    const std::vector<Id> assignments = file.IdsOf(Type::IfcUnitAssignment);
+    return assignments.empty() ? Entity() : file.Get(assignments.front());
 }
 
 } // namespace

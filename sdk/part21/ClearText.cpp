@@ -1,89 +1,40 @@
 #include "sdk/part21/ClearText.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <cstring>
 #include <limits>
+#include <string>
 
-#include "sdk/text/TextNumbers.h"
+#include <cadex/internal/Reports.hxx>
+
+#include "sdk/part21/Scan.h"
 
 namespace cadex::part21 {
 
-using text::ParseReal;
 namespace {
 
-bool IsBlank(char c)
-{
-    return static_cast<unsigned char>(c) <= ' ';
-}
+using internal::Report;
+using internal::Reports;
 
-bool IsNameCharacter(char c)
-{
-    return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || (c >= 'a' && c <= 'z') ||
-           c == '!' || c == '-';
-}
+constexpr std::uint32_t NoPlace = std::numeric_limits<std::uint32_t>::max();
+constexpr std::uint32_t LargestNumber = NoPlace;
+constexpr std::size_t MostTypes = std::size_t{1} << 16;
 
-// Past blanks and comments.
-const char* SkipBlanks(const char* p, const char* end)
-{
-    while (p < end) {
-        if (IsBlank(*p)) {
-            ++p;
-        } else if (*p == '/' && end - p > 1 && p[1] == '*') {
-            const std::string_view rest(p + 2, static_cast<std::size_t>(end - p - 2));
-            const std::size_t close = rest.find("*/");
-            p = close == std::string_view::npos ? end : p + 2 + close + 2;
-        } else {
-            break;
-        }
+/// Bytes at which the index must look twice.
+constexpr std::array<bool, 256> Marks = [] {
+    std::array<bool, 256> marks{};
+    for (const char c : {'\'', '"', '(', ')', ';', '/', '\0'}) {
+        marks[static_cast<unsigned char>(c)] = true;
     }
-    return p;
-}
+    return marks;
+}();
 
-// Past a text that starts at its first apostrophe; a doubled apostrophe stands for one and does not end it.
-const char* SkipString(const char* p, const char* end)
+bool Refuse(const char* reason)
 {
-    for (++p; p < end; ++p) {
-        if (*p == '\'') {
-            if (end - p > 1 && p[1] == '\'') {
-                ++p;
-            } else {
-                return p + 1;
-            }
-        }
-    }
-    return end;
-}
-
-// Past balanced parentheses; `p` stands behind the opening one.
-const char* SkipToClose(const char* p, const char* end)
-{
-    for (int depth = 1; p < end;) {
-        const char c = *p;
-        if (c == '\'') {
-            p = SkipString(p, end);
-            continue;
-        }
-        if (c == '/' && end - p > 1 && p[1] == '*') {
-            p = SkipBlanks(p, end);
-            continue;
-        }
-        ++p;
-        if (c == '(') {
-            ++depth;
-        } else if (c == ')' && --depth == 0) {
-            return p;
-        }
-    }
-    return end;
-}
-
-std::string_view NameAt(const char* p, const char* end)
-{
-    const char* start = p;
-    while (p < end && IsNameCharacter(*p)) {
-        ++p;
-    }
-    return {start, static_cast<std::size_t>(p - start)};
+    Reports::Add(Report::Kind::Refused, reason);
+    return false;
 }
 
 std::uint32_t HashName(std::string_view name)
@@ -97,235 +48,227 @@ std::uint32_t HashName(std::string_view name)
 
 } // namespace
 
-void Cursor::SkipBlank()
+/// One pass over the bytes, statement by statement.
+class ClearText::Indexer
 {
-    myPosition = SkipBlanks(myPosition, myEnd);
-}
-
-void Cursor::Separate()
-{
-    SkipBlank();
-    if (myPosition < myEnd && *myPosition == ',') {
-        ++myPosition;
-        SkipBlank();
+public:
+    explicit Indexer(ClearText& text)
+        : myText(text),
+          myBegin(text.myBytes.data()),
+          myEnd(myBegin + text.myBytes.size()),
+          myPosition(myBegin)
+    {
     }
-}
 
-bool Cursor::More()
-{
-    SkipBlank();
-    return myPosition < myEnd && *myPosition != ')' && *myPosition != ';';
-}
-
-Cursor::Kind Cursor::Next()
-{
-    if (!More()) {
-        return Kind::None;
-    }
-    const char c = *myPosition;
-    switch (c) {
-    case '$':
-    case '*':
-        return Kind::Omitted;
-    case '#':
-        return Kind::Reference;
-    case '\'':
-        return Kind::String;
-    case '(':
-        return Kind::List;
-    case '.':
-        return myEnd - myPosition > 1 && myPosition[1] >= '0' && myPosition[1] <= '9' ? Kind::Real
-                                                                                      : Kind::Enumerator;
-    default:
-        break;
-    }
-    if ((c >= '0' && c <= '9') || c == '-' || c == '+') {
-        for (const char* p = myPosition + 1; p < myEnd; ++p) {
-            if (*p == '.' || *p == 'E' || *p == 'e') {
-                return Kind::Real;
+    bool Run()
+    {
+        constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+        if (myText.myBytes.starts_with(byteOrderMark)) {
+            myPosition += byteOrderMark.size();
+        }
+        if (!SkipToStatement() || !Rest().starts_with("ISO-10303-21")) {
+            return Refuse("the file is no exchange structure of ISO 10303-21");
+        }
+        // Memory that is not touched costs nothing, copying does.
+        myText.myRecords.reserve(myText.myBytes.size() / 48);
+        bool hasData = false;
+        Section section = Section::None;
+        while (SkipToStatement() && section != Section::Behind) {
+            const Statement statement = ReadStatement();
+            if (!statement.isEnded) {
+                if (*statement.start != '#' && section == Section::None) {
+                    break; // what follows the last section is of no interest
+                }
+                return Refuse("the file is cut off: its last statement does not end");
             }
-            if (*p < '0' || *p > '9') {
-                break;
+            if (*statement.start == '#') {
+                if (section == Section::Data) {
+                    AddRecord(statement);
+                }
+                continue;
+            }
+            section = SectionAfter(statement, section);
+            hasData = hasData || section == Section::Data;
+        }
+        if (!hasData) {
+            return Refuse("the file has no data section");
+        }
+        return section != Section::Data || Refuse("the file is cut off: its data section does not end");
+    }
+
+private:
+    enum class Section
+    {
+        None,
+        Header,
+        Data,
+        Behind ///< the end of the exchange structure
+    };
+
+    struct Statement
+    {
+        char* start = nullptr;
+        char* end = nullptr;   ///< the semicolon
+        char* open = nullptr;  ///< the first parenthesis
+        char* close = nullptr; ///< its partner
+        bool isEnded = false;
+        bool isSound = true; ///< parentheses match, and only blanks follow the first pair
+    };
+
+    std::string_view Rest() const { return {myPosition, static_cast<std::size_t>(myEnd - myPosition)}; }
+
+    /// Makes the comment a blank, so that nothing behind has to know of it.
+    bool BlankComment()
+    {
+        const std::size_t close = Rest().find("*/", 2);
+        if (close == std::string_view::npos) {
+            return false;
+        }
+        std::memset(myPosition, ' ', close + 2);
+        myPosition += close + 2;
+        return true;
+    }
+
+    bool IsComment() const { return *myPosition == '/' && myPosition + 1 < myEnd && myPosition[1] == '*'; }
+
+    /// False at the end of the file.
+    bool SkipToStatement()
+    {
+        while (myPosition < myEnd) {
+            if (IsBlank(*myPosition)) {
+                ++myPosition;
+            } else if (!IsComment()) {
+                return true;
+            } else if (!BlankComment()) {
+                return true; // the statement's end will be missed
             }
         }
-        return Kind::Integer;
+        return false;
     }
-    return IsNameCharacter(c) ? Kind::Typed : Kind::None;
-}
 
-void Cursor::Skip()
-{
-    switch (Next()) {
-    case Kind::None:
-        myFailed = true;
-        return;
-    case Kind::String:
-        myPosition = SkipString(myPosition, myEnd);
-        break;
-    case Kind::List:
-        myPosition = SkipToClose(myPosition + 1, myEnd);
-        break;
-    case Kind::Typed:
-        EnterTyped();
-        myPosition = SkipToClose(myPosition, myEnd);
-        break;
-    default:
-        while (myPosition < myEnd && *myPosition != ',' && *myPosition != ')' && *myPosition != ';') {
+    Statement ReadStatement()
+    {
+        Statement result;
+        result.start = myPosition;
+        std::size_t depth = 0;
+        while (myPosition < myEnd) {
+            while (!Marks[static_cast<unsigned char>(*myPosition)]) {
+                ++myPosition;
+            }
+            switch (*myPosition) {
+            case '\'':
+            case '"':
+                // An apostrophe that nothing follows ends no text: SkipQuoted has then met the end.
+                myPosition = const_cast<char*>(SkipQuoted(myPosition, myEnd, *myPosition));
+                continue;
+            case '(':
+                result.isSound = result.isSound && (depth > 0 || result.open == nullptr);
+                result.open = result.open == nullptr ? myPosition : result.open;
+                ++depth;
+                break;
+            case ')':
+                result.isSound = result.isSound && depth > 0;
+                depth -= depth > 0 ? 1 : 0;
+                result.close = depth == 0 && result.close == nullptr ? myPosition : result.close;
+                break;
+            case '/':
+                if (IsComment()) {
+                    if (!BlankComment()) {
+                        return result;
+                    }
+                    continue;
+                }
+                break;
+            case ';':
+                result.end = myPosition++;
+                result.isEnded = true;
+                result.isSound = result.isSound && depth == 0;
+                return result;
+            default: // a zero, perhaps the one behind the last byte
+                if (myPosition == myEnd) {
+                    return result;
+                }
+            }
             ++myPosition;
         }
+        return result;
     }
-    Separate();
-}
 
-bool Cursor::EnterList()
-{
-    if (Next() != Kind::List) {
-        if (Next() == Kind::None) {
-            myFailed = true;
-        } else {
-            Skip();
+    Section SectionAfter(const Statement& statement, Section section)
+    {
+        const std::string_view name = NameAt(statement.start, statement.end);
+        if (name == "HEADER") {
+            return Section::Header;
         }
-        return false;
-    }
-    ++myPosition;
-    return true;
-}
-
-void Cursor::Leave()
-{
-    myPosition = SkipToClose(myPosition, myEnd);
-    Separate();
-}
-
-std::string_view Cursor::EnterTyped()
-{
-    if (Next() != Kind::Typed) {
-        return {};
-    }
-    const std::string_view name = NameAt(myPosition, myEnd);
-    myPosition += name.size();
-    SkipBlank();
-    if (myPosition >= myEnd || *myPosition != '(') {
-        myFailed = true;
-        return {};
-    }
-    ++myPosition;
-    return name;
-}
-
-RecordId Cursor::Reference()
-{
-    if (Next() != Kind::Reference) {
-        Skip();
-        return 0;
-    }
-    RecordId id = 0;
-    const auto [end, error] = std::from_chars(myPosition + 1, myEnd, id);
-    myPosition = end;
-    if (error != std::errc()) {
-        myFailed = true;
-        id = 0;
-    }
-    Separate();
-    return id;
-}
-
-std::string_view Cursor::Number()
-{
-    const Kind kind = Next();
-    if (kind != Kind::Real && kind != Kind::Integer) {
-        myFailed = true;
-        if (kind != Kind::None) {
-            Skip();
+        if (name == "DATA") {
+            if (myText.myDataOffset == 0) {
+                myText.myDataOffset = static_cast<std::size_t>(statement.start - myBegin);
+            }
+            return Section::Data;
         }
-        return {};
-    }
-    const char* start = myPosition;
-    while (myPosition < myEnd && (IsNameCharacter(*myPosition) || *myPosition == '.' || *myPosition == '+')) {
-        ++myPosition;
-    }
-    const std::string_view number(start, static_cast<std::size_t>(myPosition - start));
-    Separate();
-    return number;
-}
-
-double Cursor::Real()
-{
-    double value = 0.0;
-    if (!ParseReal(Number(), value)) {
-        myFailed = true;
-    }
-    return value;
-}
-
-std::int64_t Cursor::Integer()
-{
-    std::string_view number = Number();
-    if (!number.empty() && number.front() == '+') {
-        number.remove_prefix(1);
-    }
-    std::int64_t value = 0;
-    if (std::from_chars(number.data(), number.data() + number.size(), value).ec != std::errc()) {
-        myFailed = true;
-    }
-    return value;
-}
-
-std::string_view Cursor::String()
-{
-    const Kind kind = Next();
-    if (kind != Kind::String) {
-        if (kind == Kind::None) {
-            myFailed = true;
-        } else {
-            Skip();
+        if (name == "ENDSEC") {
+            return Section::None;
         }
-        return {};
-    }
-    const char* start = myPosition + 1;
-    myPosition = SkipString(myPosition, myEnd);
-    const char* end = myPosition > start ? myPosition - 1 : start;
-    Separate();
-    return {start, static_cast<std::size_t>(end - start)};
-}
-
-std::string_view Cursor::Enumerator()
-{
-    if (Next() != Kind::Enumerator) {
-        Skip();
-        return {};
-    }
-    const std::string_view name = NameAt(myPosition + 1, myEnd);
-    Skip();
-    return name;
-}
-
-void Cursor::References(std::vector<RecordId>& ids)
-{
-    ids.clear();
-    if (!EnterList()) {
-        return;
-    }
-    while (More() && !myFailed) {
-        if (const RecordId id = Reference()) {
-            ids.push_back(id);
+        if (name == "END-ISO-10303-21") {
+            return Section::Behind;
         }
+        if (section == Section::Header && statement.open != nullptr) {
+            myText.myHeader.push_back({name, static_cast<std::size_t>(statement.open + 1 - myBegin)});
+        } else if (section == Section::Data) {
+            Reports::Add(Report::Kind::LeftOut, "something between the records that is none");
+        }
+        return section;
     }
-    Leave();
-}
 
-bool Cursor::Reals(double* values, int count)
-{
-    if (!EnterList()) {
-        return false;
+    void AddRecord(const Statement& statement)
+    {
+        std::uint64_t id = 0;
+        const auto [behind, error] = std::from_chars(statement.start + 1, statement.end, id);
+        const char* p = SkipBlanks(behind, statement.end);
+        if (error != std::errc() || id == 0 || id > LargestNumber) {
+            Reports::Add(Report::Kind::LeftOut, "a record whose number is none, or too large");
+            return;
+        }
+        if (p == statement.end || *p != '=') {
+            LeaveOut(id);
+            return;
+        }
+        p = SkipBlanks(p + 1, statement.end);
+        const char* const name = p;
+        std::uint32_t hash = 2166136261U; // as HashName
+        for (; IsNameCharacter(*p); ++p) {
+            hash = (hash ^ static_cast<unsigned char>(*p)) * 16777619U;
+        }
+        const std::string_view type(name, static_cast<std::size_t>(p - name));
+        if (!statement.isSound || SkipBlanks(p, statement.end) != statement.open ||
+            SkipBlanks(statement.close + 1, statement.end) != statement.end ||
+            statement.close - statement.open > std::ptrdiff_t{LargestNumber}) {
+            LeaveOut(id);
+            return;
+        }
+        const std::uint32_t number = myText.TypeNumber(type, hash);
+        if (number >= MostTypes || myText.myRecords.size() >= NoPlace) {
+            LeaveOut(id);
+            return;
+        }
+        Record record{};
+        record.offset = static_cast<std::uint64_t>(statement.open + 1 - myBegin);
+        record.type = number & 0xFFFFU;
+        record.id = static_cast<std::uint32_t>(id);
+        record.size = static_cast<std::uint32_t>(statement.close - statement.open);
+        myText.myRecords.push_back(record);
     }
-    int read = 0;
-    while (read < count && More() && !myFailed) {
-        values[read++] = Real();
+
+    static void LeaveOut(std::uint64_t id)
+    {
+        Reports::Add(Report::Kind::LeftOut, "a record that is not well-formed", id);
     }
-    Leave();
-    return read == count && !myFailed;
-}
+
+    ClearText& myText;
+    char* const myBegin;
+    char* const myEnd;
+    char* myPosition;
+};
 
 bool ClearText::Load(std::string bytes)
 {
@@ -333,130 +276,44 @@ bool ClearText::Load(std::string bytes)
     myBytes = std::move(bytes);
     myTypes.emplace_back();
     myTypeTable.assign(1024, 0);
-    if (!IndexStatements()) {
+    if (!Indexer(*this).Run()) {
         return false;
     }
     SortByType();
-    return SortById();
-}
-
-bool ClearText::IndexStatements()
-{
-    const char* const begin = myBytes.data();
-    const char* const end = begin + myBytes.size();
-    const char* p = SkipBlanks(begin, end);
-    if (std::string_view(p, static_cast<std::size_t>(end - p)).substr(0, 12) != "ISO-10303-21") {
-        return false;
+    std::vector<std::uint32_t> equal;
+    if (!IndexNumbers(equal)) {
+        DropEqualNumbers(std::move(equal));
     }
-    myRecords.reserve(myBytes.size() / 48); // untouched memory costs nothing, copying it does
-    bool inHeader = false;
-    bool inData = false;
-    bool hasData = false;
-    while (p < end) {
-        p = SkipBlanks(p, end);
-        const char* statement = p;
-        // To the end of the statement: the next semicolon outside texts and comments.
-        while (p < end && *p != ';') {
-            if (*p == '\'') {
-                p = SkipString(p, end);
-            } else if (*p == '/') {
-                const char* next = SkipBlanks(p, end);
-                p = next == p ? p + 1 : next;
-            } else {
-                ++p;
-            }
-        }
-        if (statement < end && *statement == '#') {
-            // Other sections refer to records of other files in the same form.
-            if (inData && !IndexRecord(statement, p)) {
-                return false;
-            }
-        } else if (const std::string_view name = NameAt(statement, p); name == "HEADER") {
-            inHeader = true;
-        } else if (name == "DATA") {
-            myDataOffset = hasData ? myDataOffset : static_cast<std::size_t>(statement - begin);
-            inHeader = false;
-            inData = true;
-            hasData = true;
-        } else if (name == "END-ISO-10303-21") {
-            break;
-        } else if (name == "ENDSEC") {
-            inHeader = false;
-            inData = false;
-        } else if (inHeader) {
-            const char* open = SkipBlanks(statement + name.size(), p);
-            if (open < p && *open == '(') {
-                myHeader.push_back({name, static_cast<std::size_t>(open + 1 - begin)});
-            }
-        }
-        ++p;
-    }
-    return hasData;
-}
-
-void ClearText::AppendReferences(const Record& record, std::vector<RecordId>& ids) const
-{
-    bool inText = false;
-    const char* const end = myBytes.data() + record.offset + record.size;
-    for (const char* p = end - record.size; p < end; ++p) {
-        if (*p == '\'') {
-            inText = !inText;
-        } else if (*p == '#' && !inText) {
-            RecordId id = 0;
-            std::from_chars(p + 1, end, id);
-            ids.push_back(id);
-        }
-    }
-}
-
-bool ClearText::IndexRecord(const char* statement, const char* end)
-{
-    Record record;
-    const auto [behind, error] = std::from_chars(statement + 1, end, record.id);
-    const char* p = SkipBlanks(behind, end);
-    if (error != std::errc() || record.id == 0 || p >= end || *p != '=') {
-        return false;
-    }
-    p = SkipBlanks(p + 1, end);
-    const std::string_view name = NameAt(p, end);
-    p = SkipBlanks(p + name.size(), end);
-    if (p >= end || *p != '(' || myRecords.size() >= std::numeric_limits<std::uint32_t>::max()) {
-        return false;
-    }
-    record.type = TypeNumber(name);
-    record.offset = static_cast<std::size_t>(p + 1 - myBytes.data());
-    record.size = static_cast<std::uint32_t>(std::min<std::size_t>(
-        static_cast<std::size_t>(end - p - 1), std::numeric_limits<std::uint32_t>::max()));
-    myRecords.push_back(record);
     return true;
 }
 
-std::uint32_t ClearText::TypeNumber(std::string_view name)
+std::uint32_t ClearText::FindType(std::string_view name, std::uint32_t hash) const
+{
+    const std::size_t mask = myTypeTable.size() - 1;
+    std::size_t slot = hash & mask;
+    while (myTypeTable[slot] != 0 && myTypes[myTypeTable[slot]] != name) {
+        slot = (slot + 1) & mask;
+    }
+    return static_cast<std::uint32_t>(slot);
+}
+
+std::uint32_t ClearText::TypeNumber(std::string_view name, std::uint32_t hash)
 {
     if (name.empty()) {
         return 0;
     }
-    const std::size_t mask = myTypeTable.size() - 1;
-    std::size_t slot = HashName(name) & mask;
-    while (myTypeTable[slot] != 0) {
-        if (myTypes[myTypeTable[slot]] == name) {
-            return myTypeTable[slot];
-        }
-        slot = (slot + 1) & mask;
+    const std::uint32_t slot = FindType(name, hash);
+    if (myTypeTable[slot] != 0 || myTypes.size() == MostTypes) {
+        return myTypeTable[slot] != 0 ? myTypeTable[slot] : MostTypes;
     }
     const auto number = static_cast<std::uint32_t>(myTypes.size());
     myTypes.push_back(name);
     myTypeTable[slot] = number;
     if (myTypes.size() * 2 > myTypeTable.size()) {
-        std::vector<std::uint32_t> table(myTypeTable.size() * 2, 0);
+        myTypeTable.assign(myTypeTable.size() * 2, 0);
         for (std::uint32_t i = 1; i < myTypes.size(); ++i) {
-            std::size_t place = HashName(myTypes[i]) & (table.size() - 1);
-            while (table[place] != 0) {
-                place = (place + 1) & (table.size() - 1);
-            }
-            table[place] = i;
+            myTypeTable[FindType(myTypes[i], HashName(myTypes[i]))] = i;
         }
-        myTypeTable.swap(table);
     }
     return number;
 }
@@ -472,50 +329,116 @@ void ClearText::SortByType()
     }
     std::vector<std::size_t> next(myTypeStarts.begin(), myTypeStarts.end() - 1);
     std::vector<Record> sorted(myRecords.size());
-    myFileOrder.reserve(myRecords.size());
     for (const Record& record : myRecords) {
-        myFileOrder.push_back(static_cast<std::uint32_t>(next[record.type]));
         sorted[next[record.type]++] = record;
     }
     myRecords.swap(sorted);
 }
 
-// False when two records have the same number.
-bool ClearText::SortById()
+// False when numbers came more than once; `equal` then has the places of the second records and on, with
+// those of the firsts before them.
+bool ClearText::IndexNumbers(std::vector<std::uint32_t>& equal)
 {
-    constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
-    RecordId highest = 0;
+    std::uint64_t highest = 0;
     for (const Record& record : myRecords) {
-        highest = std::max(highest, record.id);
+        highest = std::max<std::uint64_t>(highest, record.id);
     }
-    myDense = highest < 4 * static_cast<RecordId>(myRecords.size()) + 1024;
+    myDense = highest < 4 * static_cast<std::uint64_t>(myRecords.size()) + 1024;
     if (myDense) {
-        myById.assign(static_cast<std::size_t>(highest) + 1, none);
+        myById.assign(static_cast<std::size_t>(highest) + 1, NoPlace);
         for (std::uint32_t i = 0; i < myRecords.size(); ++i) {
-            std::uint32_t& place = myById[static_cast<std::size_t>(myRecords[i].id)];
-            if (place != none) {
-                return false;
+            std::uint32_t& place = myById[myRecords[i].id];
+            if (place != NoPlace) {
+                equal.insert(equal.end(), {place, i});
+            } else {
+                place = i;
             }
-            place = i;
         }
-        return true;
+        return equal.empty();
     }
     myById.resize(myRecords.size());
     for (std::uint32_t i = 0; i < myById.size(); ++i) {
         myById[i] = i;
     }
-    const auto idAt = [this](std::uint32_t i) { return myRecords[i].id; };
-    std::sort(myById.begin(), myById.end(),
-              [&](std::uint32_t a, std::uint32_t b) { return idAt(a) < idAt(b); });
-    return std::adjacent_find(myById.begin(), myById.end(), [&](std::uint32_t a, std::uint32_t b) {
-               return idAt(a) == idAt(b);
-           }) == myById.end();
+    std::sort(myById.begin(), myById.end(), [&](std::uint32_t a, std::uint32_t b) {
+        return myRecords[a].id != myRecords[b].id ? myRecords[a].id < myRecords[b].id : a < b;
+    });
+    for (std::size_t i = 0, first = 0; i + 1 < myById.size(); ++i) {
+        first = myRecords[myById[i]].id == myRecords[myById[first]].id ? first : i;
+        if (myRecords[myById[i + 1]].id == myRecords[myById[first]].id) {
+            equal.insert(equal.end(), {myById[first], myById[i + 1]});
+        }
+    }
+    return equal.empty();
+}
+
+// The first of equal numbers stands when all say the same, else none.
+void ClearText::DropEqualNumbers(std::vector<std::uint32_t> equal)
+{
+    const auto content = [this](std::uint32_t place) {
+        return std::string_view(myBytes).substr(myRecords[place].offset, myRecords[place].size);
+    };
+    std::vector<bool> drops(myRecords.size(), false);
+    for (std::size_t i = 0; i < equal.size(); i += 2) {
+        const std::uint32_t first = equal[i];
+        const std::uint32_t other = equal[i + 1];
+        drops[other] = true;
+        if (myRecords[first].type != myRecords[other].type || content(first) != content(other)) {
+            drops[first] = true;
+            Reports::Add(Report::Kind::LeftOut, "records that have the number of another one",
+                         myRecords[first].id);
+        }
+    }
+    std::vector<Record> kept;
+    kept.reserve(myRecords.size());
+    myTypeStarts.assign(myTypes.size() + 1, 0);
+    for (std::size_t i = 0; i < myRecords.size(); ++i) {
+        if (!drops[i]) {
+            kept.push_back(myRecords[i]);
+            ++myTypeStarts[myRecords[i].type + 1];
+        }
+    }
+    for (std::size_t i = 1; i < myTypeStarts.size(); ++i) {
+        myTypeStarts[i] += myTypeStarts[i - 1];
+    }
+    myRecords.swap(kept);
+    equal.clear();
+    IndexNumbers(equal);
+}
+
+std::vector<std::uint32_t> ClearText::FileOrder() const
+{
+    std::vector<std::uint32_t> order(myRecords.size());
+    for (std::uint32_t i = 0; i < order.size(); ++i) {
+        order[i] = i;
+    }
+    std::sort(order.begin(), order.end(),
+              [this](std::uint32_t a, std::uint32_t b) { return myRecords[a].offset < myRecords[b].offset; });
+    return order;
+}
+
+void ClearText::AppendReferences(const Record& record, std::vector<RecordId>& ids) const
+{
+    const char* p = myBytes.data() + record.offset;
+    const char* const end = p + record.size;
+    while (p < end) {
+        if (*p == '\'') {
+            p = SkipQuoted(p, end);
+            continue;
+        }
+        if (*p == '#') {
+            RecordId id = 0;
+            std::from_chars(p + 1, end, id);
+            ids.push_back(id);
+        }
+        ++p;
+    }
 }
 
 const ClearText::Record* ClearText::Find(RecordId id) const
 {
     if (myDense) {
-        return id < myById.size() && myById[static_cast<std::size_t>(id)] < myRecords.size()
+        return id < myById.size() && myById[static_cast<std::size_t>(id)] != NoPlace
                    ? &myRecords[myById[static_cast<std::size_t>(id)]]
                    : nullptr;
     }
@@ -525,14 +448,18 @@ const ClearText::Record* ClearText::Find(RecordId id) const
     return place != myById.end() && myRecords[*place].id == id ? &myRecords[*place] : nullptr;
 }
 
+std::span<const ClearText::Record> ClearText::OfTypeNumber(std::size_t type) const
+{
+    return {myRecords.data() + myTypeStarts[type], myTypeStarts[type + 1] - myTypeStarts[type]};
+}
+
 std::span<const ClearText::Record> ClearText::OfType(std::string_view name) const
 {
-    for (std::size_t type = 1; type < myTypes.size(); ++type) {
-        if (myTypes[type] == name) {
-            return {myRecords.data() + myTypeStarts[type], myTypeStarts[type + 1] - myTypeStarts[type]};
-        }
+    if (myTypeTable.empty()) {
+        return {};
     }
-    return {};
+    const std::uint32_t type = myTypeTable[FindType(name, HashName(name))];
+    return type == 0 ? std::span<const Record>() : OfTypeNumber(type);
 }
 
 Cursor ClearText::Arguments(const Record& record) const
@@ -581,7 +508,7 @@ Cursor ClearText::Header(std::string_view name) const
 
 bool EndsWith(std::string_view name, std::string_view suffix)
 {
-    return name.size() >= suffix.size() && name.substr(name.size() - suffix.size()) == suffix;
+    return name.ends_with(suffix);
 }
 
 } // namespace cadex::part21

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "sdk/text/Iso8859.h"
 #include "sdk/text/Utf.h"
 
 namespace cadex::part21 {
@@ -38,19 +39,6 @@ bool Hex(std::string_view& rest, int digits, char32_t& value)
     return true;
 }
 
-// The character that \S\ and the code mean in an alphabet.
-char32_t UpperHalf(char alphabet, unsigned char code)
-{
-    const char32_t latin = static_cast<char32_t>(code) + 0x80;
-    if (alphabet == 'E' && latin > 0xA0 && latin != 0xAD) {
-        return latin == 0xF0 ? 0x2116 : latin == 0xFD ? 0xA7 : latin + 0x360;
-    }
-    if (alphabet == 'G' && latin >= 0xB4 && latin != 0xB7 && latin != 0xBB && latin != 0xBD) {
-        return latin + 0x2D0;
-    }
-    return latin;
-}
-
 class Decoder
 {
 public:
@@ -77,7 +65,7 @@ private:
         if (!myUtf8 || !text::NextUtf8(myRest, c)) {
             myRest.remove_prefix(1);
         }
-        if (c == '\r' || c == '\n') {
+        if (c < ' ' && c != '\t') {
             return;
         }
         if (c == '\'' && StartsWith("'")) {
@@ -94,12 +82,14 @@ private:
             return true;
         }
         if (StartsWith("\\S\\") && myRest.size() > 3) {
-            text::AppendUtf16(myText, UpperHalf(myAlphabet, static_cast<unsigned char>(myRest[3]) & 0x7F));
+            const auto low = static_cast<unsigned char>(myRest[3]) & 0x7F;
+            text::AppendUtf16(myText, text::FromIso8859(myPart, static_cast<unsigned char>(low + 0x80)));
             myRest.remove_prefix(4);
             return true;
         }
-        if (StartsWith("\\P") && myRest.size() > 3 && myRest[3] == '\\') {
-            myAlphabet = myRest[2];
+        if (StartsWith("\\P") && myRest.size() > 3 && myRest[3] == '\\' && myRest[2] >= 'A' &&
+            myRest[2] <= 'I') {
+            myPart = myRest[2] - 'A' + 1;
             myRest.remove_prefix(4);
             return true;
         }
@@ -142,7 +132,7 @@ private:
 
     std::string_view myRest;
     const bool myUtf8;
-    char myAlphabet = 'A';
+    int myPart = 1; ///< of ISO 8859
     std::u16string myText;
 };
 

@@ -222,7 +222,8 @@ bool IsSchemaCharacter(char c)
 
 } // namespace
 
-StepExcerpt::StepExcerpt(const ClearText& text) : myText(text), myNeeded(text.Count(), false)
+StepExcerpt::StepExcerpt(const ClearText& text)
+    : myText(text), myNeeded(text.Count(), false), myOrder(text.FileOrder())
 {
     SelectNeeded();
 }
@@ -322,7 +323,7 @@ StepExcerpt::int_type StepExcerpt::underflow()
         AppendHeader();
     }
     while (myNext < myText.Count() && myUsed < PieceSize && !myIsMalformed) {
-        const std::size_t place = myText.InFileOrder(myNext++);
+        const std::size_t place = myOrder[myNext++];
         if (myNeeded[place]) {
             AppendRecord(myText.Records()[place]);
         }

@@ -36,8 +36,9 @@ private:
     void AppendRecord(const ClearText::Record& record);
 
     const ClearText& myText;
-    std::vector<bool> myNeeded; // by the place of the record
-    std::size_t myNext = 0;     // in the order of the file
+    std::vector<bool> myNeeded;         // by the place of the record
+    std::vector<std::uint32_t> myOrder; // places of the records, in the order of the file
+    std::size_t myNext = 0;             // in myOrder
     bool myHasHeader = false;
     bool myHasEnd = false;
     bool myIsMalformed = false;

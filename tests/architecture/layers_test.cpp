@@ -39,6 +39,7 @@ constexpr Room Rooms[] = {
     {"sdk/ifc/", "ifc", Kernel},
     {"sdk/rhino/", "rhino", "std cadex model text part21 mesh occt brep OCCT zlib"},
     {"sdk/Engines.cpp", "engines", "model step iges ifc rhino"},
+    {"common/ZemtarExport.h", "export", ""},
     {"common/encoding/", "encoding", "std host Qt uchardet"},
     {"common/file/", "file", "std host Qt encoding"},
     {"common/image/", "image", "std host Qt FreeImage encoding file"},

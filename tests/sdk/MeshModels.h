@@ -20,28 +20,9 @@
 #include "sdk/model/TriangleSets.h"
 #include "sdk/occt/FacetedBRep.h"
 #include "sdk/occt/OcctBRep.h"
+#include "tests/sdk/ScratchFolder.h"
 
 namespace cadex::test {
-
-/// A fresh folder with a Chinese name, removed at the end.
-class ScratchFolder
-{
-public:
-    ScratchFolder() { std::filesystem::create_directory(myPath); }
-    ~ScratchFolder()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(myPath, ignored);
-    }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-
-    const std::filesystem::path& Path() const { return myPath; }
-
-private:
-    const std::filesystem::path myPath = std::filesystem::temp_directory_path() /
-                                         ("occt-\xE9\x9B\xB6-" + std::to_string(std::random_device()()));
-};
 
 struct BoxMesh
 {

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include "sdk/occt/EngineScope.h"
-#include "sdk/part21/Strings.h"
 #include "sdk/step/StepFacets.h"
 #include "sdk/step/StepKernel.h"
 #include "tests/sdk/MeshModels.h"
@@ -244,36 +243,6 @@ TEST(StepReader, PropertiesKeepTypesAndComeInMillimetres)
                           "attribute = a 漢😀 'b']"));
     EXPECT_THAT(outline,
                 HasSubstr("assembly 'Top' [Product ID = top] [Time Stamp = time 981169506] [Author = A, B]"));
-}
-
-TEST(StepReader, TextsOfEveryKind)
-{
-    const struct
-    {
-        const char* raw;
-        const char* utf8;
-    } Texts[] = {
-        {"plain", "plain"},
-        {"it''s", "it's"},
-        {"a\\\\b", "a\\b"},
-        {"\\S\\|", "ü"},
-        {"\\X\\FC", "ü"},
-        {"\\PE\\\\S\\P", "а"},
-        {"\\PG\\\\S\\a", "α"},
-        {"\\X2\\00FC6F22\\X0\\!", "ü漢!"},
-        {"\\X4\\0001F600\\X0\\", "😀"},
-        {"\\X2\\D83DDE00\\X0\\", "😀"},
-        {"\\X2\\00\r\nFC\\X0\\", "ü"},
-        {"wr\r\napped", "wrapped"},
-        {"\xC3\xBC raw", "ü raw"},
-        {"\xFC latin", "ü latin"},
-        {"\\X2\\zz", "\\X2\\zz"},
-        {"\\X2\\00FC", "ü"},
-        {"\\", "\\"},
-    };
-    for (const auto& text : Texts) {
-        EXPECT_EQ(part21::DecodeString(text.raw).ToUTF8(), text.utf8) << text.raw;
-    }
 }
 
 } // namespace cadex::test
