@@ -13,6 +13,7 @@
 #include <Geom_BSplineSurface.hxx>
 #include <Geom_Line.hxx>
 #include <ShapeFix_Face.hxx>
+#include <Standard_ErrorHandler.hxx>
 #include <Standard_Failure.hxx>
 #include <TopExp_Explorer.hxx>
 #include <TopoDS.hxx>
@@ -430,7 +431,8 @@ TopoDS_Shape Heal(const Body& body, const Face& given, const ResolvedFace& resol
         return {};
     }
     try {
-        ShapeFix_Face fix(MakeBare(body, given, *resolved.surface));
+        OCC_CATCH_SIGNALS // damaged faces make healing follow null references
+            ShapeFix_Face fix(MakeBare(body, given, *resolved.surface));
         fix.FixMissingSeamMode() = 1;
         fix.Perform();
         fix.FixOrientation();
@@ -478,6 +480,7 @@ private:
     {
         TopoDS_Shape part;
         try {
+            OCC_CATCH_SIGNALS
             part = work();
         } catch (const Standard_Failure&) {
             Reports::Add(Report::Kind::LeftOut, "body that the geometry kernel refuses");
@@ -519,6 +522,7 @@ private:
         TopoDS_Shape made;
         if (resolved.status == ResolveStatus::Done) {
             try {
+                OCC_CATCH_SIGNALS
                 made = FaceMaker(myShared, resolved).Make();
                 trouble = IsDoubtful(resolved, made) ? "face whose loops cross" : "";
             } catch (const Standard_Failure&) {
@@ -654,6 +658,7 @@ TopoDS_Shape BuildFace(const Body& body, int face, const ResolvedFace& resolved)
     }
     if (resolved.status == ResolveStatus::Done) {
         try {
+            OCC_CATCH_SIGNALS
             SharedShapes shared(body);
             return FaceMaker(shared, resolved).Make();
         } catch (const Standard_Failure&) {

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <limits>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -35,6 +37,7 @@
 #include <gp_Trsf.hxx>
 
 #include "sdk/brep/ShapeBuilder.h"
+#include "sdk/occt/EngineScope.h"
 #include "tests/sdk/brep/DescriptionOf.h"
 #include "tests/sdk/brep/FaceMeasures.h"
 
@@ -245,6 +248,25 @@ void AddWrongCurves(Description& description)
     }
 }
 
+/// Faces on equal surfaces name the same one, as files have it.
+void ShareSurfaces(Description& description)
+{
+    for (Face& face : description.faces) {
+        const Surface own = MakeSurface(description.surfaces[static_cast<std::size_t>(face.surface)]);
+        for (int i = 0; i < face.surface; ++i) {
+            const Surface other = MakeSurface(description.surfaces[static_cast<std::size_t>(i)]);
+            const bool isEqual = own.kind == other.kind && own.radius == other.radius &&
+                                 own.axes.Location().Distance(other.axes.Location()) < 1e-9 &&
+                                 own.axes.Direction().IsEqual(other.axes.Direction(), 1e-9) &&
+                                 own.axes.XDirection().IsEqual(other.axes.XDirection(), 1e-9);
+            if (isEqual && own.kind != SurfaceKind::Plane) {
+                face.surface = i;
+                break;
+            }
+        }
+    }
+}
+
 TEST(ShapeBuilder, SolidsDescribedOtherwise)
 {
     struct Dress
@@ -258,6 +280,7 @@ TEST(ShapeBuilder, SolidsDescribedOtherwise)
         {"offset", OnSurfaces([](const auto& surface) { return Offset(surface, false); }), 2e-3},
         {"offset of splines", OnSurfaces([](const auto& surface) { return Offset(surface, true); }), 2e-3},
         {"turned", TurnSurfaces, 2e-3},
+        {"with shared surfaces", ShareSurfaces, 2e-3},
         {"displaced", DisplaceCurves, 2e-3},
         {"wrong curves on surfaces", AddWrongCurves, 2e-3},
     };
@@ -268,6 +291,91 @@ TEST(ShapeBuilder, SolidsDescribedOtherwise)
             Description description = DescriptionOf(given, {.seams = false, .ranges = false});
             dress.redress(description);
             ExpectBuilt(description, given, dress.accuracy);
+        }
+    }
+}
+
+TEST(ShapeBuilder, SolidsAreTurnedToTheirMaterial)
+{
+    const TopoDS_Shape ball = BRepPrimAPI_MakeSphere(5).Shape();
+    const TopoDS_Shape hollow = BRepAlgoAPI_Cut(ball, BRepPrimAPI_MakeSphere(2).Shape()).Shape();
+    Description description = DescriptionOf(hollow);
+    for (unsigned turned = 0; turned < 4; ++turned) {
+        SCOPED_TRACE(turned);
+        const Solid& solid = description.solids[0];
+        ASSERT_EQ(solid.voids.size(), 1u);
+        description.shells[static_cast<std::size_t>(solid.outer)].faces[0].forward = (turned & 1u) == 0;
+        description.shells[static_cast<std::size_t>(solid.voids[0])].faces[0].forward = (turned & 2u) == 0;
+        const BuiltShape built = BuildShape(MakeBody(description));
+        EXPECT_NEAR(KernelMeasures(built.shape).volume, KernelMeasures(hollow).volume, 1e-3);
+        EXPECT_TRUE(BRepCheck_Analyzer(built.shape).IsValid());
+    }
+}
+
+TEST(ShapeBuilder, RandomDamageIsSurvived)
+{
+    std::mt19937 random(20261121);
+    const auto pick = [&](std::size_t count) { return random() % std::max<std::size_t>(count, 1); };
+    const double values[] = {0,
+                             -1,
+                             1e-9,
+                             1e9,
+                             1e300,
+                             -1e300,
+                             std::numeric_limits<double>::quiet_NaN(),
+                             std::numeric_limits<double>::infinity()};
+    for (const Solids& test : SolidsOfTheKernel()) {
+        const Description sound = DescriptionOf(Tilted(test.shape), {.seams = random() % 2 == 0});
+        for (int round = 0; round < 12; ++round) {
+            Description body = sound;
+            Edge& edge = body.edges[pick(body.edges.size())];
+            Face& face = body.faces[pick(body.faces.size())];
+            const double value = values[pick(std::size(values))];
+            switch (round) {
+            case 0:
+                edge.first = value;
+                break;
+            case 1:
+                edge.last = value;
+                break;
+            case 2:
+                edge.start = static_cast<int>(pick(body.vertices.size()));
+                break;
+            case 3:
+                edge.curve = body.edges[pick(body.edges.size())].curve;
+                break;
+            case 4:
+                edge.curve = {};
+                break;
+            case 5:
+                body.vertices[pick(body.vertices.size())].point.SetY(value);
+                break;
+            case 6:
+                face.surface = static_cast<int>(pick(body.surfaces.size()));
+                break;
+            case 7:
+                face.sameSense = !face.sameSense;
+                break;
+            case 8:
+                edge.tolerance = value;
+                break;
+            case 9:
+                body.vertices[pick(body.vertices.size())].tolerance = value;
+                break;
+            case 10:
+                face.loops.resize(face.loops.size() / 2);
+                break;
+            default:
+                for (Loop& loop : face.loops) {
+                    std::shuffle(loop.uses.begin(), loop.uses.end(), random);
+                }
+            }
+            SCOPED_TRACE(std::string(test.name) + ", round " + std::to_string(round));
+            // The kernel's healing may fault; the guard turns that into the failure of the one face.
+            EXPECT_TRUE(occt::RunGuarded(occt::EngineUse::Geometry, [&] {
+                const BuiltShape built = BuildShape(MakeBody(body));
+                return built.healed + built.leftOut <= body.faces.size();
+            }));
         }
     }
 }
