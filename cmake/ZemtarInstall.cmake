@@ -29,6 +29,9 @@ endif()
 install(EXPORT ZemtarTargets NAMESPACE Zemtar:: DESTINATION "${package_dir}")
 if(ZEMTAR_BUILD_APPS)
     install(TARGETS zemtar-cad zemtar-viewer RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+    install(TARGETS zemtar_pictures LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/zemtar")
+    # The module's libraries are a folder above it.
+    set_target_properties(zemtar_pictures PROPERTIES INSTALL_RPATH "$<IF:$<BOOL:${APPLE}>,@loader_path/..,$ORIGIN/..>")
 endif()
 
 configure_package_config_file(cmake/ZemtarCADExchangeConfig.cmake.in

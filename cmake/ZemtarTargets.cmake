@@ -106,7 +106,7 @@ function(zemtar_add_test name)
     add_test(NAME ${name} COMMAND ${launcher} $<TARGET_FILE:${name}>)
     set_tests_properties(${name} PROPERTIES
         ENVIRONMENT "${platform};LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp${leaks}"
-        TIMEOUT 600 LABELS "${ARG_LABELS}")
+        TIMEOUT 1800 LABELS "${ARG_LABELS}")
 endfunction()
 
 # zemtar_add_bench(NAME SOURCES ... LIBS ...): a Google Benchmark program.

@@ -1,6 +1,12 @@
 #pragma once
 
-#include <QStringList>
+#include <QString>
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+
+class Console;
 
 /// Exit codes of the program.
 enum ExitCode
@@ -10,11 +16,18 @@ enum ExitCode
     ExitUsage = 2
 };
 
-/// Each command takes the words after its name and gives the program's exit code.
-int RunImport(const QStringList& arguments);
-int RunConvert(const QStringList& arguments);
-int RunFormats(const QStringList& arguments);
-int RunImage(const QStringList& arguments);
+/// Each adds its command to the program. When the command was called it has run at the end of the parsing,
+/// and the console holds the exit code. Wrong usage is a CLI::ParseError.
+void AddImportCommand(CLI::App& program, Console& console);
+void AddConvertCommand(CLI::App& program, Console& console);
+void AddFormatsCommand(CLI::App& program, Console& console);
+void AddImageCommand(CLI::App& program, Console& console);
 
-/// Writes the message and a hint to standard error; gives `ExitUsage`.
-int UsageError(const QString& message);
+/// Wrong usage that only the command itself can tell.
+[[noreturn]] void ThrowUsage(const QString& message);
+
+/// The words of the command line, as Qt has them.
+inline QString Text(const std::string& word)
+{
+    return QString::fromStdString(word);
+}

@@ -1,29 +1,56 @@
 #include "apps/cli/Commands.h"
+#include "apps/cli/Console.h"
 #include "apps/shared/FormatTable.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <iomanip>
 #include <iostream>
 
-int RunFormats(const QStringList& arguments)
+namespace {
+
+/// "yes"; "no engine" for what only this build lacks; "-" for what the library never does.
+const char* State(bool hasEngine, bool isSupported)
 {
-    if (!arguments.isEmpty()) {
-        return UsageError("formats takes no arguments");
-    }
-    const auto column = [](const char* text, int width) -> std::ostream& {
+    return hasEngine ? "yes" : isSupported ? "no engine" : "-";
+}
+
+void PrintTable()
+{
+    const auto column = [](const std::string& text, int width) -> std::ostream& {
         return std::cout << std::left << std::setw(width) << text;
     };
-    const auto state = [](bool engine, bool format) { return engine ? "yes" : format ? "no engine" : "-"; };
-    using Writer = Zemtar::CZemtarCADExchangeWriter;
     column("format", 12);
     column("import", 11);
     column("export", 11) << "extensions\n";
     for (const FormatEntry& format : AllFormats()) {
-        const bool isWritable = format.writer != Writer::eWriterCreo && format.writer != Writer::eWriterNX &&
-                                format.writer != Writer::eWriterSolidWorks;
-        column(format.Name().toLatin1().constData(), 12);
-        column(state(format.CanRead(), true), 11);
-        column(state(format.CanWrite(), isWritable), 11)
-            << format.Extensions().join(' ').toStdString() << "\n";
+        column(std::string(format.name), 12);
+        column(State(format.CanRead(), true), 11);
+        column(State(format.CanWrite(), format.HasWriter()), 11) << format.extensions << "\n";
     }
-    return ExitDone;
+}
+
+void PrintJson()
+{
+    QJsonArray list;
+    for (const FormatEntry& format : AllFormats()) {
+        list.append(QJsonObject{{"name", format.Name()},
+                                {"import", format.CanRead()},
+                                {"export", format.CanWrite()},
+                                {"extensions", QJsonArray::fromStringList(format.Extensions())}});
+    }
+    std::cout << QJsonDocument(list).toJson().toStdString();
+}
+
+} // namespace
+
+void AddFormatsCommand(CLI::App& program, Console& /*console*/)
+{
+    const auto json = std::make_shared<bool>(false);
+    CLI::App* command =
+        program.add_subcommand("formats", "List the formats, and what this build reads and writes");
+    command->add_flag("--json", *json, "Print JSON instead of a table");
+    command->callback([json] { *json ? PrintJson() : PrintTable(); });
 }

@@ -1,11 +1,12 @@
 #include "apps/cli/Commands.h"
+#include "apps/cli/Console.h"
 #include "apps/cli/ImportOptions.h"
+#include "apps/cli/Preview.h"
 #include "apps/cli/SceneReport.h"
-#include "apps/render/Picture.h"
 
 #include "cadexchange/CZemtarCADExchangeReaderHandler.h"
 
-#include <QElapsedTimer>
+#include <QJsonArray>
 #include <QJsonDocument>
 
 #include <iostream>
@@ -14,14 +15,41 @@ using namespace Zemtar;
 
 namespace {
 
-QJsonObject JsonOf(const SceneReport& report, const QString& file, const FormatEntry& format, double seconds)
+struct ImportCommand
 {
-    QJsonObject json = report.ToJson();
+    ImportOptions options;
+    std::vector<std::string> files;
+    bool json = false;
+    std::string preview;
+
+    void Run(Console& console) const;
+};
+
+double ReadAndMeshSeconds()
+{
+    return CZemtarCADExchangeReaderHandler::getInstance()->ReadAndMeshSeconds();
+}
+
+QJsonArray JsonOf(const std::vector<EngineReport>& reports)
+{
+    QJsonArray list;
+    for (const EngineReport& report : reports) {
+        list.append(QJsonObject{{"kind", report.kind},
+                                {"text", report.text},
+                                {"record", report.record > 0 ? QJsonValue(report.record) : QJsonValue()},
+                                {"count", report.count}});
+    }
+    return list;
+}
+
+QJsonObject JsonOf(const ImportedFile& imported, const QString& file, const FormatEntry& format)
+{
+    QJsonObject json = imported.document ? SceneReport(*imported.document).ToJson()
+                                         : QJsonObject{{"error", imported.reason}};
     json.insert("file", file);
     json.insert("format", format.Name());
-    json.insert("seconds", QJsonObject{{"read_and_mesh",
-                                        CZemtarCADExchangeReaderHandler::getInstance()->ReadAndMeshSeconds()},
-                                       {"total", seconds}});
+    json.insert("reports", JsonOf(imported.reports));
+    json.insert("seconds", QJsonObject{{"read_and_mesh", ReadAndMeshSeconds()}, {"total", imported.seconds}});
     return json;
 }
 
@@ -37,57 +65,67 @@ void PrintSummary(std::ostream& out, const SceneReport& report, double seconds)
         out << "bounds (" << min[0] << ", " << min[1] << ", " << min[2] << ") to (" << max[0] << ", "
             << max[1] << ", " << max[2] << ") m\n";
     }
-    out << seconds << " s, of which reading and meshing "
-        << CZemtarCADExchangeReaderHandler::getInstance()->ReadAndMeshSeconds() << " s\n";
+    out << seconds << " s, of which reading and meshing " << ReadAndMeshSeconds() << " s\n";
 }
 
-/// Draws the document into a picture file; false, with the reason on standard error, when that fails.
-bool WritePreview(const CZemtarDocument& document, const QString& file)
+void PrintTree(const ImportedFile& imported, const Console& console)
 {
-    const QString problem = WritePicture(document, {}, file);
-    if (!problem.isEmpty()) {
-        std::cerr << "zemtar-cad: no preview: " << problem.toStdString() << "\n";
+    const SceneReport report(*imported.document);
+    report.PrintTree(std::cout);
+    if (!console.quiet) {
+        PrintSummary(std::cout, report, imported.seconds);
     }
-    return problem.isEmpty();
+}
+
+void ImportCommand::Run(Console& console) const
+{
+    if (!preview.empty() && files.size() > 1) {
+        ThrowUsage(QStringLiteral("--preview takes one file"));
+    }
+    std::vector<const FormatEntry*> formats; // all known before the first import
+    for (const std::string& file : files) {
+        formats.push_back(&options.FormatOf(Text(file)));
+    }
+    QJsonArray list;
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        const QString file = Text(files[i]);
+        const ImportedFile imported = options.Import(file, *formats[i], console);
+        if (json) {
+            list.append(JsonOf(imported, file, *formats[i]));
+        } else if (imported.document) {
+            if (files.size() > 1) {
+                std::cout << file.toStdString() << "\n";
+            }
+            PrintTree(imported, console);
+            std::cout.flush();
+        }
+        if (const QString problem = imported.document && !preview.empty()
+                                        ? WritePreview(*imported.document, Text(preview))
+                                        : QString();
+            !problem.isEmpty()) {
+            console.Error(QStringLiteral("no preview: ") + problem);
+        }
+    }
+    if (json) {
+        std::cout << (list.size() == 1 ? QJsonDocument(list[0].toObject()) : QJsonDocument(list))
+                         .toJson()
+                         .toStdString();
+    }
+    if (!std::cout.flush()) {
+        console.Error(QStringLiteral("standard output takes no more"));
+    }
 }
 
 } // namespace
 
-int RunImport(const QStringList& arguments)
+void AddImportCommand(CLI::App& program, Console& console)
 {
-    QCommandLineParser parser;
-    ImportOptions::Declare(parser);
-    parser.addOption({"json", "Print JSON instead of a tree."});
-    parser.addOption({"preview", "Draw the model into this picture file.", "file"});
-    if (!parser.parse(QStringList("import") + arguments)) {
-        return UsageError(parser.errorText());
-    }
-    if (parser.positionalArguments().size() != 1) {
-        return UsageError("import takes one file");
-    }
-    const QString file = parser.positionalArguments().first();
-    ImportOptions options;
-    if (const QString problem = options.Read(parser, file); !problem.isEmpty()) {
-        return UsageError(problem);
-    }
-
-    QElapsedTimer timer;
-    timer.start();
-    const std::unique_ptr<CZemtarDocument> document = options.Import(file);
-    if (!document) {
-        return ExitFailed;
-    }
-    const double seconds = static_cast<double>(timer.nsecsElapsed()) * 1e-9;
-
-    const SceneReport report(*document);
-    if (parser.isSet("json")) {
-        std::cout << QJsonDocument(JsonOf(report, file, options.Format(), seconds)).toJson().toStdString();
-    } else {
-        report.PrintTree(std::cout);
-        PrintSummary(std::cout, report, seconds);
-    }
-    std::cout.flush();
-    const QString preview = parser.value("preview");
-    const bool previewed = !parser.isSet("preview") || WritePreview(*document, preview);
-    return std::cout && previewed ? ExitDone : ExitFailed;
+    const auto import = std::make_shared<ImportCommand>();
+    CLI::App* command = program.add_subcommand("import", "Import CAD files and print what came in");
+    command->add_option("FILE", import->files, "The files")->required();
+    import->options.Declare(*command);
+    command->add_flag("--json", import->json, "Print JSON instead of a tree; an array for several files");
+    command->add_option("--preview", import->preview, "Draw the model into this picture file")
+        ->type_name("OUT");
+    command->callback([import, &console] { import->Run(console); });
 }

@@ -1,63 +1,112 @@
 #include "apps/cli/ImportOptions.h"
 
+#include "apps/cli/Commands.h"
+#include "apps/cli/Console.h"
+#include "apps/shared/FileProbe.h"
 #include "host/CZemtarDocument.h"
 
+#include <QElapsedTimer>
 #include <QFileInfo>
+#include <QTemporaryDir>
 
-#include <iostream>
-
-#include <unistd.h>
+#include <algorithm>
 
 using namespace Zemtar;
 
-void ImportOptions::Declare(QCommandLineParser& parser)
+namespace {
+
+/// Lines of one file's reports before the rest is only counted.
+constexpr std::size_t kShownReports = 5;
+
+/// The engine's own reason for a failure: what it refused.
+QString RefusalOf(const std::vector<EngineReport>& reports)
 {
-    parser.addOption({"format", "The file's format, when its extension does not tell.", "name"});
-    parser.addOption(
-        {"tessellation", "20 (fine, more memory) to 95 (coarse); 50 when not given.", "20..95", "50"});
-    parser.addOption({"parallel", "Let the engine use several threads."});
-    parser.addOption({"polylines", "Import curves and wires as polylines."});
-    parser.addOption(
-        {"textures", "Write the model's textures into this folder, which is made when missing.", "dir"});
+    const auto refused = std::find_if(reports.begin(), reports.end(),
+                                      [](const EngineReport& report) { return report.kind == "refused"; });
+    return refused == reports.end() ? QString() : refused->Line();
 }
 
-QString ImportOptions::Read(const QCommandLineParser& parser, const QString& file)
+} // namespace
+
+void ImportOptions::Declare(CLI::App& command)
 {
-    const QString formatName = parser.value("format");
-    m_format = formatName.isEmpty() ? FormatByFileName(file) : FormatByName(formatName);
-    if (!m_format) {
-        return formatName.isEmpty()
-                   ? QStringLiteral("the extension of %1 stands for no format; name it with --format")
-                         .arg(file)
-                   : QStringLiteral("there is no format %1").arg(formatName);
+    command.add_option("--format", m_format, "The files' format, where their extension does not tell")
+        ->type_name("NAME");
+    command
+        .add_option("--tessellation", m_settings.tessellation, "Fineness of the meshes, 20 fine to 95 coarse")
+        ->check(CLI::Range(20, 95))
+        ->capture_default_str();
+    command.add_flag("--parallel", m_settings.parallel, "Let the engine use several threads");
+    command.add_flag("--polylines", m_settings.polylines, "Import curves and wires as polylines");
+    command
+        .add_option("--textures", m_textures,
+                    "Write the model's textures into this folder, made when missing")
+        ->type_name("DIR");
+}
+
+const FormatEntry& ImportOptions::FormatOf(const QString& file) const
+{
+    const FormatEntry* format = m_format.empty() ? FormatByFileName(file) : FormatByName(Text(m_format));
+    if (!format) {
+        ThrowUsage(
+            m_format.empty()
+                ? QStringLiteral("the extension of %1 stands for no format; name it with --format").arg(file)
+                : QStringLiteral("there is no format %1; these are: %2")
+                      .arg(Text(m_format), FormatNames().join(QStringLiteral(", "))));
     }
-    bool isNumber = false;
-    m_settings.tessellation = parser.value("tessellation").toInt(&isNumber);
-    if (!isNumber || m_settings.tessellation < 20 || m_settings.tessellation > 95) {
-        return QStringLiteral("--tessellation takes a number from 20 to 95");
+    return *format;
+}
+
+ImportedFile ImportOptions::Import(const QString& file, const FormatEntry& format, Console& console) const
+{
+    // Textures that nobody asked for must not end in the working directory.
+    const QTemporaryDir unwanted;
+    ImportSettings settings = m_settings;
+    settings.textureFolder = m_textures.empty() ? unwanted.path() : Text(m_textures);
+
+    ImportedFile imported;
+    QElapsedTimer timer;
+    timer.start();
+    ClearEngineReports();
+    try {
+        const StageLine stage(console, QStringLiteral("Importing %1 ...").arg(QFileInfo(file).fileName()));
+        imported.document = ImportDocument(file, format, settings);
+    } catch (const std::exception& error) {
+        imported.reason = QString::fromUtf8(error.what());
     }
-    m_settings.parallel = parser.isSet("parallel");
-    m_settings.polylines = parser.isSet("polylines");
-    m_settings.textureFolder = parser.value("textures");
-    return {};
-}
-
-std::unique_ptr<CZemtarDocument> ImportOptions::Import(const QString& file) const
-{
-    const StageLine stage(QStringLiteral("Importing %1 ...").arg(QFileInfo(file).fileName()));
-    return ImportDocument(file, *m_format, m_settings);
-}
-
-StageLine::StageLine(const QString& text) : m_shown(isatty(STDERR_FILENO) != 0)
-{
-    if (m_shown) {
-        std::cerr << text.toStdString() << std::flush;
+    imported.seconds = static_cast<double>(timer.nsecsElapsed()) * 1e-9;
+    imported.reports = TakeEngineReports();
+    if (imported.document) {
+        TellReports(file, imported.reports, console);
+        return imported;
     }
+    for (const QString& reason : {WhyNotReadable(file, format), RefusalOf(imported.reports)}) {
+        imported.reason = imported.reason.isEmpty() ? reason : imported.reason;
+    }
+    if (imported.reason.isEmpty()) {
+        imported.reason = QStringLiteral("the engine gives no reason");
+    }
+    console.Error(QStringLiteral("%1: %2").arg(file, imported.reason));
+    for (const EngineReport& report : imported.reports) {
+        console.Detail(QStringLiteral("%1: %2").arg(file, report.Line()));
+    }
+    return imported;
 }
 
-StageLine::~StageLine()
+void TellReports(const QString& file, const std::vector<EngineReport>& reports, const Console& console)
 {
-    if (m_shown) {
-        std::cerr << "\r\033[K" << std::flush;
+    std::size_t shown = 0;
+    std::size_t kept = 0;
+    for (const EngineReport& report : reports) {
+        const bool isLoss = report.kind == "refused" || report.kind == "left out";
+        if (console.verbose || (isLoss && shown < kShownReports)) {
+            console.Warn(QStringLiteral("%1: %2").arg(file, report.Line()));
+            ++shown;
+        } else {
+            kept += isLoss ? 1 : 0;
+        }
+    }
+    if (kept > 0) {
+        console.Warn(QStringLiteral("%1: %2 more; --verbose shows them").arg(file).arg(kept));
     }
 }

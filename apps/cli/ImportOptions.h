@@ -1,46 +1,47 @@
 #pragma once
 
+#include "apps/shared/EngineReports.h"
 #include "apps/shared/Exchange.h"
 
-#include <QCommandLineParser>
+#include <CLI/App.hpp>
 
 #include <memory>
+#include <string>
+
+class Console;
 
 namespace Zemtar {
 class CZemtarDocument;
 }
 
+/// What came of one import.
+struct ImportedFile
+{
+    std::unique_ptr<Zemtar::CZemtarDocument> document; ///< null when the import failed
+    QString reason;                                    ///< of the failure, where it is known
+    std::vector<EngineReport> reports;
+    double seconds = 0.0;
+};
+
 /// What the user chose for an import; the same options serve `import` and `convert`.
 class ImportOptions
 {
 public:
-    /// Declares the options on a parser.
-    static void Declare(QCommandLineParser& parser);
+    /// Declares the options on a command; they must outlive its parsing.
+    void Declare(CLI::App& command);
 
-    /// Reads the parsed options for a file. Gives an empty text, or what is wrong with them.
-    QString Read(const QCommandLineParser& parser, const QString& file);
+    /// The format that a file is read as. Throws wrong usage when neither its name nor --format tells.
+    const FormatEntry& FormatOf(const QString& file) const;
 
-    /// Runs the import, with a line on standard error while it works when that is a terminal. Null on
-    /// failure; the reason is then on standard error.
-    std::unique_ptr<Zemtar::CZemtarDocument> Import(const QString& file) const;
-
-    const FormatEntry& Format() const { return *m_format; }
+    /// Runs the import. The library says on standard error that it failed; the console then says why, where
+    /// that is known, and otherwise what the engine left out.
+    ImportedFile Import(const QString& file, const FormatEntry& format, Console& console) const;
 
 private:
-    const FormatEntry* m_format = nullptr;
+    std::string m_format;
+    std::string m_textures;
     ImportSettings m_settings;
 };
 
-/// Writes a line on standard error while a stage of long work runs, and takes it away when the stage ends.
-/// Silent when standard error is no terminal.
-class StageLine
-{
-public:
-    explicit StageLine(const QString& text);
-    ~StageLine();
-    StageLine(const StageLine&) = delete;
-    StageLine& operator=(const StageLine&) = delete;
-
-private:
-    bool m_shown;
-};
+/// Tells on the console what the engine refused or left out; with --verbose everything.
+void TellReports(const QString& file, const std::vector<EngineReport>& reports, const Console& console);

@@ -1,6 +1,7 @@
 #include "apps/cli/SceneReport.h"
 
 #include "apps/shared/LengthUnits.h"
+#include "apps/shared/SafeOutput.h"
 #include "common/encoding/CZemtarConvert.h"
 #include "host/CZemtar3DObject.h"
 #include "host/CZemtarCommonBasicMaterial.h"
@@ -22,6 +23,12 @@ namespace {
 QString Text(const CZemtarString& text)
 {
     return CZemtarConvert::CZemtarStringToQString(text);
+}
+
+/// A text of the file as a part of one line.
+std::string Line(const CZemtarString& text)
+{
+    return Printable(Text(text)).toStdString();
 }
 
 const char* KindOf(const CZemtarSceneNode& node)
@@ -170,11 +177,11 @@ void PrintMesh(std::ostream& out, const CZemtar3DObject& object)
         out << "  " << counts.triangles << " triangles";
     }
     if (const CZemtarMaterial* material = object.Material()) {
-        out << ", " << Text(material->Name()).toStdString();
+        out << ", " << Line(material->Name());
         const CZemtarCommonBasicMaterial* basic = BasicOf(*material);
         const QString texture = basic ? TextureOf(*basic) : QString();
         if (!texture.isEmpty()) {
-            out << ", texture " << texture.toStdString();
+            out << ", texture " << Printable(texture).toStdString();
         }
     }
 }
@@ -194,7 +201,7 @@ void PrintSolid(std::ostream& out, const CZemtarSolidHint& hint, const std::stri
 void PrintNode(std::ostream& out, const CZemtarSceneNode& node, int depth)
 {
     const std::string indent(static_cast<std::size_t>(2 * depth), ' ');
-    const std::string name = Text(node.Name()).toStdString();
+    const std::string name = Line(node.Name());
     out << indent << KindOf(node) << " " << (name.empty() ? "(unnamed)" : name);
     if (const auto* object = dynamic_cast<const CZemtar3DObject*>(&node)) {
         PrintMesh(out, *object);
@@ -202,7 +209,7 @@ void PrintNode(std::ostream& out, const CZemtarSceneNode& node, int depth)
     out << "\n";
     for (const auto& [category, pairs] : MetaDataOf(node)) {
         for (const auto& [key, value] : pairs) {
-            out << indent << "  | " << Text(key).toStdString() << ": " << Text(value).toStdString() << "\n";
+            out << indent << "  | " << Line(key) << ": " << Line(value) << "\n";
         }
     }
     if (const CZemtarSolidHint* hint = node.SolidHint()) {

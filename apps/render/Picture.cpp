@@ -1,10 +1,10 @@
 #include "apps/render/Picture.h"
 
+#include "apps/images/ImageFile.h"
 #include "apps/render/Renderer.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
-#include <QImageWriter>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLFramebufferObject>
@@ -91,10 +91,10 @@ QString WritePicture(const Zemtar::CZemtarDocument& document, const PictureOptio
     if (picture.image.isNull()) {
         return picture.problem;
     }
-    QImageWriter writer(file);
-    return writer.write(picture.image) ? QString()
-                                       : QCoreApplication::translate("Renderer", "cannot write %1: %2")
-                                             .arg(file, writer.errorString());
+    const QString failure = WriteImageFile(picture.image, file);
+    return failure.isEmpty()
+               ? QString()
+               : QCoreApplication::translate("Renderer", "cannot write %1: %2").arg(file, failure);
 }
 
 QString MissingOpenGL()
@@ -116,24 +116,6 @@ bool ParsePictureSize(const QString& text, QSize& size)
     }
     size = QSize(width, height);
     return true;
-}
-
-void UseDisplayIfAny()
-{
-#if defined(Q_OS_UNIX) && !defined(Q_OS_MACOS)
-    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
-        return;
-    }
-    // NOTE: Qt tries the platforms of such a list in their order, and ends the process when none starts.
-    QByteArray platforms;
-    if (qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) {
-        platforms += "wayland;";
-    }
-    if (qEnvironmentVariableIsSet("DISPLAY")) {
-        platforms += "xcb;";
-    }
-    qputenv("QT_QPA_PLATFORM", platforms + "offscreen");
-#endif
 }
 
 bool HasDisplay()

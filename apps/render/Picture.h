@@ -1,6 +1,7 @@
 #pragma once
 
 #include "apps/render/Camera.h"
+#include "apps/shared/Display.h"
 
 #include <QImage>
 #include <QSize>
@@ -35,8 +36,8 @@ struct Picture
 ///     if (picture.image.isNull()) { std::cerr << picture.problem.toStdString() << "\n"; }
 Picture RenderPicture(const Zemtar::CZemtarDocument& document, const PictureOptions& options);
 
-/// Draws a document as `RenderPicture` does into a file, whose extension names the format. Gives an empty
-/// text, or what went wrong, for the user.
+/// Draws a document as `RenderPicture` does into a file, whose extension names the format and which is whole
+/// or not there. Gives an empty text, or what went wrong, for the user.
 QString WritePicture(const Zemtar::CZemtarDocument& document, const PictureOptions& options,
                      const QString& file);
 
@@ -47,9 +48,5 @@ QString MissingOpenGL();
 /// Reads "800x600": two numbers from 1 to 8192. False, with `size` untouched, for other text.
 bool ParsePictureSize(const QString& text, QSize& size);
 
-/// Is called before a QGuiApplication or QApplication is made: without a display that answers, the
-/// application then starts without windows, where Qt would end the process. Leaves a platform that the user
-/// chose as it is.
-void UseDisplayIfAny();
 /// Tells, once the application object is made, whether windows can show.
 bool HasDisplay();

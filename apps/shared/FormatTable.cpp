@@ -56,10 +56,24 @@ bool FormatEntry::CanRead() const
 
 bool FormatEntry::CanWrite() const
 {
+    return HasWriter();
+}
+#endif
+
+bool FormatEntry::HasWriter() const
+{
     using W = CZemtarCADExchangeWriter;
     return writer != W::eWriterCreo && writer != W::eWriterNX && writer != W::eWriterSolidWorks;
 }
-#endif
+
+QStringList FormatNames()
+{
+    QStringList names;
+    for (const FormatEntry& format : AllFormats()) {
+        names << format.Name();
+    }
+    return names;
+}
 
 const FormatEntry* FormatByName(const QString& name)
 {

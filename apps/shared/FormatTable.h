@@ -23,10 +23,15 @@ struct FormatEntry
     /// Tells whether the engine in this build opens (saves) files of the format.
     bool CanRead() const;
     bool CanWrite() const;
+    /// Tells whether the library exports the format at all, whatever the engine.
+    bool HasWriter() const;
 };
 
 /// All formats, in the order of their numbers.
 const std::vector<FormatEntry>& AllFormats();
+
+/// The formats' names, in the same order.
+QStringList FormatNames();
 
 /// Finds a format by its name, in any letter case; null when there is none.
 const FormatEntry* FormatByName(const QString& name);

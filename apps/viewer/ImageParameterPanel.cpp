@@ -1,10 +1,15 @@
 #include "apps/viewer/ImageParameterPanel.h"
 
+#include "apps/images/ImageFile.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QFormLayout>
 #include <QLabel>
+#include <QPushButton>
 #include <QSlider>
 #include <QVBoxLayout>
 
@@ -32,6 +37,10 @@ void ImageParameterPanel::SetOperation(const ImageOperation* operation, QSize si
     auto* form = new QFormLayout(m_form);
     form->setContentsMargins(0, 0, 0, 0);
     form->setRowWrapPolicy(QFormLayout::WrapLongRows);
+    m_second = {};
+    if (operation != nullptr && operation->second != nullptr) {
+        form->addRow(tr("%1:").arg(ImageOperationText(operation->second)), MakeSecond(*operation));
+    }
     for (std::size_t i = 0; operation != nullptr && i < m_values.size(); ++i) {
         const ImageParameter& parameter = operation->parameters[i];
         QWidget* editor = MakeEditor(i, parameter);
@@ -39,6 +48,39 @@ void ImageParameterPanel::SetOperation(const ImageOperation* operation, QSize si
         form->addRow(parameter.kind == ImageParameter::Switch ? QString() : tr("%1:").arg(name), editor);
     }
     m_form->show();
+}
+
+QWidget* ImageParameterPanel::MakeSecond(const ImageOperation& operation)
+{
+    const QString title = ImageOperationText(operation.second);
+    auto* button = new QPushButton(tr("Choose ..."));
+    button->setObjectName(QStringLiteral("second"));
+    m_secondName = new QLabel;
+    m_secondName->setWordWrap(true);
+    connect(button, &QPushButton::clicked, this, [this, title] {
+        const QString file = QFileDialog::getOpenFileName(this, title, {}, ReadableImages());
+        if (!file.isEmpty()) {
+            SetSecond(file);
+        }
+    });
+    auto* row = new QWidget;
+    auto* rowLayout = new QHBoxLayout(row);
+    rowLayout->setContentsMargins(0, 0, 0, 0);
+    rowLayout->addWidget(button);
+    rowLayout->addWidget(m_secondName, 1);
+    return row;
+}
+
+bool ImageParameterPanel::SetSecond(const QString& file)
+{
+    const ImageFile picture = ReadImageFile(file);
+    m_secondName->setText(picture.image.isNull() ? picture.failure : QFileInfo(file).fileName());
+    if (picture.image.isNull()) {
+        return false;
+    }
+    m_second = picture.image;
+    emit Changed();
+    return true;
 }
 
 QWidget* ImageParameterPanel::MakeEditor(std::size_t index, const ImageParameter& parameter)

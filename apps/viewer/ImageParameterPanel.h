@@ -1,10 +1,11 @@
 #pragma once
 
-#include "apps/viewer/ImageOperations.h"
+#include "apps/images/ImageOperations.h"
 
 #include <QWidget>
 
 class QFormLayout;
+class QLabel;
 
 /// Boxes and sliders for the parameters of one operation at a time. Each box has its parameter's name as
 /// object name.
@@ -21,15 +22,24 @@ public:
     /// One value for each parameter.
     const ImageValues& Values() const { return m_values; }
 
+    /// Takes the second picture of an operation on two from a file; false, with the reason beside the button,
+    /// when it cannot be read.
+    bool SetSecond(const QString& file);
+    /// Null while none is chosen.
+    const QImage& Second() const { return m_second; }
+
 signals:
     /// The user changed a value.
     void Changed();
 
 private:
+    QWidget* MakeSecond(const ImageOperation& operation);
     QWidget* MakeEditor(std::size_t index, const ImageParameter& parameter);
     QWidget* MakeNumber(std::size_t index, const ImageParameter& parameter);
     void SetValue(std::size_t index, double value);
 
     ImageValues m_values;
-    QWidget* m_form = nullptr; ///< Made anew for each operation.
+    QImage m_second;
+    QLabel* m_secondName = nullptr; ///< With the form.
+    QWidget* m_form = nullptr;      ///< Made anew for each operation.
 };

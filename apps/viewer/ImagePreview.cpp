@@ -27,10 +27,12 @@ void ImagePreview::SetInput(const ImageInput& input)
     Ask();
 }
 
-void ImagePreview::SetOperation(const ImageOperation* operation, const ImageValues& values)
+void ImagePreview::SetOperation(const ImageOperation* operation, const ImageValues& values,
+                                const QImage& second)
 {
     m_operation = operation;
     m_values = values;
+    m_second = second;
     Ask();
 }
 
@@ -83,7 +85,9 @@ void ImagePreview::ShowWhole()
     m_soon.stop();
     m_rest.stop();
     const bool hasWork = m_operation != nullptr && !m_input.image.isNull();
-    Show(hasWork ? m_operation->Run(m_input, m_values) : ImageOutcome{m_input.image}, false);
+    Show(hasWork ? m_operation->Run({m_input.image, m_input.highRange, m_second}, m_values)
+                 : ImageOutcome{m_input.image},
+         false);
 }
 
 void ImagePreview::Show(const ImageOutcome& outcome, bool isReduced)

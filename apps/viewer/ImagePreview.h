@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/viewer/ImageOperations.h"
+#include "apps/images/ImageOperations.h"
 
 #include <QObject>
 #include <QTimer>
@@ -24,8 +24,9 @@ public:
     /// Sets the picture, which may be null: then there is no result.
     void SetInput(const ImageInput& input);
 
-    /// Sets what is done, null for nothing, and asks for a new result soon.
-    void SetOperation(const ImageOperation* operation, const ImageValues& values);
+    /// Sets what is done, null for nothing, and asks for a new result soon. `second` is the other picture of
+    /// an operation on two.
+    void SetOperation(const ImageOperation* operation, const ImageValues& values, const QImage& second = {});
 
     /// The result of the whole picture, made now unless it is there.
     const ImageOutcome& Whole();
@@ -49,6 +50,7 @@ private:
     ImageInput m_reduced; ///< Made when it is first asked for.
     const ImageOperation* m_operation = nullptr;
     ImageValues m_values;
+    QImage m_second;
     ImageOutcome m_shown;
     bool m_isReduced = false;
     bool m_isPending = false; ///< What is shown is not yet of these values.

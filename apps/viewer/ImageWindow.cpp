@@ -1,8 +1,8 @@
 #include "apps/viewer/ImageWindow.h"
 
+#include "apps/images/ImageOperations.h"
 #include "apps/viewer/ImageComparison.h"
 #include "apps/viewer/ImageIcons.h"
-#include "apps/viewer/ImageOperations.h"
 #include "apps/viewer/ImageParameterPanel.h"
 #include "apps/viewer/ImagePreview.h"
 
@@ -77,7 +77,7 @@ ImageWindow::ImageWindow(QWidget* parent) : QWidget(parent, Qt::Window), m_previ
     connect(m_comparison, &ImageComparison::ZoomChanged, this, &ImageWindow::ShowInfo);
     connect(m_preview, &ImagePreview::Changed, this, &ImageWindow::ShowResult);
     connect(m_parameters, &ImageParameterPanel::Changed, this,
-            [this] { m_preview->SetOperation(Operation(), m_parameters->Values()); });
+            [this] { m_preview->SetOperation(Operation(), m_parameters->Values(), m_parameters->Second()); });
     ShowOperation();
     ShowCurrent();
 }
@@ -397,7 +397,7 @@ void ImageWindow::ShowOperation()
     const ImageOperation* operation = Operation();
     m_help->setText(operation != nullptr ? operation->Help() : tr("Choose what is done to the picture."));
     m_parameters->SetOperation(operation, m_history.Current().size());
-    m_preview->SetOperation(operation, m_parameters->Values());
+    m_preview->SetOperation(operation, m_parameters->Values(), m_parameters->Second());
     UpdateActions();
 }
 
@@ -415,8 +415,8 @@ void ImageWindow::ShowCurrent()
 void ImageWindow::ShowResult()
 {
     const ImageOutcome& shown = m_preview->Shown();
-    if (!shown.failure.isEmpty()) {
-        ShowMessage(shown.failure, true);
+    if (const QString& message = shown.failure.isEmpty() ? shown.note : shown.failure; !message.isEmpty()) {
+        ShowMessage(message, true);
     } else if (m_isOperationMessage) {
         ShowMessage({});
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/viewer/ImageFile.h"
+#include "apps/images/ImageFile.h"
 #include "apps/viewer/ImageHistory.h"
 
 #include <QWidget>

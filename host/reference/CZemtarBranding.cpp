@@ -20,7 +20,7 @@ std::string CZemtarBranding::getString(String which) const
     case ApplicationName:
         return "ZemtarViewer";
     case ApplicationVersion:
-        return "1.0";
+        return ZEMTAR_VERSION;
     case WindowIcon:
         return ":/zemtar/window-icon.png";
     }

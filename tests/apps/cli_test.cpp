@@ -73,58 +73,143 @@ double Size(const QJsonObject& import)
 
 } // namespace
 
-TEST(Cli, WrongUsageIsToldAndExitsWithTwo)
+TEST(Cli, WrongUsageIsToldInTwoLinesAndExitsWithTwo)
 {
-    const QStringList wrong[] = {{},
-                                 {"fly"},
-                                 {"import"},
-                                 {"import", "a.step", "b.step"},
-                                 {"import", "a.xyz"},
-                                 {"import", "a.step", "--format", "xyz"},
-                                 {"import", "a.step", "--tessellation", "19"},
-                                 {"import", "a.step", "--tessellation", "fine"},
-                                 {"import", "a.step", "--wings"},
-                                 {"convert", "a.step"},
-                                 {"convert", "a.step", "b.xyz"},
-                                 {"convert", "a.step", "b.step", "--unit", "parsec"},
-                                 {"convert", "a.step", "b.jt", "--jt-split", "7"},
-                                 {"formats", "please"}};
-    for (const QStringList& arguments : wrong) {
+    const std::pair<QStringList, const char*> wrong[] = {
+        {{}, "subcommand"},
+        {{"improt", "a.step"}, "did you mean import?"},
+        {{"import"}, "FILE"},
+        {{"import", "a.xyz"}, "--format"},
+        {{"import", "a.step", "--format", "xyz"}, "Parasolid"},
+        {{"import", "a.step", "--tessellation", "19"}, "19"},
+        {{"import", "a.step", "--tessellation", "fine"}, "fine"},
+        {{"import", "a.step", "--tesselation", "30"}, "did you mean --tessellation?"},
+        {{"convert", "a.step"}, "--output-folder"},
+        {{"convert", "a.step", "b.xyz"}, "b.xyz"},
+        {{"convert", "a.step", "b.igs", "-o", "out"}, "--to"},
+        {{"convert", "a.step", "x/a.igs", "-o", "out", "--to", "ifc"}, "out/a.ifc"},
+        {{"convert", "a.step", "b.step", "--unit", "parsec"}, "parsec"},
+        {{"convert", "a.step", "b.jt", "--jt-split", "7"}, "7"},
+        {{"formats", "please"}, "please"},
+        {{"image"}, "subcommand"},
+        {{"image", "crop", "a"}, "OUT"},
+        {{"image", "blurr", "a", "b"}, "blurr"},
+        {{"image", "flip", "a", "b", "--sideways"}, "--sideways"},
+        {{"image", "warm", "a", "b", "--amount", "1.5"}, "1.5"}};
+    for (const auto& [arguments, expected] : wrong) {
         const Program run(arguments);
         EXPECT_EQ(run.exitCode, 2) << arguments.join(' ').toStdString();
         EXPECT_EQ(run.err.rfind("zemtar-cad: ", 0), 0u) << run.err;
+        EXPECT_NE(run.err.find(expected), std::string::npos) << run.err;
+        EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 2) << run.err;
         EXPECT_TRUE(run.out.isEmpty());
     }
-    EXPECT_EQ(Program({"help"}).exitCode, 0);
+    for (const QStringList& arguments :
+         {QStringList{"help"}, {"help", "convert"}, {"image", "crop", "--help"}, {"--version"}}) {
+        const Program run(arguments);
+        EXPECT_EQ(run.exitCode, 0) << arguments.join(' ').toStdString();
+        EXPECT_FALSE(run.out.isEmpty());
+    }
     EXPECT_EQ(Program({"formats"}).out.count('\n'), 11);
+    EXPECT_EQ(QJsonDocument::fromJson(Program({"formats", "--json"}).out.toUtf8()).array().size(), 10);
 }
 
-TEST(Cli, FailuresAreOneLineAndExitWithOne)
+TEST(Cli, AFailureIsTheLibrarysLineAndTheReason)
 {
     const QTemporaryDir folder;
-    const QString target = folder.filePath("out.step");
-    QFile existing(target);
-    ASSERT_TRUE(existing.open(QIODevice::WriteOnly) && existing.write("mine") == 4);
-    existing.close();
-
-    const QString missing = folder.filePath("größe 零件.step");
-    const std::string message = "Failed to read the file " + missing.toStdString() + "\n";
-    for (const QStringList& arguments :
-         {QStringList{"import", missing}, {"import", missing, "--json"}, {"convert", missing, target}}) {
-        const Program run(arguments);
+    const auto write = [&folder](const char* name, const QByteArray& content) {
+        QFile file(folder.filePath(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+        return file.fileName();
+    };
+    QDir(folder.path()).mkdir("folder.step");
+    const QByteArray step = "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\n";
+    const std::pair<QString, const char*> cases[] = {
+        {folder.filePath("größe 零件.step"), "there is no such file"},
+        {folder.filePath("folder.step"), "it is a folder"},
+        {write("empty.step", {}), "it is empty"},
+        {write("zip.step", "PK\x03\x04 and more"), "its content is a ZIP archive, not STEP"},
+        {write("wrong.igs", step), "its content is STEP, not IGES; --format STEP reads it so"},
+        {write("old.ifc", "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('IFC2X2_FINAL'));"), "IFC2X2_FINAL"}};
+    for (const auto& [file, reason] : cases) {
+        const Program run({"import", file});
         EXPECT_EQ(run.exitCode, 1);
-        EXPECT_EQ(run.err, message);
+        EXPECT_EQ(run.err.rfind("Failed to ", 0), 0u) << run.err;
+        const std::size_t second = run.err.find('\n') + 1;
+        EXPECT_EQ(run.err.find("zemtar-cad: " + file.toStdString() + ": "), second) << run.err;
+        EXPECT_NE(run.err.find(reason, second), std::string::npos) << run.err;
         EXPECT_TRUE(run.out.isEmpty());
     }
-    EXPECT_EQ(Program({"convert", Example, folder.filePath("a.jt")}).err,
-              "Failed to transfer model data to specified format\n");
-    EXPECT_EQ(Program({"convert", Example, folder.filePath("a.sldprt")}).err, "Writer is NULL!\n");
-    const QString nowhere = folder.filePath("no/such/a.step");
-    EXPECT_EQ(Program({"convert", Example, nowhere}).err,
-              "Failed to write the file " + nowhere.toStdString() + "\n");
-    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList{"out.step"});
-    ASSERT_TRUE(existing.open(QIODevice::ReadOnly));
-    EXPECT_EQ(existing.readAll(), "mine");
+    const Program json({"import", cases[0].first, Example, "--json", "--quiet"});
+    EXPECT_EQ(json.exitCode, 1);
+    const QJsonArray files = QJsonDocument::fromJson(json.out.toUtf8()).array();
+    ASSERT_EQ(files.size(), 2);
+    EXPECT_EQ(files[0]["error"].toString(), "there is no such file");
+    EXPECT_TRUE(files[1]["reports"].isArray() && files[1]["roots"].isArray());
+}
+
+TEST(Cli, AConversionThatCannotBeWrittenIsNotBegun)
+{
+    const QTemporaryDir folder;
+    const auto content = [](const QString& name) {
+        QFile file(name);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    const QString copy = folder.filePath("copy.step");
+    const QString mine = folder.filePath("mine.igs");
+    ASSERT_TRUE(QFile::copy(Example, copy) && QFile::copy(Example, mine) &&
+                QFile::link(copy, folder.filePath("link.step")));
+    const QByteArray before = content(copy);
+    const std::pair<QStringList, const char*> cases[] = {
+        {{copy, copy, "--force"}, "it is the file that would be read"},
+        {{copy, folder.filePath("link.step"), "--force"}, "it is the file that would be read"},
+        {{copy, mine}, "--force"},
+        {{copy, folder.filePath("a.jt")}, "no engine that writes JT"},
+        {{copy, folder.filePath("a.sldprt")}, "no engine that writes SolidWorks"},
+        {{copy, folder.filePath("no/such/a.step")}, "there is no folder"}};
+    for (const auto& [arguments, reason] : cases) {
+        const Program run(QStringList{"convert"} + arguments);
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_NE(run.err.find(reason), std::string::npos) << run.err;
+        EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+    }
+    EXPECT_EQ(content(copy), before);
+    EXPECT_EQ(content(mine), before);
+    EXPECT_EQ(Program({"convert", copy, mine, "--force"}).exitCode, 0);
+    EXPECT_NE(content(mine), before);
+}
+
+TEST(Cli, ManyFilesGoIntoAFolder)
+{
+    const QTemporaryDir folder;
+    const QString missing = folder.filePath("missing.step");
+    const Program run({"convert", Example, missing, QStringLiteral(ZEMTAR_SOURCE_DIR "/examples/bracket.igs"),
+                       "-o", folder.filePath("out"), "--to", "ifc"});
+    EXPECT_EQ(run.exitCode, 1) << "one is missing";
+    EXPECT_EQ(QDir(folder.filePath("out")).entryList(QDir::Files), (QStringList{"bracket.ifc", "pump.ifc"}));
+}
+
+TEST(Cli, ControlCharactersOfAFileReachNoTerminal)
+{
+    const QTemporaryDir folder;
+    QFile example(Example);
+    ASSERT_TRUE(example.open(QIODevice::ReadOnly));
+    QByteArray text = example.readAll();
+    const qsizetype product = text.indexOf("PRODUCT('");
+    ASSERT_GE(product, 0);
+    // An escape sequence and a C1 control in the names, as clear text writes them.
+    text.replace("PRODUCT('", "PRODUCT('\\X\\1B[2J\\X2\\009B\\X0\\");
+    QFile file(folder.filePath("names.step"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+    file.close();
+    for (const QStringList& arguments :
+         {QStringList{"import", file.fileName()}, {"import", file.fileName(), "--json"}}) {
+        const Program run(arguments);
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+        EXPECT_TRUE(run.out.contains("[2J"));
+        EXPECT_FALSE(run.out.contains(QChar(0x1b)) || run.out.contains(QChar(0x9b)));
+    }
+    EXPECT_FALSE(QString::fromStdString(Program({"import", "no\x1b[2J.step"}).err).contains(QChar(0x1b)));
 }
 
 TEST(Cli, ConversionKeepsWhatTheFormatCarries)
@@ -158,26 +243,58 @@ TEST(Cli, ImageCommandsMakePictures)
     picture.fill(QColor(200, 100, 50));
     ASSERT_TRUE(picture.save(folder.filePath("in.png")));
     for (const char* words :
-         {"normal-map @in.png @out.png --strength 2 --invert", "tileable-normal-map @in.png @out",
-          "height-map @in.png @out.png --contrast 50", "crop @in.png @out.png -- -5 0 40 20",
-          "resize @in.png @out.png 40 20 --canvas #ff8000", "flip @in.png @out.png --vertical",
-          "to-exr @in.png @sky --zip", "tone-map @sky.exr @out", "panorama @in.png",
-          "filter bloom @in.png @out.png --amount -20", "frame @in.png @in.png @out.png",
+         {"normal-map @in.png @out.png --strength 2 --invert", "tileable-normal-map @in.png @out.png",
+          "height-map @in.png @out.png --contrast 50", "crop @in.png @out.png --left -5 --width 40",
+          "canvas @in.png @out.png --width 40 --height 20 --red 12",
+          "flip @in.png @out.png --direction top-and-bottom", "convert @in.png @sky.exr",
+          "tone-mapping @sky.exr @out.png", "panorama @in.png", "convert @in.png @out.png --panorama",
+          "bloom @in.png @out.png --brightness 20", "frame @in.png @in.png @out.png",
           "combine @in.png @in.png @out.png --mode add --scale",
-          "mark @in.png @in.png @out.png --at center"}) {
+          "mark @in.png @in.png @out.png --place center"}) {
         QFile::remove(folder.filePath("out.png"));
-        EXPECT_EQ(0, run(words).exitCode) << words;
+        const Program program = run(words);
+        EXPECT_EQ(0, program.exitCode) << words << program.err;
         if (QString(words).contains("@out")) {
             EXPECT_EQ(picture.size(), QImage(folder.filePath("out.png")).size()) << words;
         }
     }
-    for (const char* words : {"flip @missing.png @o.png", "resize @in.png @o.png 99999999 99999999 --stretch",
-                              "tone-map @in.png @o.png"}) {
+    for (const char* words : {"flip @missing.png @o.png", "flip @in.png @o.xyz", "flip @in.png @no/o.png",
+                              "scale @in.png @o.png --width 16384 --height 16384 --no-keep-proportions"}) {
         const Program program = run(words);
         EXPECT_EQ(1, program.exitCode) << words;
         EXPECT_EQ(1, std::count(program.err.begin(), program.err.end(), '\n')) << program.err;
     }
-    for (const char* words : {"", "crop a b", "filter blur a b", "flip a b --sideways"}) {
-        EXPECT_EQ(2, run(words).exitCode) << words;
+}
+
+TEST(Cli, PicturesAreWholeAndKeepTheirDepth)
+{
+    const QTemporaryDir folder;
+    QImage deep(40, 20, QImage::Format_RGBA64);
+    for (int y = 0; y < deep.height(); ++y) {
+        for (int x = 0; x < deep.width(); ++x) {
+            deep.setPixelColor(x, y, QColor::fromRgba64(quint16(x * 1601), quint16(y * 3203), 12345, 65535));
+        }
     }
+    const QString in = folder.filePath("deep.png");
+    const QString out = folder.filePath("out.png");
+    ASSERT_TRUE(deep.save(in));
+    EXPECT_EQ(Program({"image", "flip", in, out}).exitCode, 0);
+    EXPECT_EQ(QImage(out).convertToFormat(QImage::Format_RGBA64), deep.mirrored(true, false));
+    EXPECT_EQ(Program({"image", "crop", in, out, "--left", "3", "--width", "9", "--height", "20"}).exitCode,
+              0);
+    EXPECT_EQ(QImage(out).convertToFormat(QImage::Format_RGBA64), deep.copy(3, 0, 9, 20));
+    EXPECT_EQ(Program({"image", "scale", in, out, "--width", "20"}).exitCode, 0);
+    EXPECT_GT(QImage(out).depth(), 32);
+    const Program warm({"image", "warm", in, out});
+    EXPECT_NE(warm.err.find("8 bits"), std::string::npos) << warm.err;
+
+    // Where no file takes a byte, as on a full disk, the picture that was there stays.
+    ASSERT_TRUE(deep.save(out));
+    QProcess limited;
+    limited.start("sh", {"-c", "trap '' XFSZ; ulimit -f 0; exec \"$0\" \"$@\"",
+                         QStringLiteral(ZEMTAR_BINARY_DIR "/bin/zemtar-cad"), "image", "warm", in, out});
+    ASSERT_TRUE(limited.waitForFinished(300000));
+    EXPECT_EQ(limited.exitCode(), 1);
+    EXPECT_EQ(QImage(out).convertToFormat(QImage::Format_RGBA64), deep);
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 2) << "nothing is left beside it";
 }

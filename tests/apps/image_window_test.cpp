@@ -1,11 +1,12 @@
 // The image window, driven as a user drives it, against direct calls of the library.
 
+#include "apps/images/ImageOperations.h"
 #include "apps/viewer/ImageComparison.h"
-#include "apps/viewer/ImageOperations.h"
 #include "apps/viewer/ImagePreview.h"
 #include "apps/viewer/ImageWindow.h"
 #include "common/image/ZemtarImage.h"
 #include "tests/support/TestFolder.h"
+#include "tests/support/Waiting.h"
 
 #include <QAction>
 #include <QApplication>
@@ -22,6 +23,8 @@
 #include <map>
 
 using namespace Zemtar;
+using Zemtar::Test::Await;
+using Zemtar::Test::Patience;
 
 namespace {
 
@@ -73,6 +76,28 @@ const std::map<std::string, Expected> kExpected = {
     {"Crop", {{}, [](QImage& /*image*/) {}}},
     {"Flip", {[](auto in, auto out) { ZemtarImage::Flip(in, out, false); }, {}}},
     {"Fade", {{}, [](QImage& image) { ZemtarImage::SetImageAlpha(image, 0.5); }}},
+    {"Canvas",
+     {[](auto in, auto out) {
+          int width = 0;
+          int height = 0;
+          ZemtarImage::GetImageSize(in, width, height);
+          ZemtarImage::ResizeImage(in, out, width, height, true,
+                                   CZemtarConvert::QColorToCZemtarColor(Qt::white));
+      },
+      {}}},
+    {"Combine",
+     {{},
+      [](QImage& image) {
+          image = ZemtarImage::CombineImages(image, MakePicture(9, 7, true), ZemtarImage::ImageBelndMode(0),
+                                             false);
+      }}},
+    {"Frame",
+     {{}, [](QImage& image) { image = ZemtarImage::AddDefaultBorder(image, MakePicture(9, 7, true)); }}},
+    {"Mark",
+     {{},
+      [](QImage& image) {
+          ZemtarImage::AddMarkToImage(image, MakePicture(9, 7, true), ZemtarImage::enumMarkImageLocation(1));
+      }}},
     {"Border line",
      {{}, [](QImage& image) { ZemtarImage::AddBoarderToImage(image, 8, CZemtarColor(255, 255, 255, 1)); }}},
 };
@@ -95,7 +120,7 @@ struct ImageWindowTest : testing::Test, TestFolder
     {
         window.show();
         window.activateWindow();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window, Patience));
     }
 
     QString Write(const QString& name, const QImage& image) const
@@ -144,7 +169,8 @@ TEST(ImageOperationsTest, EachGivesWhatTheLibraryGives)
     for (const ImageOperation& operation : ImageOperations()) {
         for (const QImage& image : {MakePicture(24, 17, false), MakePicture(24, 17, true),
                                     MakePicture(1, 1, false), MakePicture(1, 1, true)}) {
-            const ImageOutcome outcome = operation.Run({image}, operation.Defaults(image.size()));
+            const ImageOutcome outcome =
+                operation.Run({image, {}, MakePicture(9, 7, true)}, operation.Defaults(image.size()));
             EXPECT_EQ("", outcome.failure.toStdString()) << operation.name;
             const QImage expected = Expect(kExpected.at(operation.name), image, folder);
             EXPECT_EQ(expected.convertToFormat(QImage::Format_ARGB32),
@@ -164,7 +190,7 @@ TEST(ImageOperationsTest, RangesHoldTheDefaultsAndEveryEndRuns)
             EXPECT_TRUE(parameter.least <= values[i] && values[i] <= parameter.most) << parameter.name;
             for (const double end : {parameter.least, parameter.most}) {
                 values[i] = end;
-                const ImageOutcome outcome = operation.Run({image}, values);
+                const ImageOutcome outcome = operation.Run({image, {}, image}, values);
                 EXPECT_EQ(outcome.image.isNull(), !outcome.failure.isEmpty())
                     << operation.name << ' ' << parameter.name << ' ' << end;
             }
@@ -297,13 +323,13 @@ TEST_F(ImageWindowTest, LargePicturesShowAReducedPreviewFirst)
     image.fill(QColor(90, 120, 30));
     auto* preview = window.findChild<ImagePreview*>();
     ASSERT_TRUE(window.Load(Write("large.bmp", image)));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return preview->Shown().image.size() == image.size(); }));
+    ASSERT_TRUE(Await("the whole picture", [&] { return preview->Shown().image.size() == image.size(); }));
     Choose("Warm");
-    ASSERT_TRUE(QTest::qWaitFor([&] { return preview->IsReduced(); }));
+    ASSERT_TRUE(Await("a reduced preview", [&] { return preview->IsReduced(); }));
     EXPECT_LE(preview->Shown().image.width() * preview->Shown().image.height(), ImagePreview::kReduced);
     EXPECT_EQ(image.size(), window.findChild<ImageComparison*>()->ResultSize());
     EXPECT_TRUE(Text("info").contains("preview")) << Text("info").toStdString();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !preview->IsReduced(); })) << "whole when the values rest";
+    ASSERT_TRUE(Await("the whole result when the values rest", [&] { return !preview->IsReduced(); }));
     EXPECT_EQ(QColor(130, 160, 30), preview->Shown().image.pixelColor(2047, 1023));
     SetNumber("Amount", 7);
     ASSERT_TRUE(window.Save(path("out.png"))) << "not what is shown, but the whole";

@@ -46,8 +46,22 @@ fi
 
 # The engine shows its interface and what the standard library's headers put into every library; nothing else.
 if [[ $(uname) == Linux ]] && command -v nm >/dev/null; then
-    shown=$(nm -DC --defined-only "$(find "$prefix" -name libcadex.so)" | cut -c20- | grep -vE 'cadex|std::|__gnu_cxx' || true)
+    shown=$(nm -DC --defined-only "$(find "$prefix" -name libcadex.so)" | cut -c20- | grep -vE 'cadex|std::|__gnu_cxx|^(__bss_start|_edata|_end)$' || true)
     [[ -z $shown ]] || fail "libcadex shows $shown"
     find "$prefix" -name "libcadex.so.*" | grep -q . || fail "libcadex has no version"
 fi
-"$prefix/bin/zemtar-cad" formats >/dev/null
+
+# The programs run where they were put, say one version, and load the renderer when it is asked for.
+export QT_QPA_PLATFORM=offscreen
+cad=$prefix/bin/zemtar-cad
+"$cad" formats >/dev/null
+version=$("$cad" --version)
+[[ ${version#zemtar-cad } == "$("$prefix/bin/zemtar-viewer" --version | sed 's/zemtar-viewer //')" ]] || fail "two versions"
+grep -q "${version#zemtar-cad }" "$(find "$prefix" -name 'zemtar-cad.1')" || fail "the manual page is of another version"
+"$cad" import "$source/examples/pump.step" --preview "$scratch/pump.png" >/dev/null 2>"$scratch/log" ||
+    grep -q OpenGL "$scratch/log" || { cat "$scratch/log" >&2; fail "the renderer is not found"; }
+if command -v readelf >/dev/null && readelf -d "$cad" | grep -E 'NEEDED.*(OpenGL|Widgets)'; then
+    fail "zemtar-cad links what only windows and pictures need"
+fi
+bash -c "source '$(find "$prefix" -path '*completions/zemtar-cad')'; COMP_WORDS=('$cad' con) COMP_CWORD=1; _zemtar_cad
+    [[ \${COMPREPLY[*]} == convert ]]" || fail "the completion knows no convert"

@@ -4,6 +4,7 @@
 #include "apps/viewer/SceneView.h"
 #include "tests/support/SceneBuilder.h"
 #include "tests/support/TestFolder.h"
+#include "tests/support/Waiting.h"
 
 #include <QApplication>
 #include <QSignalSpy>
@@ -253,7 +254,7 @@ protected:
         view.SetStandardView(StandardView::Front);
         QSignalSpy failed(&view, &SceneView::Failed);
         view.show();
-        if (!QTest::qWaitForWindowExposed(&view) || !view.isValid() || !failed.isEmpty()) {
+        if (!QTest::qWaitForWindowExposed(&view, Patience) || !view.isValid() || !failed.isEmpty()) {
             GTEST_SKIP() << "no OpenGL";
         }
     }

@@ -13,6 +13,7 @@
 #include "host/CZemtar3DObject.h"
 #include "host/CZemtarDocument.h"
 #include "host/CZemtarTransformNode.h"
+#include "tests/support/Waiting.h"
 
 #include <QAction>
 #include <QApplication>
@@ -37,12 +38,13 @@
 #include <iostream>
 
 using namespace Zemtar;
+using Zemtar::Test::Await;
+using Zemtar::Test::Patience;
 
 namespace {
 
 const QString Pump = QStringLiteral(ZEMTAR_SOURCE_DIR "/examples/pump.step");
 const QString Bracket = QStringLiteral(ZEMTAR_SOURCE_DIR "/examples/bracket.igs");
-constexpr int Patience = 30000; // milliseconds; waits end as soon as what they wait for is there
 
 class Viewer : public testing::Test
 {
@@ -54,7 +56,7 @@ protected:
             .clear();
         window = std::make_unique<MainWindow>();
         window->show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get(), Patience)) << "the main window is not shown";
     }
 
     template <class Widget>
@@ -67,23 +69,30 @@ protected:
         }
         return nullptr;
     }
+    /// Waits for a visible widget; the test ends with its class and name when it does not come.
     template <class Widget>
-    Widget* Await(const char* name = nullptr)
+    Widget* AwaitWidget(const char* name = nullptr)
     {
-        EXPECT_TRUE(QTest::qWaitFor([&] { return Find<Widget>(name) != nullptr; }, Patience));
+        const std::string what = std::string(Widget::staticMetaObject.className()) + " " + (name ? name : "");
+        const testing::AssertionResult came = Await(what, [&] { return Find<Widget>(name) != nullptr; });
+        if (!came) {
+            throw std::runtime_error(came.message());
+        }
         return Find<Widget>(name);
     }
     void AwaitPages(int count)
     {
         auto* tabs = window->findChild<QTabWidget*>();
         const auto* importer = window->findChild<Importer*>();
-        EXPECT_TRUE(QTest::qWaitFor([&] { return tabs->count() == count && !importer->IsBusy(); }, Patience));
+        EXPECT_TRUE(Await(std::to_string(count) + " pages and an idle importer",
+                          [&] { return tabs->count() == count && !importer->IsBusy(); }))
+            << tabs->count() << " pages";
     }
     DocumentPage* Import(const QString& file)
     {
         const int pages = window->findChild<QTabWidget*>()->count();
         window->Open({file});
-        Await<CZemtarCADExchangeImportDlg>()->accept();
+        AwaitWidget<CZemtarCADExchangeImportDlg>()->accept();
         AwaitPages(pages + 1);
         return window->CurrentPage();
     }
@@ -91,7 +100,7 @@ protected:
     /// Closes the message box that comes and gives its texts.
     QString TakeMessage()
     {
-        auto* box = Await<QMessageBox>();
+        auto* box = AwaitWidget<QMessageBox>();
         QString text = box->text() + '\n' + box->informativeText();
         box->accept();
         QTest::qWait(0);
@@ -135,7 +144,7 @@ TEST_F(Viewer, ImportUsesTheDialogsValuesAndShowsTheDocument)
 {
     EXPECT_TRUE(Find<QWidget>("startPage"));
     window->Open({Pump});
-    auto* dialog = Await<CZemtarCADExchangeImportDlg>();
+    auto* dialog = AwaitWidget<CZemtarCADExchangeImportDlg>();
     EXPECT_FALSE(dialog->windowIcon().isNull());
     dialog->findChild<QSlider*>()->setValue(95);
     dialog->accept();
@@ -144,7 +153,7 @@ TEST_F(Viewer, ImportUsesTheDialogsValuesAndShowsTheDocument)
     EXPECT_FALSE(Find<QWidget>("startPage"));
     EXPECT_EQ(ViewerSettings().RecentFiles(), QStringList{Pump});
     window->Open({Pump});
-    dialog = Await<CZemtarCADExchangeImportDlg>();
+    dialog = AwaitWidget<CZemtarCADExchangeImportDlg>();
     EXPECT_EQ(dialog->GetTesselationValue(), 95);
     dialog->findChild<QSlider*>()->setValue(20);
     dialog->accept();
@@ -204,7 +213,8 @@ TEST_F(Viewer, AClickInTheViewSelectsAndHidingTakesAway)
     view->Fit();
     const QPoint middle = view->rect().center();
     const CZemtarSceneNode* node = nullptr;
-    ASSERT_TRUE(QTest::qWaitFor([&] { return (node = view->NodeAt(middle)) != nullptr; }, Patience));
+    ASSERT_TRUE(
+        Await("a node in the middle of the view", [&] { return (node = view->NodeAt(middle)) != nullptr; }));
     QTest::mouseClick(view, Qt::LeftButton, Qt::NoModifier, middle);
     EXPECT_EQ(page->Selected(), node);
     EXPECT_EQ(Property("Id"), QString::number(node->ID().Value()));
@@ -225,17 +235,17 @@ TEST_F(Viewer, AnExportComesBackTheSame)
     const NodeCounts totals = page->Nodes().Totals();
     const QString file = folder.filePath(QStringLiteral("größe.step"));
     Trigger("export");
-    auto* dialog = Await<ExportDialog>();
+    auto* dialog = AwaitWidget<ExportDialog>();
     dialog->findChild<QComboBox*>("unit")->setCurrentText("inches (in)");
     dialog->SetFile(file);
     dialog->accept();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return QFileInfo(file).size() > 0 && !Find<QDialog>(); }, Patience));
+    ASSERT_TRUE(Await("the exported file", [&] { return QFileInfo(file).size() > 0 && !Find<QDialog>(); }));
     const NodeCounts again = Import(file)->Nodes().Totals();
     EXPECT_EQ(again.triangles, totals.triangles);
     EXPECT_EQ(again.meshes, totals.meshes);
 
     Trigger("export");
-    dialog = Await<ExportDialog>();
+    dialog = AwaitWidget<ExportDialog>();
     dialog->SetFile(folder.filePath("no/such/folder.stp"));
     dialog->accept();
     EXPECT_TRUE(TakeMessage().contains("Failed to write the file"));
@@ -246,10 +256,10 @@ TEST_F(Viewer, FailuresAreToldAndTheWindowLives)
     const QString damaged = FileWith("damaged.step", "ISO-10303-21;\nHEADER;\nDATA;\n#1=PRODUCT(");
     const QString noEngine = FileWith("noengine.jt", "JT");
     Drop({damaged, noEngine});
-    Await<CZemtarCADExchangeImportDlg>()->accept();
-    ASSERT_TRUE(QTest::qWaitFor(
-        [&] { return Find<QDialog>() && Find<QDialog>()->windowTitle().contains("JT"); }, Patience));
-    Await<CZemtarCADExchangeImportDlg>()->accept();
+    AwaitWidget<CZemtarCADExchangeImportDlg>()->accept();
+    ASSERT_TRUE(Await("the dialog of JT",
+                      [&] { return Find<QDialog>() && Find<QDialog>()->windowTitle().contains("JT"); }));
+    AwaitWidget<CZemtarCADExchangeImportDlg>()->accept();
     const QString message = TakeMessage();
     EXPECT_TRUE(message.contains("Failed to read the file " + damaged)) << message.toStdString();
     EXPECT_TRUE(message.contains("no engine")) << message.toStdString();
@@ -278,10 +288,10 @@ TEST_F(Viewer, SeveralFilesOfOneFormatAskOnceAndTwoMeaningsAskWhich)
     const QString copy = folder.filePath("copy.step");
     ASSERT_TRUE(QFile::copy(Pump, copy));
     Drop({Pump, copy});
-    Await<CZemtarCADExchangeImportDlg>()->accept();
+    AwaitWidget<CZemtarCADExchangeImportDlg>()->accept();
     AwaitPages(2);
     Drop({FileWith("wheel.prt", "?")});
-    auto* choice = Await<QInputDialog>();
+    auto* choice = AwaitWidget<QInputDialog>();
     EXPECT_EQ(choice->comboBoxItems().size(), 2);
     choice->reject();
     QTest::qWait(0);
@@ -292,7 +302,7 @@ TEST_F(Viewer, ClosingWhileADialogIsOpenEndsInPeace)
 {
     Import(Bracket);
     window->Open({Pump, Bracket});
-    Await<CZemtarCADExchangeImportDlg>();
+    AwaitWidget<CZemtarCADExchangeImportDlg>();
     window->close();
     QTest::qWait(0);
     EXPECT_FALSE(window->isVisible());
@@ -300,7 +310,7 @@ TEST_F(Viewer, ClosingWhileADialogIsOpenEndsInPeace)
     window = std::make_unique<MainWindow>();
     window->show();
     window->Open({Pump});
-    Await<CZemtarCADExchangeImportDlg>();
+    AwaitWidget<CZemtarCADExchangeImportDlg>();
     window.reset(); // dialog and all
 }
 

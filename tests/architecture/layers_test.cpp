@@ -46,6 +46,7 @@ constexpr Room Rooms[] = {
     {"cadexchange/CZemtarCADExchangeReaderHandlerSolidHints.cpp", "cadexchange",
      "std host Qt cadex encoding file image OCCT"},
     {"cadexchange/", "cadexchange", "std host Qt cadex encoding file image"},
+    {"apps/cli/", "apps", "std Qt host cadex encoding file image cadexchange CLI11"},
     {"apps/", "apps", "std Qt host cadex encoding file image cadexchange"},
 };
 
@@ -88,6 +89,9 @@ std::string_view KindOf(const std::string& name)
     }
     if (name == "zlib.h") {
         return "zlib";
+    }
+    if (name.starts_with("CLI/")) {
+        return "CLI11";
     }
     if (name == "FreeImage.h") {
         return "FreeImage";

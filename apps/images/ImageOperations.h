@@ -32,8 +32,9 @@ struct ImageParameter
 /// What an operation works on.
 struct ImageInput
 {
-    QImage image;        ///< Not null, 32 bits a pixel, with alpha or without (NormalizedImage).
+    QImage image;        ///< Not null, with alpha or without (NormalizedImage).
     QString highRange{}; ///< The HDR or EXR file that `image` shows unchanged; empty for other pictures.
+    QImage second{};     ///< For operations on two pictures; null before it is chosen.
 };
 
 /// A picture, or the reason why there is none.
@@ -41,11 +42,12 @@ struct ImageOutcome
 {
     QImage image;
     QString failure{};
+    QString note{}; ///< What was lost on the way; empty when nothing was.
 };
 
 using ImageValues = std::vector<double>;
 
-/// An operation of the library on a picture, as the image window offers it.
+/// An operation of the library on a picture, as the image window and the command line offer it.
 struct ImageOperation
 {
     const char* group;
@@ -54,6 +56,8 @@ struct ImageOperation
     std::span<const ImageParameter> parameters;
     bool isReducible; ///< Whether a reduced picture shows what becomes of the whole one.
     ImageOutcome (*run)(const ImageInput& input, const ImageValues& values);
+    const char* second = nullptr; ///< What the second picture is, for operations on two.
+    bool keepsDepth = false;      ///< Whether 16 bits a channel stay; otherwise 8 are worked on.
 
     QString Name() const;
     QString Group() const;
@@ -70,8 +74,15 @@ std::span<const ImageOperation> ImageOperations();
 /// The translated form of a text of the table.
 QString ImageOperationText(const char* text);
 
-/// The picture with 32 bits a pixel: Format_ARGB32 when it has an alpha channel, else Format_RGB32.
+/// A text of the table as a word of the command line: "Tileable normal map" is "tileable-normal-map".
+QString ImageOperationWord(const char* text);
+
+/// The picture with 8 bits a channel, Format_ARGB32 when it has an alpha channel, else Format_RGB32; or, when
+/// it has more, with 16: Format_RGBA64 or Format_RGBX64.
 QImage NormalizedImage(const QImage& image);
+
+/// Whether a picture has more than 8 bits a channel.
+bool IsDeepImage(const QImage& image);
 
 /// More pixels than this are neither loaded nor made: the image reader takes 256 MB for one picture.
 constexpr qint64 kMostPixels = qint64(1) << 26;

@@ -1,6 +1,6 @@
-#include "apps/viewer/ImageFile.h"
+#include "apps/images/ImageFile.h"
 
-#include "apps/viewer/ImageOperations.h"
+#include "apps/images/ImageOperations.h"
 #include "common/encoding/CZemtarConvert.h"
 #include "common/image/ZemtarImage.h"
 
@@ -92,6 +92,30 @@ ImageFile ReadHighRange(const QString& file)
             file};
 }
 
+/// NOTE: commit() alone, in Qt 6.4, does not see that the last bytes found no room.
+bool Commit(QSaveFile& file)
+{
+    if (file.flush()) {
+        return file.commit();
+    }
+    file.cancelWriting();
+    return false;
+}
+
+/// Puts a whole file in the place of another.
+QString PutInPlace(const QString& whole, const QString& file)
+{
+    QFile source(whole);
+    QSaveFile target(file);
+    if (!source.open(QIODevice::ReadOnly)) {
+        return source.errorString();
+    }
+    const QByteArray bytes = source.readAll();
+    return target.open(QIODevice::WriteOnly) && target.write(bytes) == bytes.size() && Commit(target)
+               ? QString()
+               : target.errorString();
+}
+
 QString WriteExr(const QImage& image, const QString& file, const QString& highRange)
 {
     const QTemporaryDir folder;
@@ -105,14 +129,7 @@ QString WriteExr(const QImage& image, const QString& file, const QString& highRa
         return Tr("It could not be converted to EXR.");
     }
     // By way of our own copy, so that the name keeps its letters and the reason of a failure is known.
-    QFile source(whole);
-    QSaveFile target(file);
-    if (!source.open(QIODevice::ReadOnly)) {
-        return source.errorString();
-    }
-    return target.open(QIODevice::WriteOnly) && target.write(source.readAll()) >= 0 && target.commit()
-               ? QString()
-               : target.errorString();
+    return PutInPlace(whole, file);
 }
 
 } // namespace
@@ -166,7 +183,7 @@ QString WriteImageFile(const QImage& image, const QString& file, const QString& 
     if (!writer.write(image)) {
         return writer.errorString();
     }
-    return target.commit() ? QString() : target.errorString();
+    return Commit(target) ? QString() : target.errorString();
 }
 
 QString WritePanorama(const QImage& image, const QString& file)
@@ -175,11 +192,18 @@ QString WritePanorama(const QImage& image, const QString& file)
     if (suffix != "png" && suffix != "jpg" && suffix != "jpeg") {
         return Tr("Only PNG and JPEG files can be marked as panoramas.");
     }
-    QString failure = WriteImageFile(image, file);
-    if (failure.isEmpty()) {
-        ZemtarImage::SaveQImageWithXMPMetaData(ToHost(file), image.width(), image.height(), ToHost(suffix));
+    // Marked beside its place, so that no picture without the mark is left when that fails.
+    const QTemporaryDir folder;
+    const QString whole = folder.filePath(QStringLiteral("panorama.") + suffix);
+    if (const QString failure = WriteImageFile(image, whole); !failure.isEmpty()) {
+        return failure;
     }
-    return failure;
+    const qint64 before = QFileInfo(whole).size();
+    ZemtarImage::SaveQImageWithXMPMetaData(ToHost(whole), image.width(), image.height(), ToHost(suffix));
+    if (QFileInfo(whole).size() == before) {
+        return Tr("The mark of a panorama could not be written.");
+    }
+    return PutInPlace(whole, file);
 }
 
 bool KeepsAlpha(const QString& file)

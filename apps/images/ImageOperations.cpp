@@ -1,10 +1,11 @@
-#include "apps/viewer/ImageOperations.h"
+#include "apps/images/ImageOperations.h"
 
 #include "common/encoding/CZemtarConvert.h"
 #include "common/image/ZemtarImage.h"
 
 #include <QCoreApplication>
 #include <QLocale>
+#include <QPixelFormat>
 #include <QTemporaryDir>
 
 using namespace Zemtar;
@@ -48,7 +49,8 @@ ImageOutcome ThroughFiles(const QImage& image, const FileForm& form, Write write
 template <typename Write>
 ImageOutcome ThroughFiles(const QImage& image, Write write)
 {
-    return ThroughFiles(image, image.hasAlphaChannel() ? kAlphaForm : kOpaqueForm, write);
+    return ThroughFiles(image, image.hasAlphaChannel() || IsDeepImage(image) ? kAlphaForm : kOpaqueForm,
+                        write);
 }
 
 ImageOutcome NormalMap(const ImageInput& input, const ImageValues& values)
@@ -80,6 +82,12 @@ ImageOutcome ToneMap(const ImageInput& input, const ImageValues& /*values*/)
             input.highRange.isEmpty() ? ZemtarImage::ConvertToExr(in, out, false) : ToHost(input.highRange);
         ZemtarImage::ConvertHdrToPng(file, out);
     });
+}
+
+/// The picture with 8 bits a channel.
+QImage ShallowImage(const QImage& image)
+{
+    return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
 }
 
 using InPlace = void (*)(QImage* source, QImage* target, int amount);
@@ -145,6 +153,9 @@ ImageOutcome Crop(const ImageInput& input, const ImageValues& values)
 
 ImageOutcome Flip(const ImageInput& input, const ImageValues& values)
 {
+    if (IsDeepImage(input.image)) { // which the library would paint with 8 bits a channel
+        return {input.image.mirrored(values[0] == 0, values[0] != 0)};
+    }
     return ThroughFiles(input.image, [&](const CZemtarString& in, const CZemtarString& out) {
         ZemtarImage::Flip(in, out, values[0] != 0);
     });
@@ -163,6 +174,36 @@ ImageOutcome Border(const ImageInput& input, const ImageValues& values)
     // The line's colour has channels of 0..255.
     ZemtarImage::AddBoarderToImage(image, static_cast<int>(values[0]),
                                    CZemtarColor(values[1], values[2], values[3], 1.0));
+    return {image};
+}
+
+ImageOutcome Canvas(const ImageInput& input, const ImageValues& values)
+{
+    return ThroughFiles(input.image, kAlphaForm, [&](const CZemtarString& in, const CZemtarString& out) {
+        const QColor colour(static_cast<int>(values[3]), static_cast<int>(values[4]),
+                            static_cast<int>(values[5]));
+        ZemtarImage::ResizeImage(in, out, static_cast<int>(values[0]), static_cast<int>(values[1]),
+                                 values[2] != 0, CZemtarConvert::QColorToCZemtarColor(colour));
+    });
+}
+
+ImageOutcome Combine(const ImageInput& input, const ImageValues& values)
+{
+    return {ZemtarImage::CombineImages(input.image, input.second,
+                                       static_cast<ZemtarImage::ImageBelndMode>(static_cast<int>(values[0])),
+                                       values[1] != 0)};
+}
+
+ImageOutcome Frame(const ImageInput& input, const ImageValues& /*values*/)
+{
+    return {ZemtarImage::AddDefaultBorder(input.image, input.second)};
+}
+
+ImageOutcome Mark(const ImageInput& input, const ImageValues& values)
+{
+    QImage image = input.image;
+    ZemtarImage::AddMarkToImage(image, input.second,
+                                static_cast<ZemtarImage::enumMarkImageLocation>(static_cast<int>(values[0])));
     return {image};
 }
 
@@ -214,10 +255,31 @@ constexpr ImageParameter kBorder[] = {
     {ImageParameter::Whole, TEXT("Blue"), TEXT("Of the line"), 0, 255, 255},
 };
 
+constexpr ImageParameter kCanvas[] = {
+    {ImageParameter::Width, TEXT("Width"), TEXT("In pixels"), 1, kMostSide, 0},
+    {ImageParameter::Height, TEXT("Height"), TEXT("In pixels"), 1, kMostSide, 0},
+    {ImageParameter::Switch, TEXT("Keep proportions"), TEXT("Fits into the size, not stretched"), 0, 1, 1},
+    {ImageParameter::Whole, TEXT("Red"), TEXT("Of the canvas"), 0, 255, 255},
+    {ImageParameter::Whole, TEXT("Green"), TEXT("Of the canvas"), 0, 255, 255},
+    {ImageParameter::Whole, TEXT("Blue"), TEXT("Of the canvas"), 0, 255, 255},
+};
+// The words of a choice stand in the order of the library's enumerators.
+constexpr ImageParameter kCombine[] = {
+    {ImageParameter::Choice, TEXT("Mode"), TEXT("How the pictures are blended"), 0, 3, 0,
+     TEXT("Normal|Behind|Add|Multiply")},
+    {ImageParameter::Switch, TEXT("Scale"), TEXT("Brings the second picture to the size of the first"), 0, 1,
+     0},
+};
+constexpr ImageParameter kMark[] = {
+    {ImageParameter::Choice, TEXT("Place"), TEXT("Where the mark stands; top right on square pictures"), 0, 4,
+     1, TEXT("Top left|Bottom right|Top right|Center|Bottom left")},
+};
+
 constexpr const char* kMaps = TEXT("Material maps");
 constexpr const char* kTones = TEXT("Colours and tones");
 constexpr const char* kDetail = TEXT("Detail");
 constexpr const char* kShape = TEXT("Size and frame");
+constexpr const char* kTwo = TEXT("Two pictures");
 
 constexpr ImageOperation kOperations[] = {
     {kMaps, TEXT("Normal map"), TEXT("Directions of the surface, from the texture's brightness"), kNormalMap,
@@ -256,14 +318,26 @@ constexpr ImageOperation kOperations[] = {
      true,
      Filtered<Edges>},
     {kDetail, TEXT("Bloom"), TEXT("Lays a blurred, brightened copy over the picture"), kBloom, true, Bloom},
-    {kShape, TEXT("Scale"), TEXT("Another size in pixels"), kScale, false, Scale},
+    {kShape, TEXT("Scale"), TEXT("Another size in pixels"), kScale, false, Scale, nullptr, true},
     {kShape, TEXT("Letter-box"), TEXT("Fits the picture into a size, with transparent bars"),
      std::span(kScale).first(2), false, LetterBox},
+    {kShape, TEXT("Canvas"), TEXT("Centres the picture on a canvas whose pixels are transparent"), kCanvas,
+     false, Canvas},
     {kShape, TEXT("Crop"), TEXT("Cuts out a rectangle; what lies outside the picture is empty"), kCrop, false,
-     Crop},
-    {kShape, TEXT("Flip"), TEXT("The mirror image"), kFlip, true, Flip},
+     Crop, nullptr, true},
+    {kShape, TEXT("Flip"), TEXT("The mirror image"), kFlip, true, Flip, nullptr, true},
     {kShape, TEXT("Fade"), TEXT("Makes the picture more transparent"), kFade, true, Fade},
     {kShape, TEXT("Border line"), TEXT("A line along the edges"), kBorder, false, Border},
+    {kTwo, TEXT("Combine"), TEXT("Lays a second picture over the picture"), kCombine, false, Combine,
+     TEXT("Second picture")},
+    {kTwo,
+     TEXT("Frame"),
+     TEXT("Frames the picture with a border picture"),
+     {},
+     false,
+     Frame,
+     TEXT("Border picture")},
+    {kTwo, TEXT("Mark"), TEXT("Stamps a mark on the picture"), kMark, false, Mark, TEXT("Mark picture")},
 };
 
 #undef TEXT
@@ -310,8 +384,17 @@ ImageOutcome ImageOperation::Run(const ImageInput& input, const ImageValues& val
     if (const QString refusal = RefusalOfSize(width, height); !refusal.isEmpty()) {
         return {{}, refusal};
     }
-    ImageOutcome outcome = run(input, values);
+    if (second != nullptr && input.second.isNull()) {
+        return {{}, Tr("%1: none is chosen yet.").arg(Tr(second))};
+    }
+    const bool isReduced = !keepsDepth && IsDeepImage(input.image);
+    ImageOutcome outcome =
+        isReduced ? run({ShallowImage(input.image), input.highRange, ShallowImage(input.second)}, values)
+                  : run(input, values);
     outcome.image = NormalizedImage(outcome.image);
+    if (isReduced) {
+        outcome.note = Tr("This operation works with 8 bits a channel; the picture had 16.");
+    }
     return outcome;
 }
 
@@ -325,9 +408,24 @@ QString ImageOperationText(const char* text)
     return Tr(text);
 }
 
+QString ImageOperationWord(const char* text)
+{
+    return QString::fromLatin1(text).toLower().replace(' ', '-');
+}
+
 QImage NormalizedImage(const QImage& image)
 {
-    return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    return IsDeepImage(image) ? image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_RGBA64
+                                                                              : QImage::Format_RGBX64)
+                              : ShallowImage(image);
+}
+
+bool IsDeepImage(const QImage& image)
+{
+    const QPixelFormat format = image.pixelFormat();
+    const auto bits =
+        format.colorModel() == QPixelFormat::Grayscale ? format.bitsPerPixel() : format.redSize();
+    return !image.isNull() && bits > 8;
 }
 
 QString RefusalOfSize(qint64 width, qint64 height)

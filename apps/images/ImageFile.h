@@ -6,7 +6,7 @@
 /// A picture read from a file, or the reason why it could not be.
 struct ImageFile
 {
-    QImage image;        ///< Null after a failure; else 32 bits a pixel (NormalizedImage).
+    QImage image;        ///< Null after a failure; else as NormalizedImage gives it.
     QString format{};    ///< For a person: "PNG, 24 bits".
     QString failure{};   ///< Why there is no picture, as the reader tells it.
     QString highRange{}; ///< The file's own name when it is HDR or EXR: `image` is then tone-mapped.

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QString>
+
+namespace Zemtar {
+class CZemtarDocument;
+}
+
+/// Draws a document into a picture file, which is whole or not there. The renderer and OpenGL are loaded for
+/// the first picture. Gives an empty text, or what went wrong.
+QString WritePreview(const Zemtar::CZemtarDocument& document, const QString& file);
