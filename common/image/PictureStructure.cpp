@@ -425,6 +425,32 @@ bool isSoundIcon(PictureBytes file)
            file.Left() >= pitch * height;
 }
 
+// JPEG 2000: memory is taken for every tile before one is looked for
+
+bool isSoundJpeg2000(const QByteArray& bytes)
+{
+    constexpr qint64 kBytesPerTile = 14; ///< its shortest header
+    const qsizetype start =
+        bytes.indexOf(QByteArray::fromHex("ff4fff51")); // the codestream, in a box or bare
+    PictureBytes file(bytes);
+    file.Seek(start < 0 ? bytes.size() : start + 8);
+    const qint64 right = file.Big32();
+    const qint64 bottom = file.Big32();
+    const qint64 left = file.Big32();
+    const qint64 top = file.Big32();
+    const qint64 tileWidth = file.Big32();
+    const qint64 tileHeight = file.Big32();
+    file.Skip(8);
+    const qint64 components = file.Big16();
+    if (!file.IsGood() || tileWidth < 1 || tileHeight < 1 ||
+        !isCredibleSize(right - left, bottom - top, 8 * components, bytes.size())) {
+        return false;
+    }
+    const qint64 tiles =
+        ((right - left + tileWidth - 1) / tileWidth) * ((bottom - top + tileHeight - 1) / tileHeight);
+    return tiles <= bytes.size() / kBytesPerTile;
+}
+
 // Targa
 
 struct TargaPicture
@@ -562,7 +588,7 @@ bool needsSoundPicture(FREE_IMAGE_FORMAT format)
 {
     constexpr std::array kFormats = {FIF_KOALA, FIF_PCD,   FIF_IFF, FIF_XBM, FIF_WBMP, FIF_CUT, FIF_RAS,
                                      FIF_PCX,   FIF_SGI,   FIF_DDS, FIF_GIF, FIF_PICT, FIF_PSD, FIF_XPM,
-                                     FIF_MNG,   FIF_TARGA, FIF_JNG, FIF_ICO, FIF_TIFF};
+                                     FIF_MNG,   FIF_TARGA, FIF_JNG, FIF_ICO, FIF_TIFF, FIF_J2K, FIF_JP2};
     return std::find(kFormats.begin(), kFormats.end(), format) != kFormats.end();
 }
 
@@ -592,6 +618,9 @@ bool isSoundPicture(FREE_IMAGE_FORMAT format, QByteArray& bytes)
         return isSoundDds(file);
     case FIF_TIFF:
         return isSoundTiff(bytes);
+    case FIF_J2K:
+    case FIF_JP2:
+        return isSoundJpeg2000(bytes);
     case FIF_ICO:
         return isSoundIcon(file);
     case FIF_TARGA:
