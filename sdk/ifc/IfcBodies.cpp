@@ -51,11 +51,9 @@ TopoDS_Shape MovedShape(const TopoDS_Shape& shape, const Affine& placement)
                                                     : BRepBuilderAPI_Transform(shape, trsf, true).Shape();
 }
 
-/// Polygons few enough for the kernel.
-bool IsSmall(const Body& body)
+bool HasFacets(const Body& body)
 {
-    return (body.kind == Body::Kind::Facets || body.kind == Body::Kind::Mesh) &&
-           body.facets.loops.size() <= MostFacesOfShape;
+    return body.kind == Body::Kind::Facets || body.kind == Body::Kind::Mesh;
 }
 
 Solid SolidOf(const Body& body)
@@ -359,15 +357,15 @@ void CutOpenings(Context& context, std::vector<Body>& bodies, const std::vector<
     };
     std::vector<Tool> solids;
     for (const Body& tool : tools) {
-        if (IsSmall(tool) || tool.kind == Body::Kind::Shape) {
+        if (HasFacets(tool) || tool.kind == Body::Kind::Shape) {
             Solid solid = SolidOf(tool);
             const Bnd_Box box = solid.Bounds();
             solids.push_back({std::move(solid), box});
         }
     }
     for (Body& body : bodies) {
-        if (body.kind != Body::Kind::Shape && !(IsSmall(body) && body.facets.closed)) {
-            continue;
+        if (body.kind == Body::Kind::Curves || (HasFacets(body) && !body.facets.closed)) {
+            continue; // nothing to cut out of
         }
         const Solid whole = SolidOf(body);
         const Bnd_Box box = whole.Bounds();

@@ -29,10 +29,6 @@ struct Body
     void Move(const Affine& placement);
 };
 
-/// Polygons that become kernel shapes, to be cut or to stand beside curved ones, have no more faces than
-/// this: the kernel would need minutes.
-inline constexpr std::size_t MostFacesOfShape = 3000;
-
 class BodyReader
 {
 public:

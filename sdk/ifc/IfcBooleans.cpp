@@ -240,6 +240,13 @@ bool Combine(Context& context, BooleanKind kind, const Solid& body, const std::v
         result = Solid(std::move(polygons));
         return true;
     }
+    const auto isSmall = [](const Solid* solid) {
+        return !solid->IsFlat() || solid->Facets().loops.size() <= MostFacesOfShape;
+    };
+    if (!isSmall(&body) || !std::all_of(tools.begin(), tools.end(), isSmall)) {
+        result = body;
+        return false;
+    }
     std::vector<TopoDS_Shape> shapes;
     shapes.reserve(tools.size());
     for (const Solid* tool : tools) {

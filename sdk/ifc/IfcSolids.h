@@ -63,6 +63,10 @@ TopoDS_Shape ReadPrimitive(Context& context, const Entity& primitive);
 /// The part of a half space that can meet a body within the box.
 Polyhedron ReadHalfSpace(Context& context, const Entity& halfSpace, const Bnd_Box& body);
 
+/// Polygons that become kernel shapes, to be cut or to stand beside curved ones, have no more faces than
+/// this: the kernel would need minutes.
+inline constexpr std::size_t MostFacesOfShape = 3000;
+
 enum class BooleanKind
 {
     Cut,

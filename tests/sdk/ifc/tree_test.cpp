@@ -1,4 +1,5 @@
 // The tree that a file becomes: names, properties, looks, shared parts, openings, drawings.
+#include <cmath>
 #include <fstream>
 #include <sstream>
 
@@ -183,6 +184,42 @@ TEST(IfcTree, OpeningsAreCutAndNeitherTheyNorSpacesAreBodies)
     EXPECT_NEAR(model.Parts().front()->solid, 2e8 - 2 * 100 * 200 * 100, 1);
     ASSERT_NE(model.Named("room", 'A'), nullptr);
     EXPECT_EQ(model.Named("hole", 'I'), nullptr);
+}
+
+TEST(IfcTree, BodiesOfManyFacesAreCutToo)
+{
+    // a drum of 4000 sides, 100 in radius and 50 high
+    constexpr int Sides = 4000;
+    string points;
+    std::vector<string> bottom;
+    std::vector<string> top;
+    for (int i = 0; i < 2 * Sides; ++i) {
+        const double angle = 2 * M_PI * (i % Sides) / Sides;
+        points += (i > 0 ? ",(" : "(") + IfcText::Number(100 * std::cos(angle)) + "," +
+                  IfcText::Number(100 * std::sin(angle)) + (i < Sides ? ",0.)" : ",50.)");
+        (i < Sides ? bottom : top).push_back(std::to_string(i + 1));
+    }
+    IfcText f;
+    const string list = f.Add("IFCCARTESIANPOINTLIST3D((" + points + "))");
+    std::vector<string> faces{
+        f.Add("IFCINDEXEDPOLYGONALFACE(" + IfcText::List(top) + ")"),
+        f.Add("IFCINDEXEDPOLYGONALFACE(" + IfcText::List({bottom.rbegin(), bottom.rend()}) + ")")};
+    for (std::size_t i = 0; i < Sides; ++i) {
+        const std::size_t next = (i + 1) % Sides;
+        faces.push_back(f.Add("IFCINDEXEDPOLYGONALFACE(" +
+                              IfcText::List({bottom[i], bottom[next], top[next], top[i]}) + ")"));
+    }
+    const string drum = f.Add("IFCPOLYGONALFACESET(" + list + ",.T.," + IfcText::List(faces) + ",$)");
+    const string element = f.Product("IFCFOOTING", "drum", f.Shape({drum}));
+    const string hole = f.Definition({f.Shape({f.Extrude(f.Rectangle(40, 30), 100, f.Axes(10, 0, -20))})});
+    const string opening =
+        f.Add("IFCOPENINGELEMENT(" + f.Guid() + ",$,'hole',$,$," + f.placement + "," + hole + ",$,$)");
+    f.Add("IFCRELVOIDSELEMENT(" + f.Guid() + ",$,$,$," + element + "," + opening + ")");
+    const ReadBack model(f.Text());
+    ASSERT_EQ(model.Parts().size(), 1U);
+    const double ground = Sides / 2.0 * 1e4 * std::sin(2 * M_PI / Sides);
+    EXPECT_NEAR(model.Parts().front()->enclosed, 50 * (ground - 1200), 1);
+    EXPECT_EQ(model.Parts().front()->openEdges, 0);
 }
 
 TEST(IfcTree, LayersHaveTheOpeningsOfTheirWall)
