@@ -2,17 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <string>
 #include <utility>
-
-#include <OSD_Parallel.hxx>
-#include <Standard_ErrorHandler.hxx>
-#include <Standard_Failure.hxx>
 
 #include <cadex/internal/Reports.hxx>
 
 #include "sdk/brep/KernelFaces.h"
+#include "sdk/brep/KernelTasks.h"
 
 namespace cadex::brep {
 
@@ -22,32 +18,9 @@ using internal::Report;
 using internal::Reports;
 using mesh::FaceTriangles;
 
-// From this many faces on, threads gain more than they cost (see bench/tessellation.cpp).
-constexpr std::size_t ParallelFaces = 64;
-
 ModelData_Point ToPoint(const gp_Pnt& point)
 {
     return {point.X(), point.Y(), point.Z()};
-}
-
-/// Runs the work for 0 .. count - 1, in any order.
-void ForEach(std::size_t count, bool isParallel, const std::function<void(std::size_t)>& work)
-{
-    OSD_Parallel::For(
-        0, static_cast<int>(count), [&](int i) { work(static_cast<std::size_t>(i)); },
-        !isParallel || count < ParallelFaces);
-}
-
-/// False when the kernel refuses; processor faults inside it count as refusals.
-bool Try(const std::function<void()>& work)
-{
-    try {
-        OCC_CATCH_SIGNALS
-        work();
-        return true;
-    } catch (const Standard_Failure&) {
-        return false;
-    }
 }
 
 bool IsFinite(const ModelData_Point& point)

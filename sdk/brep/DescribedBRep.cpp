@@ -9,6 +9,8 @@
 #include <TopoDS.hxx>
 #include <TopoDS_Compound.hxx>
 
+#include <cadex/Base_Settings.hxx>
+
 #include "sdk/brep/BodyTessellation.h"
 #include "sdk/brep/ShapeBuilder.h"
 #include "sdk/occt/MeshExtraction.h"
@@ -18,7 +20,6 @@ namespace cadex::brep {
 
 namespace {
 
-using mesh::FaceTriangles;
 using mesh::TriangleTables;
 using occt::AppearanceGroups;
 
@@ -179,14 +180,30 @@ TopoDS_Shape DescribedBRep::KernelShape() const
     return *myShape;
 }
 
+const std::optional<BodyIntegrals>& DescribedBRep::Integrals() const
+{
+    if (!myAreIntegralsKnown) {
+        const bool isParallel = Base_Settings::Default()->BoolValue(Base_Settings::ConcurrentMode, true);
+        myIntegrals = IntegrateBody(myDescription, isParallel);
+        myAreIntegralsKnown = true;
+    }
+    return myIntegrals;
+}
+
 std::optional<occt::MassProperties> DescribedBRep::IntegrateMass() const
 {
+    if (Integrals()) {
+        return Integrals()->mass;
+    }
     const TopoDS_Shape shape = KernelShape();
     return shape.IsNull() ? std::nullopt : occt::ComputeMass(shape);
 }
 
 double DescribedBRep::Area() const
 {
+    if (Integrals()) {
+        return Integrals()->area;
+    }
     const TopoDS_Shape shape = KernelShape();
     return shape.IsNull() ? 0 : occt::ComputeArea(shape);
 }

@@ -8,6 +8,7 @@
 #include <optional>
 #include <utility>
 
+#include "sdk/brep/BodyIntegrals.h"
 #include "sdk/brep/Description.h"
 #include "sdk/occt/EngineBRep.h"
 
@@ -30,9 +31,13 @@ public:
     double Area() const override;
 
 private:
+    /// From the exact faces; by the kernel's shape where that does not go.
     std::optional<occt::MassProperties> IntegrateMass() const override;
+    const std::optional<BodyIntegrals>& Integrals() const;
 
     const Description myDescription;
+    mutable bool myAreIntegralsKnown = false;
+    mutable std::optional<BodyIntegrals> myIntegrals;
     mutable std::optional<TopoDS_Shape> myShape;
 };
 

@@ -66,6 +66,7 @@ void AddSamples(const Surface& surface, Bnd_Box& box)
 std::vector<double> EvenParameters(const BodyEdge& edge, int spans)
 {
     std::vector<double> result;
+    result.reserve(static_cast<std::size_t>(spans) + 1);
     for (int i = 0; i < spans; ++i) {
         result.push_back(edge.first + (edge.last - edge.first) * i / spans);
     }

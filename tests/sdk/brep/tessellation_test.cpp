@@ -36,6 +36,7 @@
 #include <cadex/ModelData_PolyLineSet.hxx>
 #include <cadex/internal/Reports.hxx>
 
+#include "sdk/brep/BodyIntegrals.h"
 #include "sdk/brep/DescribedBRep.h"
 #include "sdk/brep/FaceTessellation.h"
 #include "sdk/brep/KernelFaces.h"
@@ -201,6 +202,48 @@ std::vector<double> Coordinates(const ModelData_PolyRepresentation& shapes)
     return result;
 }
 
+TEST(BodyIntegrals, AreThoseOfTheKernelsShape)
+{
+    for (const Case& item : Bodies()) {
+        for (const bool seams : {true, false}) {
+            SCOPED_TRACE(std::string(item.name) + (seams ? "" : ", without seams"));
+            GProp_GProps area;
+            GProp_GProps volume;
+            BRepGProp::SurfaceProperties(item.shape, area);
+            BRepGProp::VolumeProperties(item.shape, volume);
+            const std::optional<BodyIntegrals> own =
+                IntegrateBody(DescriptionOf(item.shape, {.seams = seams}), false);
+            ASSERT_TRUE(own && own->mass);
+            EXPECT_NEAR(own->area, area.Mass(), 1e-5 * area.Mass());
+            EXPECT_NEAR(own->mass->volume, volume.Mass(), 1e-5 * volume.Mass());
+            const gp_Pnt centre(own->mass->centroid.X(), own->mass->centroid.Y(), own->mass->centroid.Z());
+            EXPECT_LT(centre.Distance(volume.CentreOfMass()), 1e-3);
+        }
+    }
+}
+
+TEST(BodyIntegrals, OnlyClosedBodiesHaveAVolume)
+{
+    Description box = DescriptionOf(BRepPrimAPI_MakeBox(10, 20, 30).Shape());
+    Shell shell = box.shells[0];
+    box.shells[0].faces.pop_back();
+    const std::optional<BodyIntegrals> open = IntegrateBody(box, false);
+    ASSERT_TRUE(open);
+    EXPECT_FALSE(open->mass);
+
+    // A body inside out counts as one; a face the wrong way round is for the kernel to judge.
+    for (FaceUse& use : shell.faces) {
+        use.forward = !use.forward;
+    }
+    box.shells[0] = shell;
+    const std::optional<BodyIntegrals> turned = IntegrateBody(box, false);
+    ASSERT_TRUE(turned && turned->mass);
+    EXPECT_NEAR(turned->mass->volume, 6000, 1e-9);
+    EXPECT_NEAR(turned->mass->centroid.Z(), 15, 1e-9);
+    box.shells[0].faces[1].forward = !box.shells[0].faces[1].forward;
+    EXPECT_FALSE(IntegrateBody(box, false));
+}
+
 TEST(Tessellation, EachAppearanceIsOneSetTheBodysOwnFirst)
 {
     const ModelData_Appearance blue(ModelData_Color(0.F, 0.F, 1.F));
@@ -361,6 +404,11 @@ TEST(Tessellation, HostileDescriptionsNeitherCrashNorHang)
         for (const auto& damage : damages) {
             Description damaged = whole;
             damage(damaged);
+            occt::RunGuarded(occt::EngineUse::Geometry, [&] {
+                const std::optional<BodyIntegrals> integrals = IntegrateBody(damaged, false);
+                EXPECT_TRUE(!integrals || std::isfinite(integrals->area)) << item.name;
+                return true;
+            });
             for (const double value : Coordinates(MeshOf(DescribedBRep(std::move(damaged))))) {
                 ASSERT_TRUE(std::isfinite(value)) << item.name;
             }

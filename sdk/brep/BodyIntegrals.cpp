@@ -1,0 +1,180 @@
+#include "sdk/brep/BodyIntegrals.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+#include "sdk/brep/FaceIntegrals.h"
+#include "sdk/brep/KernelTasks.h"
+
+namespace cadex::brep {
+
+namespace {
+
+// A volume that is this small beside the sum of the faces' shares, signs left aside, is rounding noise.
+constexpr double NoVolume = 1e-9;
+
+enum class Closure
+{
+    Closed,   ///< every edge is run through as often one way as the other
+    Open,     ///< an edge has a face on one side alone
+    Disturbed ///< faces do not agree on which side is outside
+};
+
+struct ShellSum
+{
+    Closure closure = Closure::Open;
+    FaceIntegrals sum = {};
+    double share = 0; ///< of all volumes, signs left aside
+};
+
+class BodySum
+{
+public:
+    BodySum(const Description& description, bool isParallel)
+        : myDescription(description), myBody(MakeBody(description)), myFaces(description.faces.size())
+    {
+        if (!myBody.vertices.empty()) {
+            // Contributions are measured from a point of the body: one far away would cost digits.
+            myOrigin = myBody.vertices.front().point.XYZ();
+        }
+        ForEach(myFaces.size(), isParallel, [&](std::size_t face) {
+            Try([&] {
+                myFaces[face] = IntegrateFace(myBody, ResolveFace(myBody, static_cast<int>(face)), myOrigin);
+            });
+        });
+    }
+
+    std::optional<BodyIntegrals> Run()
+    {
+        if (!std::all_of(myFaces.begin(), myFaces.end(), [](const auto& face) { return face.has_value(); })) {
+            return std::nullopt;
+        }
+        BodyIntegrals result;
+        bool isWhole = true;
+        for (const Solid& solid : myDescription.solids) {
+            if (!AddSolid(solid, isWhole)) {
+                return std::nullopt;
+            }
+        }
+        for (const int shell : myDescription.sheets) {
+            const ShellSum sum = SumOf(shell);
+            if (sum.closure == Closure::Disturbed) {
+                return std::nullopt;
+            }
+            if (sum.closure == Closure::Closed) {
+                AddBody(std::abs(sum.sum.volume), SignedMoment(sum), sum.share, isWhole);
+            }
+        }
+        result.area = myArea;
+        if (isWhole && myVolume > 0) {
+            const gp_XYZ centre = myMoment / myVolume + myOrigin;
+            result.mass = occt::MassProperties{myVolume, {centre.X(), centre.Y(), centre.Z()}};
+        }
+        return result;
+    }
+
+private:
+    /// False when its shells are disturbed.
+    bool AddSolid(const Solid& solid, bool& isWhole)
+    {
+        const ShellSum outer = SumOf(solid.outer);
+        bool isClosed = outer.closure == Closure::Closed;
+        bool isDisturbed = outer.closure == Closure::Disturbed;
+        double volume = std::abs(outer.sum.volume);
+        double share = outer.share;
+        gp_XYZ moment = SignedMoment(outer);
+        for (const int shell : solid.voids) {
+            const ShellSum cavity = SumOf(shell);
+            isClosed = isClosed && cavity.closure == Closure::Closed;
+            isDisturbed = isDisturbed || cavity.closure == Closure::Disturbed;
+            volume -= std::abs(cavity.sum.volume);
+            share += cavity.share;
+            moment -= SignedMoment(cavity);
+        }
+        isWhole = isWhole && isClosed;
+        AddBody(volume, moment, share, isWhole);
+        return !isDisturbed;
+    }
+
+    void AddBody(double volume, const gp_XYZ& moment, double share, bool& isWhole)
+    {
+        isWhole = isWhole && volume > NoVolume * share;
+        myVolume += volume;
+        myMoment += moment;
+    }
+
+    /// As if the shell's normals pointed out of what it encloses.
+    static gp_XYZ SignedMoment(const ShellSum& shell)
+    {
+        return shell.sum.volume < 0 ? shell.sum.moment.Reversed() : shell.sum.moment;
+    }
+
+    ShellSum SumOf(int number)
+    {
+        ShellSum result;
+        const auto shell = static_cast<std::size_t>(number);
+        if (number < 0 || shell >= myDescription.shells.size()) {
+            return result;
+        }
+        std::vector<std::pair<int, int>> uses; // by edge: which way
+        for (const FaceUse& use : myDescription.shells[shell].faces) {
+            const auto face = static_cast<std::size_t>(use.face);
+            if (use.face < 0 || face >= myFaces.size()) {
+                continue;
+            }
+            FaceIntegrals integrals = *myFaces[face];
+            myArea += integrals.area;
+            result.share += std::abs(integrals.volume);
+            integrals.area = 0;
+            result.sum += integrals * (use.forward ? 1 : -1);
+            for (const Loop& loop : myDescription.faces[face].loops) {
+                for (const EdgeUse& edge : loop.uses) {
+                    uses.emplace_back(edge.edge, edge.forward == use.forward ? 1 : -1);
+                }
+            }
+        }
+        result.closure = ClosureOf(std::move(uses));
+        return result;
+    }
+
+    static Closure ClosureOf(std::vector<std::pair<int, int>>&& uses)
+    {
+        std::sort(uses.begin(), uses.end());
+        Closure result = Closure::Closed;
+        for (std::size_t i = 0; i < uses.size();) {
+            const int edge = uses[i].first;
+            int sum = 0;
+            int count = 0;
+            for (; i < uses.size() && uses[i].first == edge; ++i, ++count) {
+                sum += uses[i].second;
+            }
+            if (count % 2 == 1) {
+                return Closure::Open;
+            }
+            result = sum == 0 ? result : Closure::Disturbed;
+        }
+        return result;
+    }
+
+    const Description& myDescription;
+    const Body myBody;
+    gp_XYZ myOrigin = {0, 0, 0};
+    std::vector<std::optional<FaceIntegrals>> myFaces;
+    double myArea = 0;
+    double myVolume = 0;
+    gp_XYZ myMoment = {0, 0, 0};
+};
+
+} // namespace
+
+std::optional<BodyIntegrals> IntegrateBody(const Description& description, bool isParallel)
+{
+    if (!description.kernelShapes.empty()) {
+        return std::nullopt;
+    }
+    return BodySum(description, isParallel).Run();
+}
+
+} // namespace cadex::brep
