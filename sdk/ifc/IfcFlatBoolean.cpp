@@ -781,6 +781,7 @@ bool CombineFlat(Context& context, BooleanKind kind, const Polyhedron& body,
     FragmentMaker maker(context);
     Fragments fragments = maker.Make(body);
     std::vector<Fragments> knives;
+    knives.reserve(tools.size());
     for (const Polyhedron* tool : tools) {
         knives.push_back(maker.Make(*tool));
     }

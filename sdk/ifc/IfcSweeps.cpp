@@ -335,6 +335,7 @@ Solid Together(const std::vector<Solid>& solids)
         return solids.front();
     }
     std::vector<TopoDS_Shape> shapes;
+    shapes.reserve(solids.size());
     for (const Solid& solid : solids) {
         shapes.push_back(solid.Shape());
     }

@@ -98,6 +98,7 @@ private:
         }
         std::sort(stops.begin(), stops.end());
         std::vector<int> corners;
+        corners.reserve(stops.size());
         for (const auto& [along, corner] : stops) {
             corners.push_back(corner);
         }

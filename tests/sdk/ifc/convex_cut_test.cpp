@@ -137,6 +137,7 @@ TEST(IfcFlatBoolean, ManyOpeningsInABentWallTakeNoTime)
     Polyhedron wall;
     ASSERT_TRUE(CombineFlat(context, BooleanKind::Fuse, one, {&other}, wall));
     std::vector<Polyhedron> windows;
+    windows.reserve(600);
     for (int i = 0; i < 300; ++i) {
         const double x = 1000 + 300 * i;
         const double z = i % 2 == 0 ? 500 : 1000;
@@ -144,6 +145,7 @@ TEST(IfcFlatBoolean, ManyOpeningsInABentWallTakeNoTime)
         windows.push_back(Box({-50, x, z}, {250, x + 300, z + 500}));
     }
     std::vector<const Polyhedron*> tools;
+    tools.reserve(windows.size());
     for (const Polyhedron& window : windows) {
         tools.push_back(&window);
     }

@@ -20,6 +20,7 @@ using Ring = std::vector<std::array<double, 2>>;
 Ring Regular(double x, double y, double radius, int corners, double turn)
 {
     Ring ring;
+    ring.reserve(static_cast<std::size_t>(corners));
     for (int i = 0; i < corners; ++i) {
         const double angle = turn + 2 * M_PI * i / corners;
         ring.push_back({x + radius * std::cos(angle), y + radius * std::sin(angle)});
@@ -55,6 +56,7 @@ std::vector<Ring> Grid(int columns, int rows, const std::function<Ring(double, d
 Ring Turned(const Ring& ring, double angle)
 {
     Ring turned;
+    turned.reserve(ring.size());
     for (const auto& [x, y] : ring) {
         turned.push_back(
             {x * std::cos(angle) - y * std::sin(angle), x * std::sin(angle) + y * std::cos(angle)});
@@ -134,6 +136,7 @@ std::vector<Plate> Plates()
 string Outline(IfcText& f, const Ring& ring)
 {
     std::vector<std::vector<double>> points;
+    points.reserve(ring.size() + 1);
     for (const auto& point : ring) {
         points.push_back({point[0], point[1]});
     }
@@ -146,6 +149,7 @@ TEST(IfcFaces, HolesStayOpen)
     for (const Plate& plate : Plates()) {
         IfcText f;
         std::vector<string> holes;
+        holes.reserve(plate.holes.size());
         const Ring outline = Turned(plate.outline, plate.turn);
         double area = Area(outline);
         double length = Length(outline);
