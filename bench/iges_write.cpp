@@ -29,8 +29,8 @@
 
 #include "sdk/model/TriangleSets.h"
 #include "sdk/occt/EngineScope.h"
-#include "sdk/occt/MeshToShape.h"
 #include "sdk/occt/FacetedBRep.h"
+#include "sdk/occt/MeshToShape.h"
 
 using namespace cadex;
 

@@ -25,8 +25,8 @@
 #include <sys/resource.h>
 
 #include "sdk/model/TriangleSets.h"
-#include "sdk/occt/MeshToShape.h"
 #include "sdk/occt/FacetedBRep.h"
+#include "sdk/occt/MeshToShape.h"
 
 namespace cadex {
 namespace {

@@ -233,8 +233,8 @@ public:
     /// the extension png, or ZemtarHDR.png in the temporary folder for an empty `out`. Empty on failure.
     static CZemtarString ConvertHdrToPng(CZemtarString in, CZemtarString out);
 
-    /// Converts any image that FreeImage reads, except JPEG XR, to EXR and returns its name; empty on failure.
-    /// A damaged file is refused, or gives what can be read of it.
+    /// Converts any image that FreeImage reads, except JPEG XR, to EXR and returns its name; empty on
+    /// failure. A damaged file is refused, or gives what can be read of it.
     static CZemtarString ConvertToExr(CZemtarString in, CZemtarString out, bool zip);
 
     /// Adds to an existing PNG or JPEG file (`format` "png", "jpg" or "jpeg" in any case) the XMP packet of
