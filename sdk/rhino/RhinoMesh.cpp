@@ -196,28 +196,21 @@ Mesh ReadMesh(Chunk& data, double millimetres)
     const std::string_view indices = data.Take(faces * 4 * static_cast<std::size_t>(indexSize));
 
     VertexArrays arrays(data, version.major == 3, vertices);
-    std::string points = arrays.Next(12);
-    const std::string normals = arrays.Next(12);
-    const std::string uvs = arrays.Next(8);
+    Mesh mesh;
+    SetPoints<float>(arrays.Next(12), millimetres, mesh.arrays.points);
+    SetNormals(arrays.Next(12), mesh.arrays.normals);
+    SetCoordinates(arrays.Next(8), mesh.arrays.uvs);
     arrays.Next(16); // curvatures
-    const std::string colours = arrays.Next(4);
+    SetColour(arrays.Next(4), mesh);
     if (version.minor >= 2) {
         data.Skip(4);
     }
-    std::string exact;
     if (version.major == 3 && version.minor >= 3) {
-        exact = ReadAppendix(data, version.minor, vertices);
+        const std::string exact = ReadAppendix(data, version.minor, vertices);
+        if (!exact.empty()) {
+            SetPoints<double>(exact, millimetres, mesh.arrays.points);
+        }
     }
-
-    Mesh mesh;
-    if (exact.empty()) {
-        SetPoints<float>(points, millimetres, mesh.arrays.points);
-    } else {
-        SetPoints<double>(exact, millimetres, mesh.arrays.points);
-    }
-    SetNormals(normals, mesh.arrays.normals);
-    SetCoordinates(uvs, mesh.arrays.uvs);
-    SetColour(colours, mesh);
     switch (indexSize) {
     case 1:
         AddFaces<std::uint8_t>(indices, faces, mesh.arrays);
