@@ -85,7 +85,7 @@ void BodyTessellation::MeshFaces()
 {
     ForEach(myFaces.size(), myTolerances.parallel, [&](std::size_t face) { MeshFace(face); });
     for (std::size_t face = 0; face < myFaces.size(); ++face) {
-        if (!myFaces[face].triangles.empty()) {
+        if (!myFaces[face].triangles.empty() || TakeFileTriangles(face)) {
             continue;
         }
         if (!Try([&] {
@@ -104,6 +104,21 @@ void BodyTessellation::MeshFaces()
                          myBody.description->faces[face].record);
         }
     }
+}
+
+bool BodyTessellation::TakeFileTriangles(std::size_t face)
+{
+    const Face& described = myBody.description->faces[face];
+    if (!described.fileTriangles || !Try([&] { myFaces[face] = described.fileTriangles(); }) ||
+        !IsFinite(myFaces[face])) {
+        myFaces[face].Clear();
+    }
+    if (myFaces[face].triangles.empty()) {
+        return false;
+    }
+    Reports::Add(Report::Kind::Repaired, "a face that cannot be meshed is shown as the file's own triangles",
+                 described.record);
+    return true;
 }
 
 void BodyTessellation::MeshFace(std::size_t face)

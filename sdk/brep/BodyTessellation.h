@@ -19,10 +19,11 @@ class BodyTessellation
 {
 public:
     /// Does the work, on several threads where the tolerances allow them and the body is large; the result is
-    /// the same. The description must outlive the object. A face that comes to nothing here goes to the
-    /// kernel's mesher, on the points that its neighbours have on its edges; one that even so comes to
-    /// nothing is left out and reported (cadex/internal/Reports.hxx). Throws std::bad_alloc, nothing else; to
-    /// be called under the engine's guard.
+    /// the same. The description must outlive the object. A face that comes to nothing here is shown as
+    /// the file's own triangles of it, where there are some; else it goes to the kernel's mesher, on the
+    /// points that its neighbours have on its edges; one that even so comes to nothing is left out and
+    /// reported (cadex/internal/Reports.hxx). Throws std::bad_alloc, nothing else; to be called under the
+    /// engine's guard.
     BodyTessellation(const Description& description, const occt::MeshTolerances& tolerances);
 
     /// In the sense of the face's own normal; shared points are numbered over the body.
@@ -34,6 +35,7 @@ public:
 private:
     void MeshFaces();
     void MeshFace(std::size_t face);
+    bool TakeFileTriangles(std::size_t face);
 
     const Body myBody;
     const occt::MeshTolerances myTolerances;

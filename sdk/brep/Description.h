@@ -14,6 +14,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -24,6 +25,8 @@
 #include <gp_Pnt.hxx>
 
 #include <cadex/ModelData_Appearance.hxx>
+
+#include "sdk/mesh/TriangleAssembly.h"
 
 namespace cadex::brep {
 
@@ -76,6 +79,9 @@ struct Face
     std::vector<Loop> loops = {};
     ModelData_Appearance appearance = {}; ///< null: that of the body
     std::uint64_t record = 0;             ///< what the file calls it, for reports
+    /// The triangles that the file itself keeps of the face, in the sense of the face's own normal and with
+    /// no point shared; called when the face cannot be meshed. Empty when there are none.
+    std::function<mesh::FaceTriangles()> fileTriangles = {};
 };
 
 struct FaceUse

@@ -24,12 +24,52 @@ constexpr Uuid BrepIds[] = {
     Uuid("60b5dbc5-e660-11d3-bfe4-0010830122f0"), Uuid("f06fc243-a32a-4608-9dd8-a7d2c4ce2a36"),
     Uuid("2d4cfedb-3e2a-11d4-800e-0010830122f0"), Uuid("0705fdef-3e2a-11d4-800e-0010830122f0")};
 
+/// The file's own mesh of a face; `at` stands before it. The file's meshes follow the sense of the body's
+/// face.
+mesh::FaceTriangles ReadFaceMesh(Chunk at, double millimetres, bool isTurned)
+{
+    Mesh own;
+    try {
+        ReadObject(at, [&](const Uuid& classId, Chunk& data) {
+            if (classId == MeshId) {
+                own = ReadMesh(data, millimetres);
+            } else {
+                data.SkipRest();
+            }
+        });
+    } catch (const Unreadable&) {
+        return {};
+    }
+    mesh::FaceTriangles result;
+    result.points = std::move(own.arrays.points);
+    result.shared.assign(result.points.size(), mesh::NoIndex);
+    result.normals = std::move(own.arrays.normals);
+    if (result.normals.size() != result.points.size()) {
+        result.normals.assign(result.points.size(), {});
+    }
+    if (isTurned) {
+        for (ModelData_Vectorf& normal : result.normals) {
+            normal = {-normal.X(), -normal.Y(), -normal.Z()};
+        }
+    }
+    const std::vector<U32>& indices = own.arrays.indices;
+    for (std::size_t i = 0; i + 2 < indices.size(); i += 3) {
+        const auto a = static_cast<int>(indices[i]);
+        const auto b = static_cast<int>(indices[i + 1]);
+        const auto c = static_cast<int>(indices[i + 2]);
+        result.triangles.push_back({a, isTurned ? c : b, isTurned ? b : c});
+    }
+    return result;
+}
+
 /// From the tables of the file to a description.
 class BrepDescriber
 {
 public:
-    BrepDescriber(const FileBrep& brep, const BodyContext& context, Body& body)
-        : myBrep(brep), myContext(context), myBody(body), myTarget(body.description)
+    /// `meshes` are the file's own of the faces, as far as it has them.
+    BrepDescriber(const FileBrep& brep, const std::vector<std::optional<Chunk>>& meshes,
+                  const BodyContext& context, Body& body)
+        : myBrep(brep), myMeshes(meshes), myContext(context), myBody(body), myTarget(body.description)
     {
     }
 
@@ -80,13 +120,24 @@ private:
         for (std::size_t i = 0; i < source.loops.size() && isSound; ++i) {
             isSound = AddLoop(source.loops[i], *surface, face);
         }
-        if (!isSound || face.loops.empty()) {
-            ++myBody.lostFaces;
-            return;
+        const auto number = static_cast<std::size_t>(&source - myBrep.faces.data());
+        if (const std::optional<Chunk>* mesh = At(myMeshes, static_cast<int>(number)); mesh && *mesh) {
+            face.fileTriangles = [mesh = **mesh, file = myContext.file, isTurned = source.isReversed,
+                                  millimetres = myContext.millimetres] {
+                return ReadFaceMesh(mesh, millimetres, isTurned);
+            };
         }
-        face.surface = source.surface;
-        face.sameSense = !surface->IsFlipped();
-        face.record = static_cast<std::uint64_t>(&source - myBrep.faces.data()) + 1;
+        if (isSound && !face.loops.empty()) {
+            face.surface = source.surface;
+            face.sameSense = !surface->IsFlipped();
+        } else {
+            ++myBody.lostFaces;
+            face.loops.clear();
+            if (!face.fileTriangles) {
+                return;
+            }
+        }
+        face.record = number + 1;
         if (source.colour != UnsetColour && myContext.appearances != nullptr) {
             face.appearance = myContext.appearances->Of(
                 internal::Colour{static_cast<float>(source.colour & 255) / 255.F,
@@ -252,6 +303,7 @@ private:
     }
 
     const FileBrep& myBrep;
+    const std::vector<std::optional<Chunk>>& myMeshes;
     const BodyContext& myContext;
     Body& myBody;
     brep::Description& myTarget;
@@ -274,7 +326,7 @@ Body ReadBrep(Chunk& data, const BodyContext& context)
     if (version.major == 2) {
         ReadOldBrepTables(data, context.millimetres, brep);
         body.faceCount = brep.faces.size();
-        BrepDescriber(brep, context, body).Describe();
+        BrepDescriber(brep, {}, context, body).Describe();
         return body;
     }
     if (version.major != 3) {
@@ -283,10 +335,19 @@ Body ReadBrep(Chunk& data, const BodyContext& context)
         return body;
     }
     ReadBrepTables(data, context.millimetres, brep);
+    std::vector<std::optional<Chunk>> meshes;
     data.Skip(48); // box
     if (version.minor >= 1) {
-        body.renderMeshes = data.Child(code::Anonymous);
-        data.SkipChild();
+        Chunk list = data.Child(code::Anonymous);
+        for (std::size_t i = 0; i < brep.faces.size(); ++i) {
+            if (list.Bool()) {
+                meshes.emplace_back(list);
+                list.SkipChild();
+            } else {
+                meshes.emplace_back();
+            }
+        }
+        data.SkipChild(); // meshes for analyses
     }
     if (version.minor >= 2) {
         const int closure = data.I32();
@@ -300,7 +361,7 @@ Body ReadBrep(Chunk& data, const BodyContext& context)
         data.SkipRest();
     }
     body.faceCount = brep.faces.size();
-    BrepDescriber(brep, context, body).Describe();
+    BrepDescriber(brep, meshes, context, body).Describe();
     return body;
 }
 
@@ -345,28 +406,6 @@ Body BodyOf(const Surface& surface)
     }
     target.sheets.push_back(target.AddShell({{{target.AddFace(std::move(face)), true}}, false}));
     return body;
-}
-
-std::vector<Mesh> ReadRenderMeshes(Body& body, double millimetres)
-{
-    if (!body.renderMeshes) {
-        return body.meshes;
-    }
-    std::vector<Mesh> meshes;
-    Chunk chunk = *body.renderMeshes;
-    for (std::size_t face = 0; face < body.faceCount; ++face) {
-        if (!chunk.Bool()) {
-            return {};
-        }
-        ReadObject(chunk, [&](const Uuid& classId, Chunk& data) {
-            if (classId == MeshId) {
-                meshes.push_back(ReadMesh(data, millimetres));
-            } else {
-                data.SkipRest();
-            }
-        });
-    }
-    return meshes.size() == body.faceCount ? meshes : std::vector<Mesh>();
 }
 
 } // namespace cadex::rhino

@@ -15,12 +15,11 @@ namespace cadex::rhino {
 struct Body
 {
     brep::Description description;
-    /// The file's own meshes of the faces, not read yet: a byte for each face and, where it is 1, a mesh.
-    std::optional<Chunk> renderMeshes;
-    /// Or meshes of the body as a whole (of extrusions), read.
-    std::vector<Mesh> meshes;
+    /// The file's own mesh of a body that is not described face by face (an extrusion).
+    std::optional<Mesh> mesh;
     std::size_t faceCount = 0; ///< of the file
-    std::size_t lostFaces = 0; ///< that make no sense and are not in the description
+    /// Those that make no sense: not in the description, or with the file's own triangles alone.
+    std::size_t lostFaces = 0;
 };
 
 /// What reading a body needs to know.
@@ -28,6 +27,7 @@ struct BodyContext
 {
     double millimetres = 1;
     internal::AppearanceCache* appearances = nullptr; ///< for colours of single faces
+    std::shared_ptr<const void> file = nullptr; ///< keeps the bytes for meshes that are read when asked for
 };
 
 bool IsBrep(const Uuid& classId);
@@ -38,9 +38,5 @@ Body ReadExtrusion(Chunk& data, const BodyContext& context);
 
 /// A surface that is an object of its own.
 Body BodyOf(const Surface& surface);
-
-/// Reads the file's own meshes of a body: those of its faces, where there are all of them, or of the whole.
-/// Empty when there are none.
-std::vector<Mesh> ReadRenderMeshes(Body& body, double millimetres);
 
 } // namespace cadex::rhino

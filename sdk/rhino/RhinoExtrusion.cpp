@@ -352,8 +352,8 @@ Body ReadExtrusion(Chunk& data, const BodyContext& context)
             Chunk mesh = meshes.Versioned(version);
             mesh.Skip(16);
             ReadObject(mesh, [&](const Uuid& classId, Chunk& meshData) {
-                if (classId == MeshId && body.meshes.empty()) {
-                    body.meshes.push_back(ReadMesh(meshData, context.millimetres));
+                if (classId == MeshId && !body.mesh) {
+                    body.mesh = ReadMesh(meshData, context.millimetres);
                 } else {
                     meshData.SkipRest();
                 }
@@ -368,6 +368,8 @@ Body ReadExtrusion(Chunk& data, const BodyContext& context)
     }
     if (body.lostFaces > 0) {
         body.description = {};
+    } else {
+        body.mesh.reset();
     }
     return body;
 }

@@ -69,10 +69,11 @@ void TakeMesh(Mesh&& mesh, Object& object)
 
 bool RhinoFile::Load(std::string bytes)
 {
-    myBytes = std::move(bytes);
+    mySource = std::make_shared<Source>();
+    mySource->bytes = std::move(bytes);
     try {
-        myArchive = std::make_unique<Archive>(myBytes);
-        myArchive->ForEachTable([this](Chunk& table) { ReadTable(table); });
+        mySource->archive.emplace(mySource->bytes);
+        mySource->archive->ForEachTable([this](Chunk& table) { ReadTable(table); });
     } catch (const Unreadable& reason) {
         internal::Reports::Add(internal::Report::Kind::Refused, reason.what());
         return false;
@@ -162,11 +163,11 @@ bool RhinoFile::ReadGeometry(const Uuid& classId, Chunk& data, Object& object, s
         object.kind = "Mesh";
         mesh = ReadMesh(data, millimetres);
     } else if (IsBrep(classId)) {
-        object.body = std::make_unique<Body>(ReadBrep(data, {millimetres, &faceColours}));
+        object.body = std::make_unique<Body>(ReadBrep(data, {millimetres, &faceColours, mySource}));
         object.kind = object.body->faceCount > 1 ? "Polysurface" : "Surface";
     } else if (IsExtrusion(classId)) {
         object.kind = "Extrusion";
-        object.body = std::make_unique<Body>(ReadExtrusion(data, {millimetres, nullptr}));
+        object.body = std::make_unique<Body>(ReadExtrusion(data, {millimetres, nullptr, nullptr}));
     } else if (IsSurface(classId)) {
         object.kind = "Surface";
         object.body = std::make_unique<Body>(BodyOf(ReadSurface(classId, data, millimetres)));

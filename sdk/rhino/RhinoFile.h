@@ -57,8 +57,13 @@ private:
     bool ReadGeometry(const Uuid& classId, Chunk& data, Object& object, std::optional<Mesh>& mesh);
     void NumberLayersAndMaterials();
 
-    std::string myBytes;
-    std::unique_ptr<Archive> myArchive;
+    /// Bodies keep it for the meshes that the file has of their faces.
+    struct Source
+    {
+        std::string bytes;
+        std::optional<Archive> archive;
+    };
+    std::shared_ptr<Source> mySource;
 };
 
 } // namespace cadex::rhino

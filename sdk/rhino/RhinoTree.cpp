@@ -504,31 +504,26 @@ ModelData_Part ModelBuilder::PartOfSets(const std::vector<Object*>& members, con
     return part;
 }
 
-/// The exact body where it is whole; else the file's own mesh of it where there is one, else what there is of
-/// the body.
+/// The exact body; or, where it makes no sense, the file's own mesh of it.
 void ModelBuilder::AddBody(Body& body, const ModelData_Appearance& look, ModelData_Part& part,
                            ModelData_PolyRepresentation& meshes) const
 {
-    if (body.lostFaces > 0 || body.description.IsEmpty()) {
-        std::vector<Mesh> own = ReadRenderMeshes(body, myFile.document.millimetres);
-        const bool isUseful = !own.empty();
-        for (Mesh& mesh : own) {
-            ModelData_PolyVertexSet set = internal::MakeTriangleSet(std::move(mesh.arrays));
-            set.SetName(part.Name());
-            meshes.Add(set);
-        }
-        internal::Reports::Add(isUseful ? internal::Report::Kind::Repaired : internal::Report::Kind::LeftOut,
-                               isUseful ? "a body that could not be read is shown as the file's mesh of it"
-                                        : "a body, or faces of it, that could not be read");
-        if (isUseful) {
-            return;
-        }
-    }
+    using Kind = internal::Report::Kind;
     if (!body.description.IsEmpty()) {
         brep::Description description = body.description;
         description.appearance = look;
         auto* exact = new brep::DescribedBRep(std::move(description));
         part.AddRepresentation(internal::MakeHandle<ModelData_BRepRepresentation>(exact));
+    } else if (body.mesh) {
+        ModelData_PolyVertexSet set = internal::MakeTriangleSet(internal::TriangleArrays(body.mesh->arrays));
+        set.SetName(part.Name());
+        meshes.Add(set);
+        internal::Reports::Add(Kind::Repaired,
+                               "a body that makes no sense is shown as the file's mesh of it");
+    }
+    if (body.lostFaces > 0 && !body.mesh) {
+        internal::Reports::Add(Kind::LeftOut,
+                               "a face that makes no sense, but for the file's own mesh of it");
     }
 }
 
