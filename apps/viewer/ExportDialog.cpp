@@ -96,6 +96,7 @@ void ExportDialog::Arrange()
     qobject_cast<QLabel*>(form->labelForField(fileRow))->setBuddy(m_file);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(form);
+    layout->addWidget(new QLabel(tr("Shapes are written as facets, as fine as they were imported."), this));
     layout->addStretch();
     layout->addWidget(m_buttons);
 }
