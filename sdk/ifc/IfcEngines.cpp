@@ -1,11 +1,11 @@
 #include "sdk/ifc/IfcEngines.h"
 
-#include <fstream>
 #include <iterator>
 
 #include "sdk/ifc/IfcTree.h"
 #include "sdk/ifc/IfcWriter.h"
 #include "sdk/occt/EngineScope.h"
+#include "sdk/text/FileBytes.h"
 
 namespace cadex {
 namespace internal {
@@ -16,15 +16,8 @@ class IfcReaderEngine final : public ReaderEngine
 public:
     bool ReadFile(const std::filesystem::path& path, const Base_ReaderParameters&) override
     {
-        std::error_code error;
-        const std::uintmax_t size = std::filesystem::file_size(path, error);
-        std::ifstream stream(path, std::ios::binary);
-        if (error || !stream) {
-            return false;
-        }
-        std::string text(static_cast<std::size_t>(size), '\0');
-        stream.read(text.data(), static_cast<std::streamsize>(size));
-        return stream.gcount() == static_cast<std::streamsize>(size) && myFile.Load(std::move(text));
+        std::string bytes;
+        return text::ReadBytes(path, bytes) && myFile.Load(std::move(bytes));
     }
 
     bool ReadStream(std::istream& stream, const Base_ReaderParameters&) override

@@ -16,10 +16,9 @@ namespace cadex::iges {
 /// - a solid (186) is a part;
 /// - a named group (402) is a part, or an assembly when there are named groups, solids or subfigures in it;
 /// - a subfigure (308) is a part or an assembly likewise, and its instances (408) share it, with their
-/// translation,
-///   scale and matrix, mirrored ones included;
+///   translation, scale and matrix, mirrored ones included;
 /// - all other geometry of a group, or of the file, is one part: loose faces and curves by the thousand are
-/// one body;
+///   one body;
 /// - groups without a name are looked through.
 ///
 /// A file that makes a single part or assembly has that as its root; else the root is an assembly named after

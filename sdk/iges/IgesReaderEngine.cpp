@@ -37,21 +37,30 @@ public:
     {
         myFindings = LookAt(file);
         if (!myFindings.isIges) {
+            Reports::Add(Report::Kind::Refused, "the file is no IGES file");
             return false;
         }
         Tell();
         myFileName = StemOf(file);
         return RunGuarded(EngineUse::Iges, [&] {
             myReader = std::make_unique<IGESControl_Reader>();
-            return myReader->ReadFile(file.string().c_str()) == IFSelect_RetDone &&
-                   myReader->Model()->NbEntities() > 0;
+            if (myReader->ReadFile(file.string().c_str()) != IFSelect_RetDone ||
+                myReader->Model()->NbEntities() == 0) {
+                Reports::Add(Report::Kind::Refused, "no entity of the IGES file can be read");
+                return false;
+            }
+            return true;
         });
     }
 
     bool Transfer(ModelData_Model& model) override
     {
         return myReader != nullptr && RunGuarded(EngineUse::Iges, [&] {
-                   return BuildIgesModel(*myReader, myFindings, myFileName, model);
+                   if (BuildIgesModel(*myReader, myFindings, myFileName, model)) {
+                       return true;
+                   }
+                   Reports::Add(Report::Kind::Refused, "nothing in the file can be shown");
+                   return false;
                });
     }
 

@@ -4,6 +4,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include <cadex/internal/Reports.hxx>
+
 #include "sdk/model/Elements.h"
 
 namespace cadex::mesh {
@@ -11,6 +13,12 @@ namespace cadex::mesh {
 using internal::ImplOf;
 
 namespace {
+
+bool Refuse(const char* reason)
+{
+    internal::Reports::Add(internal::Report::Kind::Refused, reason);
+    return false;
+}
 
 bool IsWritable(const ModelData_SceneGraphElement& element)
 {
@@ -87,12 +95,14 @@ private:
         occurrence.translation = Multiply(outer, affine.translation);
         for (const double value : occurrence.translation) {
             if (!std::isfinite(value)) {
-                return false;
+                return Refuse("the placement of an instance is not finite");
             }
         }
         Split split;
-        if (!SplitMatrix(Multiply(outer, affine.linear), split) ||
-            !Place(target, split.residual, occurrence.definition)) {
+        if (!SplitMatrix(Multiply(outer, affine.linear), split)) {
+            return Refuse("the placement of an instance is not finite");
+        }
+        if (!Place(target, split.residual, occurrence.definition)) {
             return false;
         }
         occurrence.rotation = split.rotation;
@@ -103,8 +113,11 @@ private:
     /// Finds or starts the definition of an element under a residual.
     bool Place(const ModelData_SceneGraphElement& element, const Matrix3& residual, std::size_t& definition)
     {
-        if (!IsWritable(element) || myPath.count(element.Impl()) != 0) {
-            return false;
+        if (!IsWritable(element)) {
+            return Refuse("an element is neither an assembly nor a part with a mesh");
+        }
+        if (myPath.count(element.Impl()) != 0) {
+            return Refuse("an assembly contains itself");
         }
         std::vector<std::size_t>& variants = myVariants[element.Impl()];
         for (const std::size_t variant : variants) {

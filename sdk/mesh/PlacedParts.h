@@ -27,7 +27,7 @@ struct PlacedPart
     const Affine& placement;
     Base_UTF16String name; ///< of the nearest instance above the part, else the part's
     ModelData_Appearance
-        appearance; ///< the part's, else of the nearest element above it; null when none has one
+        appearance; ///< the part's, else of the nearest element above; null when none has one
 };
 
 /// Calls back for each part as often as it is placed, in the order of the model.

@@ -1,8 +1,12 @@
 #include <cadex/Base_Reader.hxx>
 #include <cadex/Base_Writer.hxx>
 
+#include <exception>
+#include <new>
 #include <string>
 #include <utility>
+
+#include <cadex/internal/Reports.hxx>
 
 #include "sdk/model/EngineRegistry.h"
 
@@ -10,15 +14,39 @@ namespace cadex {
 
 namespace {
 
+void ReportRefusal(const char* reason) noexcept
+{
+    try {
+        internal::Reports::Add(internal::Report::Kind::Refused, reason);
+    } catch (...) { // NOLINT(bugprone-empty-catch): without memory for the reason it is not told
+    }
+}
+
 /// Runs a call into an engine; whatever it throws is a failure.
 template <typename Call>
 bool Guarded(Call call) noexcept
 {
     try {
         return call();
+    } catch (const std::bad_alloc&) {
+        ReportRefusal("there is not enough memory");
+    } catch (const std::exception& error) {
+        ReportRefusal(error.what());
     } catch (...) {
-        return false;
+        ReportRefusal("the engine failed in an unknown way");
     }
+    return false;
+}
+
+/// A fresh engine; null, which is reported, when this build has none for the format.
+template <typename Factory>
+auto Made(const Factory& factory)
+{
+    auto engine = factory ? factory() : nullptr;
+    if (engine == nullptr) {
+        ReportRefusal("this build has no engine for the format");
+    }
+    return engine;
 }
 
 bool InRange(internal::Format format)
@@ -40,10 +68,11 @@ Base_Reader::~Base_Reader() = default;
 bool Base_Reader::ReadFile(const Base_UTF16String& theFileName)
 {
     myEngine.reset();
+    internal::Reports::Clear();
     return Guarded([&] {
         const internal::ReaderFactory& factory = internal::EngineRegistry::Instance().Reader(myFormat);
         const std::filesystem::path path = internal::PathOf(theFileName);
-        auto engine = factory ? factory() : nullptr;
+        auto engine = Made(factory);
         if (engine == nullptr || !engine->ReadFile(path, BaseParameters())) {
             return false;
         }
@@ -56,9 +85,10 @@ bool Base_Reader::ReadFile(const Base_UTF16String& theFileName)
 bool Base_Reader::ReadFile(std::istream& theStream)
 {
     myEngine.reset();
+    internal::Reports::Clear();
     return Guarded([&] {
         const internal::ReaderFactory& factory = internal::EngineRegistry::Instance().Reader(myFormat);
-        auto engine = factory ? factory() : nullptr;
+        auto engine = Made(factory);
         if (engine == nullptr || !engine->ReadStream(theStream, BaseParameters())) {
             return false;
         }
@@ -85,12 +115,14 @@ Base_Writer::Base_Writer(internal::Format theFormat) : myFormat(theFormat) {}
 
 Base_Writer::~Base_Writer() = default;
 
+// An export begins here: what it reports must outlast the writing of the file.
 bool Base_Writer::Transfer(const ModelData_Model& theModel)
 {
     myEngine.reset();
+    internal::Reports::Clear();
     return Guarded([&] {
         const internal::WriterFactory& factory = internal::EngineRegistry::Instance().Writer(myFormat);
-        auto engine = factory ? factory() : nullptr;
+        auto engine = Made(factory);
         if (engine == nullptr || !engine->Transfer(theModel, BaseParameters())) {
             return false;
         }

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <string>
 #include <utility>
@@ -24,6 +25,8 @@
 #include <XCAFDoc_ShapeTool.hxx>
 
 #include "sdk/occt/FlatHealing.h"
+
+#include <cadex/internal/Reports.hxx>
 
 namespace cadex::occt {
 namespace {
@@ -187,17 +190,29 @@ private:
     std::optional<FlatHealing> myHealing;
 };
 
+void Tell(const char* reason)
+{
+    internal::Reports::Add(internal::Report::Kind::LeftOut,
+                           std::string("what failed in the geometry kernel: ") + reason);
+}
+
 // A fault jumps back into this frame past everything below it, so it holds nothing that has a destructor.
 bool CatchFaults(const std::function<bool()>& work)
 {
     try {
         OCC_CATCH_SIGNALS
         return work();
-    } catch (const Standard_Failure&) {
-        return false;
+    } catch (const Standard_Failure& failure) {
+        const char* text = failure.GetMessageString();
+        Tell(text != nullptr && *text != 0 ? text : failure.DynamicType()->Name());
+    } catch (const std::bad_alloc&) {
+        Tell("there is not enough memory");
+    } catch (const std::exception& error) {
+        Tell(error.what());
     } catch (...) {
-        return false;
+        Tell("unknown");
     }
+    return false;
 }
 
 class Depth

@@ -4,8 +4,8 @@
 //
 //     Part21Writer out(sink);
 //     out.BeginFile(header);
-//     Ref point = out.Add("CARTESIAN_POINT", "", Xyz{0, 0, 12.5});         //
-//     #1=CARTESIAN_POINT('',(0.,0.,12.5)); Ref loop = out.Reserve(); // named before it is written
+//     Ref point = out.Add("CARTESIAN_POINT", "", Xyz{0, 0, 12.5});   // #1=CARTESIAN_POINT('',(0.,0.,12.5));
+//     Ref loop = out.Reserve();                                      // named before it is written
 //     out.AddAs(loop, "POLY_LOOP", "", std::array{point, other, third});
 //     bool ok = out.EndFile();
 #pragma once

@@ -56,8 +56,7 @@ private:
             static_cast<const STEP_ReaderParameters&>(parameters).PreferredBRepRepresentationType();
         ClearText text;
         if (!text.Load(std::move(bytes))) {
-            internal::Reports::Add(internal::Report::Kind::Refused, "not a clear text of ISO 10303-21");
-            return false;
+            return false; // with its reason
         }
         if (!ReadStepContent(text, fileName, myContent)) {
             internal::Reports::Add(internal::Report::Kind::Refused,

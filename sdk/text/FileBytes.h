@@ -9,7 +9,7 @@
 namespace cadex::text {
 
 /// Reads a regular file. False when there is none (a folder is none), when it is empty or cannot be read to
-/// its end.
+/// its end; the reason is then reported.
 bool ReadBytes(const std::filesystem::path& file, std::string& bytes);
 
 /// Name of the file without folder and extension.

@@ -1,9 +1,10 @@
 // What the open engine refused, left out or repaired while it read or wrote the last file, and why. The
 // library's own messages say that a file failed; these say what the engine knows about it.
 //
-//     Reports::Clear();
 //     reader.ReadFile(name); reader.Transfer(model); mesher.Compute(model);
 //     for (const Report& report : Reports::Take()) { ... report.text ... }
+//
+// Base_Reader::ReadFile and Base_Writer::Transfer begin a new list.
 //
 // The commercial SDK has no such header: guard its use with __has_include(<cadex/internal/Reports.hxx>).
 #pragma once
