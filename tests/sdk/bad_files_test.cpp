@@ -74,7 +74,7 @@ TEST(BadFiles, AreRefusedAndTheNextIsRead)
     {
         const char* name;
         std::string bytes;
-        bool isRead;
+        bool isRead; ///< what is sound beside the damage
     } Files[] = {
         {"empty.stp", "", false},
         {"cut.stp", step.substr(0, step.size() / 2), false},
@@ -83,9 +83,9 @@ TEST(BadFiles, AreRefusedAndTheNextIsRead)
         {"no_data.stp", "ISO-10303-21;\nHEADER;\nENDSEC;\nEND-ISO-10303-21;\n", false},
         {"nothing_in_it.stp", Structure(0, {}), false},
         {"dangling_reference.stp", Replaced(step, "VERTEX_POINT('',#", "VERTEX_POINT('',#9"), true},
-        {"same_number_twice.stp", Replaced(step, "#11 =", "#12 ="), false},
+        {"same_number_twice.stp", Replaced(step, "#11 =", "#12 ="), true},
         {"text_without_start.stp", Replaced(step, "ADVANCED_FACE('", "ADVANCED_FACE("), false},
-        {"record_in_a_record.stp", Replaced(step, "ADVANCED_FACE('',(", "ADVANCED_FACE('',(#1=X();"), false},
+        {"record_in_a_record.stp", Replaced(step, "ADVANCED_FACE('',(", "ADVANCED_FACE('',(#1=X();"), true},
         {"contains_itself.stp", Structure(1, {{1, 1}}), false},
         {"circle.stp", Structure(3, {{1, 2}, {2, 3}, {3, 2}}), false},
         {"circle_without_root.stp", Structure(2, {{1, 2}, {2, 1}}), false},
@@ -107,10 +107,7 @@ TEST(BadFiles, AreRefusedAndTheNextIsRead)
         WriteBytes(path, file.bytes);
         ModelData_Model model;
         const bool done = Import(path, model);
-        if (std::string(file.name) != "dangling_reference.stp" &&
-            std::string(file.name) != "lists_in_lists.stp") {
-            EXPECT_EQ(done, file.isRead) << file.name;
-        }
+        EXPECT_EQ(done, file.isRead) << file.name;
         EXPECT_EQ(model.NumberOfRoots() > 0, done) << file.name;
         ModelData_Model next;
         WriteBytes(folder.Path() / "good.stp", step);
