@@ -14,7 +14,6 @@
 
 #include <array>
 #include <bit>
-#include <compare>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -61,7 +60,8 @@ struct Uuid
     }
 
     constexpr bool IsNil() const { return *this == Uuid(); }
-    friend constexpr auto operator<=>(const Uuid&, const Uuid&) = default;
+    friend constexpr bool operator==(const Uuid&, const Uuid&) = default;
+    friend constexpr bool operator<(const Uuid& a, const Uuid& b) { return a.bytes < b.bytes; }
 };
 
 /// Type codes of chunks.

@@ -330,19 +330,20 @@ ModelData_Assembly ModelBuilder::AssemblyOf(const Layer& layer)
     const auto standing = myAssemblies.find(above);
     ModelData_Assembly parent = standing == myAssemblies.end() ? ModelData_Assembly() : standing->second;
     int depth = 0;
-    for (auto next = path.rbegin(); next != path.rend(); ++next) {
+    std::reverse(path.begin(), path.end());
+    for (const Layer* next : path) {
         if (++depth > DeepestLayer) {
-            myAssemblies.emplace(*next, parent);
+            myAssemblies.emplace(next, parent);
             continue;
         }
-        ModelData_Assembly assembly((*next)->name);
-        assembly.AddProperties(TableOf((*next)->strings));
+        ModelData_Assembly assembly(next->name);
+        assembly.AddProperties(TableOf(next->strings));
         if (parent.IsNull()) {
             myTops.push_back(assembly);
         } else {
             parent.AddInstance(ModelData_Instance(assembly, assembly.Name()));
         }
-        myAssemblies.emplace(*next, assembly);
+        myAssemblies.emplace(next, assembly);
         parent = assembly;
     }
     return myAssemblies.at(&layer);
