@@ -35,20 +35,6 @@ bool IsFinite(const gp_Pnt& point)
     return point.XYZ().SquareModulus() < LargestCoordinate * LargestCoordinate; // false for what is no number
 }
 
-CurveKind KindOf(const Geom_Curve& curve)
-{
-    if (curve.IsKind(STANDARD_TYPE(Geom_Line))) {
-        return CurveKind::Line;
-    }
-    if (curve.IsKind(STANDARD_TYPE(Geom_Circle))) {
-        return CurveKind::Circle;
-    }
-    if (curve.IsKind(STANDARD_TYPE(Geom_Ellipse))) {
-        return CurveKind::Ellipse;
-    }
-    return curve.IsKind(STANDARD_TYPE(Geom_BSplineCurve)) ? CurveKind::Spline : CurveKind::Other;
-}
-
 /// Parameter of the point of the curve between `first` and `last` that is nearest: samples, then Newton.
 double NearestParameter(const Geom_Curve& curve, const gp_Pnt& point, double first, double last)
 {
@@ -367,6 +353,20 @@ private:
 };
 
 } // namespace
+
+CurveKind KindOf(const Geom_Curve& curve)
+{
+    if (curve.IsKind(STANDARD_TYPE(Geom_Line))) {
+        return CurveKind::Line;
+    }
+    if (curve.IsKind(STANDARD_TYPE(Geom_Circle))) {
+        return CurveKind::Circle;
+    }
+    if (curve.IsKind(STANDARD_TYPE(Geom_Ellipse))) {
+        return CurveKind::Ellipse;
+    }
+    return curve.IsKind(STANDARD_TYPE(Geom_BSplineCurve)) ? CurveKind::Spline : CurveKind::Other;
+}
 
 Body MakeBody(const Description& description)
 {

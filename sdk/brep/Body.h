@@ -32,6 +32,8 @@ enum class CurveKind : std::uint8_t
     Other
 };
 
+CurveKind KindOf(const Geom_Curve& curve);
+
 /// A piece of a curve between two vertices, in the sense of the curve: first < last.
 struct BodyEdge
 {
