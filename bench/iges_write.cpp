@@ -88,7 +88,7 @@ bool WriteWithEngine(const occt::FacetGroup& mesh, const std::string& file)
 
 bool WriteWithKernel(const occt::FacetGroup& mesh, const std::string& file)
 {
-    return occt::RunGuarded(occt::EngineUse::Exchange, [&] {
+    return occt::RunGuarded(occt::EngineUse::Iges, [&] {
         occt::FacetedBRep facets;
         facets.groups.push_back(mesh);
         Handle(TDocStd_Document) document = new TDocStd_Document("BinXCAF");
@@ -103,7 +103,7 @@ bool WriteWithKernel(const occt::FacetGroup& mesh, const std::string& file)
 
 bool IsWhole(const std::string& file, std::size_t triangles, double& volume)
 {
-    return occt::RunGuarded(occt::EngineUse::Exchange, [&] {
+    return occt::RunGuarded(occt::EngineUse::Iges, [&] {
         IGESControl_Reader reader;
         if (reader.ReadFile(file.c_str()) != IFSelect_RetDone || reader.TransferRoots() != 1) {
             return false;

@@ -1,8 +1,8 @@
 # OpenCASCADE by library name. The distribution's own package file demands every component and libraries that
 # are no dependency of ours, so the toolkits are looked up one by one.
 #
-# Targets: OCCT::Geometry (kernel, B-rep, mass properties), OCCT::Mesh, OCCT::Exchange (STEP and IGES with
-# product structure). Each includes the ones before it.
+# Targets: OCCT::Geometry (kernel, B-rep, mass properties), OCCT::Mesh, OCCT::Iges; for tests and benchmarks
+# OCCT::Exchange (STEP and IGES with product structure). Each includes the ones before it.
 
 find_path(OCCT_INCLUDE_DIR Standard_Version.hxx PATH_SUFFIXES opencascade)
 
@@ -12,14 +12,15 @@ set(_occt_mesh TKMesh TKOffset TKFillet TKBool TKBO TKShHealing)
 find_library(OCCT_TKDESTEP_LIBRARY TKDESTEP)
 mark_as_advanced(OCCT_TKDESTEP_LIBRARY)
 if(OCCT_TKDESTEP_LIBRARY)
-    set(_occt_exchange TKDESTEP TKDEIGES TKXSBase TKXCAF TKCAF TKLCAF TKCDF)
+    set(_occt_iges TKDEIGES TKXSBase)
+    set(_occt_exchange TKDESTEP TKXCAF TKCAF TKLCAF TKCDF)
 else()
-    set(_occt_exchange TKXDESTEP TKXDEIGES TKSTEP TKSTEPAttr TKSTEP209 TKSTEPBase TKIGES TKXSBase TKXCAF TKCAF TKLCAF
-        TKCDF)
+    set(_occt_iges TKIGES TKXSBase)
+    set(_occt_exchange TKXDESTEP TKXDEIGES TKSTEP TKSTEPAttr TKSTEP209 TKSTEPBase TKXCAF TKCAF TKLCAF TKCDF)
 endif()
 
 set(_occt_missing "")
-foreach(group geometry mesh exchange)
+foreach(group geometry mesh iges exchange)
     foreach(toolkit ${_occt_${group}})
         find_library(OCCT_${toolkit}_LIBRARY ${toolkit})
         mark_as_advanced(OCCT_${toolkit}_LIBRARY)
@@ -44,6 +45,8 @@ if(OpenCASCADE_Toolkits_FOUND AND NOT TARGET OCCT::Geometry)
     target_link_libraries(OCCT::Geometry INTERFACE ${_occt_geometry_libraries})
     add_library(OCCT::Mesh INTERFACE IMPORTED)
     target_link_libraries(OCCT::Mesh INTERFACE ${_occt_mesh_libraries} OCCT::Geometry)
+    add_library(OCCT::Iges INTERFACE IMPORTED)
+    target_link_libraries(OCCT::Iges INTERFACE ${_occt_iges_libraries} OCCT::Mesh)
     add_library(OCCT::Exchange INTERFACE IMPORTED)
-    target_link_libraries(OCCT::Exchange INTERFACE ${_occt_exchange_libraries} OCCT::Mesh)
+    target_link_libraries(OCCT::Exchange INTERFACE ${_occt_exchange_libraries} OCCT::Iges)
 endif()

@@ -20,6 +20,7 @@ namespace cadex::brep {
 
 namespace {
 
+using mesh::FaceTriangles;
 using mesh::TriangleTables;
 using occt::AppearanceGroups;
 
@@ -44,13 +45,14 @@ public:
     {
     }
 
-    /// Of the solids, then of the sheets; sorted by groups.
-    std::vector<PlacedFace> Collect()
+    /// Of the solids, then of the sheets; sorted by groups. A solid has its material inside: shells that are
+    /// inside out are turned.
+    std::vector<PlacedFace> Collect(const BodyTessellation& body)
     {
         for (const Solid& solid : myDescription.solids) {
-            AddShell(solid.outer);
+            AddShellAround(solid.outer, body, false);
             for (const int shell : solid.voids) {
-                AddShell(shell);
+                AddShellAround(shell, body, true);
             }
         }
         for (const int shell : myDescription.sheets) {
@@ -69,6 +71,44 @@ public:
     const std::vector<ModelData_Appearance>& Appearances() const { return myGroups.All(); }
 
 private:
+    void AddShellAround(int number, const BodyTessellation& body, bool isVoid)
+    {
+        const std::size_t first = myFaces.size();
+        AddShell(number);
+        gp_XYZ origin;
+        bool hasOrigin = false;
+        double volume = 0;
+        for (std::size_t i = first; i < myFaces.size(); ++i) {
+            const FaceTriangles& face = body.TrianglesOf(myFaces[i].face);
+            if (face.triangles.empty()) {
+                return; // open: its volume tells nothing
+            }
+            if (!hasOrigin) {
+                origin = PointOf(face, face.triangles.front()[0]);
+                hasOrigin = true;
+            }
+            double own = 0;
+            for (const mesh::NodeTriangle& triangle : face.triangles) {
+                const gp_XYZ a = PointOf(face, triangle[0]) - origin;
+                const gp_XYZ b = PointOf(face, triangle[1]) - origin;
+                own += a.Crossed(b).Dot(PointOf(face, triangle[2]) - origin);
+            }
+            volume += myFaces[i].isTurned ? -own : own;
+        }
+        if (isVoid ? volume > 0 : volume < 0) {
+            for (std::size_t i = first; i < myFaces.size(); ++i) {
+                myFaces[i].isTurned = !myFaces[i].isTurned;
+            }
+        }
+    }
+
+    static gp_XYZ PointOf(const FaceTriangles& face, int number)
+    {
+        const auto node = static_cast<std::size_t>(number);
+        const ModelData_Point& point = face.points[face.pointOf.empty() ? node : face.pointOf[node]];
+        return {point.X(), point.Y(), point.Z()};
+    }
+
     void AddShell(int number)
     {
         const auto shell = static_cast<std::size_t>(number);
@@ -163,7 +203,7 @@ ModelData_PolyRepresentation DescribedBRep::Mesh(const occt::MeshTolerances& tol
 {
     const BodyTessellation body(myDescription, tolerances);
     FaceCollector collector(myDescription, mergeFaceSets);
-    const std::vector<PlacedFace> faces = collector.Collect();
+    const std::vector<PlacedFace> faces = collector.Collect(body);
     std::vector<TriangleTables> tables = Assembled(body, faces, collector.Appearances().size());
     AddKernelShapes(myDescription, tolerances, collector, tables);
     ModelData_PolyRepresentation result{initialized()};

@@ -276,7 +276,7 @@ bool Print(const Handle(IGESData_IGESModel) & model, std::ostream& stream)
 
 bool IgesWriterEngine::Transfer(const ModelData_Model& model, const Base_WriterParameters& parameters)
 {
-    return RunGuarded(EngineUse::Exchange, [&] {
+    return RunGuarded(EngineUse::Iges, [&] {
         myModel = new IGESData_IGESModel;
         FillHeader(*myModel, model, parameters);
         IgesModelBuilder builder(myModel, IgesUnitOf(parameters.LengthUnit()).millimetres);
@@ -287,7 +287,7 @@ bool IgesWriterEngine::Transfer(const ModelData_Model& model, const Base_WriterP
 
 bool IgesWriterEngine::WriteFile(const std::filesystem::path& file)
 {
-    return RunGuarded(EngineUse::Exchange, [&] {
+    return RunGuarded(EngineUse::Iges, [&] {
         const std::u8string name = file.filename().u8string();
         IGESData_GlobalSection header = myModel->GlobalSection();
         header.SetFileName(ToAscii(reinterpret_cast<const char*>(name.c_str())));

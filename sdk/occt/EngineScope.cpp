@@ -19,10 +19,8 @@
 #include <Message_Messenger.hxx>
 #include <Message_SequenceOfPrinters.hxx>
 #include <OSD.hxx>
-#include <STEPCAFControl_Controller.hxx>
 #include <Standard_ErrorHandler.hxx>
 #include <Standard_Failure.hxx>
-#include <XCAFDoc_ShapeTool.hxx>
 
 #include "sdk/occt/FlatHealing.h"
 
@@ -38,17 +36,12 @@ struct Setting
 };
 
 // NOTE: what the engine relies on when it reads or writes; the names are those of OpenCASCADE's user guides
-// of the STEP and IGES processors. Everything else keeps OpenCASCADE's default.
+// of the IGES processor. Everything else keeps OpenCASCADE's default.
 constexpr Setting ExchangeSettings[] = {
-    {"xstep.cascade.unit", "MM"},       {"read.precision.mode", "0"},
-    {"read.maxprecision.mode", "0"},    {"read.stdsameparameter.mode", "0"},
-    {"read.surfacecurve.mode", "0"},    {"read.step.product.mode", "1"},
-    {"read.step.product.context", "1"}, {"read.step.shape.repr", "1"},
-    {"read.step.assembly.level", "1"},  {"read.step.shape.relationship", "1"},
-    {"read.step.shape.aspect", "1"},    {"read.step.nonmanifold", "0"},
-    {"read.iges.onlyvisible", "0"},     {"read.iges.faulty.entities", "0"},
-    {"write.surfacecurve.mode", "1"},   {"write.iges.brep.mode", "0"},
-    {"write.iges.unit", "MM"},          {"write.step.unit", "MM"},
+    {"xstep.cascade.unit", "MM"},        {"read.precision.mode", "0"},     {"read.maxprecision.mode", "0"},
+    {"read.stdsameparameter.mode", "0"}, {"read.surfacecurve.mode", "0"},  {"read.iges.onlyvisible", "0"},
+    {"read.iges.faulty.entities", "0"},  {"write.surfacecurve.mode", "1"}, {"write.iges.brep.mode", "0"},
+    {"write.iges.unit", "MM"},
 };
 
 std::recursive_mutex& EngineLock()
@@ -61,15 +54,11 @@ std::recursive_mutex& EngineLock()
 std::vector<std::pair<std::string, std::string>>* savedSettings = nullptr;
 int depth = 0;
 
-// A controller takes a millisecond or more, so each is initialised when it is needed.
-void InitialiseControllers(EngineUse use)
+// The controller takes a millisecond or more, so it is initialised when it is needed.
+void InitialiseController(EngineUse use)
 {
-    static std::once_flag step;
     static std::once_flag iges;
-    if (use == EngineUse::Step || use == EngineUse::Exchange) {
-        std::call_once(step, [] { STEPCAFControl_Controller::Init(); });
-    }
-    if (use == EngineUse::Iges || use == EngineUse::Exchange) {
+    if (use == EngineUse::Iges) {
         std::call_once(iges, [] { IGESControl_Controller::Init(); });
     }
 }
@@ -160,12 +149,11 @@ private:
 class Settings
 {
 public:
-    explicit Settings(EngineUse use) : myAutoNaming(XCAFDoc_ShapeTool::AutoNaming())
+    explicit Settings(EngineUse use)
     {
         savedSettings = &mySaved;
-        XCAFDoc_ShapeTool::SetAutoNaming(false);
         if (use != EngineUse::Geometry) {
-            InitialiseControllers(use);
+            InitialiseController(use);
             for (const Setting& setting : ExchangeSettings) {
                 SetEngineSetting(setting.name, setting.value);
             }
@@ -178,7 +166,6 @@ public:
             Interface_Static::SetCVal(mySaved.back().first.c_str(), mySaved.back().second.c_str());
             mySaved.pop_back();
         }
-        XCAFDoc_ShapeTool::SetAutoNaming(myAutoNaming);
         savedSettings = nullptr;
     }
     Settings(const Settings&) = delete;
@@ -186,7 +173,6 @@ public:
 
 private:
     std::vector<std::pair<std::string, std::string>> mySaved;
-    const bool myAutoNaming;
     std::optional<FlatHealing> myHealing;
 };
 
@@ -232,7 +218,7 @@ bool RunGuarded(EngineUse use, const std::function<bool()>& work) noexcept
         const std::lock_guard<std::recursive_mutex> lock(EngineLock());
         const Depth nesting;
         if (depth > 1) {
-            InitialiseControllers(use);
+            InitialiseController(use);
             return CatchFaults(work);
         }
         const Silence silence;

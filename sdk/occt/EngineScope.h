@@ -2,7 +2,7 @@
 // process-wide, it throws exceptions that are no std::exception, and damaged input can make it dereference
 // null. Everything that the engine does with it runs inside RunGuarded:
 //
-//     bool ok = RunGuarded(EngineUse::Exchange, [&] { return Convert(document, model); });
+//     bool ok = RunGuarded(EngineUse::Iges, [&] { return Convert(document, model); });
 //
 // While the work runs, this thread holds the engine's lock, the settings that reading and writing depend on
 // have the engine's values, nothing is printed, and faults raised by the processor become failures.
@@ -18,9 +18,7 @@ namespace cadex::occt {
 enum class EngineUse
 {
     Geometry, ///< shapes, meshing, properties
-    Step,     ///< also STEP: its controller is initialised, the settings of reading and writing are set anew
-    Iges,     ///< also IGES, likewise
-    Exchange  ///< also both
+    Iges      ///< also IGES: its controller is initialised, the settings of reading and writing are set anew
 };
 
 /// Runs the work under the guard; calls may be nested on one thread. Returns the work's result, or false when

@@ -9,7 +9,7 @@ class TopoDS_Shape;
 namespace cadex::occt {
 
 /// While an object of this class lives, shapes whose faces are all planes and whose edges are all lines come
-/// out of the STEP and IGES translators as they were built; all others are healed as usual. Healing is about
+/// out of the IGES translator as they were built; all others are healed as usual. Healing is about
 /// half the time of an import, and on flat shapes it changes neither triangles nor volume. Process-wide:
 /// needs the engine's lock.
 class FlatHealing

@@ -79,6 +79,7 @@ StepBodyContent StepBodyReader::ReadItems(const std::vector<RecordId>& items)
     StepBodyContent content;
     Start(content, {});
     for (const RecordId item : items) {
+        myGeometry.StartItem();
         Keep(item, [&] { ReadItem(item, {}); });
     }
     Finish();
@@ -176,6 +177,9 @@ void StepBodyReader::ReadRepresentation(RecordId id, const Looks& looks)
         myGeometry.SetUnits(scale);
     }
     for (const RecordId item : items) {
+        if (myMapDepth == 0) {
+            myGeometry.StartItem();
+        }
         myGeometry.CountStep();
         if (const StepRecords::Record* found = myRecords.Text().Find(item); found == nullptr) {
             myContent->hasItems = true;

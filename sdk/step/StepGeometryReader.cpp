@@ -11,10 +11,11 @@ namespace cadex::step {
 
 namespace {
 
-// Times that a sound file goes over one of its records, on average: parts that are mapped are read anew for
+// Times that a sound item goes over one of the file's records, on average: what is mapped is read anew for
 // each use.
-constexpr std::size_t StepsPerRecord = 20;
-constexpr std::size_t StepsOfAnyFile = 1'000'000;
+constexpr std::size_t StepsPerRecord = 100;
+constexpr std::size_t StepsOfAnyItem = 100'000;
+constexpr std::size_t LeastSteps = 10'000;
 
 bool IsUsable(double value)
 {
@@ -24,13 +25,14 @@ bool IsUsable(double value)
 } // namespace
 
 StepGeometryReader::StepGeometryReader(const StepRecords& records)
-    : myRecords(records), myMaximalSteps(StepsPerRecord * records.Text().Count() + StepsOfAnyFile)
+    : myRecords(records), myMaximalSteps(StepsPerRecord * records.Text().Count() + StepsOfAnyItem)
 {
 }
 
 void StepGeometryReader::CountStep()
 {
     if (++mySteps > myMaximalSteps) {
+        myMaximalSteps = std::max(LeastSteps, myMaximalSteps / 4);
         throw Damaged("records that lead to each other without end");
     }
 }

@@ -107,8 +107,11 @@ public:
     /// A surface that stands for itself. Throws Unsupported for one without bounds.
     SurfacePatch Patch(RecordId id);
 
-    /// Counts one step of reading. Throws Damaged when there were more than any sound file needs: records
-    /// may refer to each other in a way that doubles the work with every level.
+    /// An item of a representation begins: what it may take is counted from here.
+    void StartItem() { mySteps = 0; }
+    /// Counts one step of reading. Throws Damaged when an item took more than any sound one needs: records
+    /// may refer to each other in a way that doubles the work with every level. Then the next ones may take
+    /// less.
     void CountStep();
 
     const StepRecords& Records() const { return myRecords; }

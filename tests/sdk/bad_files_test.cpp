@@ -166,15 +166,15 @@ TEST(EngineScope, TurnsEveryEndIntoFalseAndPutsTheProcessBack)
         [] { return *nowhere == 0; },
         [] { return Descend(0) > 0; },
 #endif
-        [] { return occt::RunGuarded(occt::EngineUse::Exchange, []() -> bool { throw 1; }); },
+        [] { return occt::RunGuarded(occt::EngineUse::Iges, []() -> bool { throw 1; }); },
     };
     for (const auto& end : Ends) {
-        EXPECT_EQ(occt::RunGuarded(occt::EngineUse::Exchange, end), &end == &Ends[0]);
+        EXPECT_EQ(occt::RunGuarded(occt::EngineUse::Iges, end), &end == &Ends[0]);
         EXPECT_EQ(before(SIGSEGV), SIG_IGN);
         EXPECT_STREQ(Interface_Static::CVal("xstep.cascade.unit"), "M");
         EXPECT_EQ(Message::DefaultMessenger()->Printers().Length(), printers);
     }
-    EXPECT_TRUE(occt::RunGuarded(occt::EngineUse::Exchange, [] {
+    EXPECT_TRUE(occt::RunGuarded(occt::EngineUse::Iges, [] {
         return std::string(Interface_Static::CVal("xstep.cascade.unit")) == "MM" &&
                Message::DefaultMessenger()->Printers().IsEmpty();
     }));

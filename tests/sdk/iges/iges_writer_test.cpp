@@ -90,7 +90,7 @@ void Measure(const TopoDS_Shape& shape, const Handle(XCAFDoc_ColorTool) & colors
 
 bool Read(const std::filesystem::path& file, ReadBack& result)
 {
-    return occt::RunGuarded(occt::EngineUse::Exchange, [&] {
+    return occt::RunGuarded(occt::EngineUse::Iges, [&] {
         Handle(TDocStd_Document) document = new TDocStd_Document("BinXCAF");
         IGESCAFControl_Reader reader;
         if (reader.ReadFile(file.string().c_str()) != IFSelect_RetDone || !reader.Transfer(document)) {

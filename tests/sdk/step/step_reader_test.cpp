@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "sdk/occt/EngineScope.h"
+#include "sdk/step/StepBodies.h"
 #include "sdk/step/StepFacets.h"
-#include "sdk/step/StepKernel.h"
 #include "tests/sdk/MeshModels.h"
 #include "tests/sdk/ReadModels.h"
 #include "tests/sdk/SeedFiles.h"
@@ -131,8 +131,8 @@ std::string ImportText(const std::string& text)
     return Import(folder.Path() / "file.stp", model) ? Outline::Of(model) : "not read";
 }
 
-// What one of the two sources of geometry makes of a text.
-std::string Through(const std::string& bytes, bool kernel)
+// What one of the two readers of bodies makes of a text.
+std::string Through(const std::string& bytes, bool described)
 {
     part21::ClearText text;
     step::StepContent content;
@@ -141,11 +141,11 @@ std::string Through(const std::string& bytes, bool kernel)
         return "refused";
     }
     bool done = false;
-    if (kernel) {
-        done = occt::RunGuarded(occt::EngineUse::Exchange, [&] {
-            step::StepKernel geometry;
-            return geometry.Read(text, content) && geometry.Transfer(STEP_ReaderParameters::All) &&
-                   step::BuildStepModel(content, geometry, model);
+    if (described) {
+        done = occt::RunGuarded(occt::EngineUse::Geometry, [&] {
+            step::StepBodies geometry;
+            geometry.Read(text, content, STEP_ReaderParameters::All);
+            return step::BuildStepModel(content, geometry, model);
         });
     } else {
         step::StepFacets geometry;
@@ -193,7 +193,7 @@ TEST(StepReader, InstancesCarryTheirOwnColours)
     EXPECT_THAT(outline, HasSubstr(" points\n")) << "the loose curve beside solid and face";
 }
 
-TEST(StepReader, FacetsAreWhatTheKernelMakesOfThem)
+TEST(StepReader, FacetsAreWhatTheirDescriptionsAre)
 {
     for (const bool inward : {false, true}) {
         for (const char* unit : {Millimetres, Inches}) {
@@ -209,9 +209,9 @@ TEST(StepReader, FacetsAreWhatTheKernelMakesOfThem)
                                   "      3 points"));
         }
     }
-    // A body of the kernel's own making, with shared edges and lines.
+    // A body with shared edges and lines.
     EXPECT_EQ(Through(StepSeeds()[2].bytes, false), Through(StepSeeds()[2].bytes, true));
-    // Faces with holes, curved ones and small polyhedra are the kernel's.
+    // Faces with holes, curved ones and small polyhedra are described.
     EXPECT_EQ(Through(StepSeeds()[0].bytes, false), "not read");
 }
 
