@@ -67,9 +67,40 @@ public:
                 Add(static_cast<const ModelData_PolyLineSet&>(set));
             }
         }
+        CountOpenEdges();
+    }
+
+    void CountOpenEdges()
+    {
         for (const auto& edge : myEdges) {
             myFacts.openEdges += edge.second != 0 ? 1 : 0;
         }
+    }
+
+    /// Gives its normal, twice as long as its area.
+    Vec AddTriangle(const std::array<ModelData_Point, 3>& p)
+    {
+        std::array<int, 3> place{};
+        for (std::size_t k = 0; k < 3; ++k) {
+            place[k] = PlaceOf(p[k]);
+            const Vec c = {p[k].X(), p[k].Y(), p[k].Z()};
+            for (std::size_t axis = 0; axis < 3; ++axis) {
+                myFacts.low[axis] = std::min(myFacts.low[axis], c[axis]);
+                myFacts.high[axis] = std::max(myFacts.high[axis], c[axis]);
+            }
+        }
+        const Vec normal = Cross(Minus(p[1], p[0]), Minus(p[2], p[0]));
+        myFacts.area += std::sqrt(Dot(normal, normal)) / 2;
+        myFacts.volume += Dot({p[0].X(), p[0].Y(), p[0].Z()}, normal) / 6;
+        ++myFacts.triangles;
+        for (std::size_t k = 0; k < 3; ++k) {
+            const int a = place[k];
+            const int b = place[(k + 1) % 3];
+            if (a != b) {
+                myEdges[std::minmax(a, b)] += a < b ? 1 : -1;
+            }
+        }
+        return normal;
     }
 
 private:
@@ -85,35 +116,14 @@ private:
     void Add(const ModelData_IndexedTriangleSet& set)
     {
         for (int face = 0; face < set.NumberOfFaces(); ++face) {
-            std::array<ModelData_Point, 3> p;
-            std::array<int, 3> place{};
-            for (int k = 0; k < 3; ++k) {
-                const auto i = static_cast<std::size_t>(k);
-                p[i] = set.Coordinate(face, k);
-                place[i] = PlaceOf(p[i]);
-                const Vec c = {p[i].X(), p[i].Y(), p[i].Z()};
-                for (std::size_t axis = 0; axis < 3; ++axis) {
-                    myFacts.low[axis] = std::min(myFacts.low[axis], c[axis]);
-                    myFacts.high[axis] = std::max(myFacts.high[axis], c[axis]);
-                }
-            }
-            const Vec normal = Cross(Minus(p[1], p[0]), Minus(p[2], p[0]));
-            myFacts.area += std::sqrt(Dot(normal, normal)) / 2;
-            myFacts.volume += Dot({p[0].X(), p[0].Y(), p[0].Z()}, normal) / 6;
-            ++myFacts.triangles;
+            const Vec normal =
+                AddTriangle({set.Coordinate(face, 0), set.Coordinate(face, 1), set.Coordinate(face, 2)});
             for (int k = 0; set.HasNormals() && k < 3; ++k) {
                 const ModelData_Vectorf n = set.VertexNormal(face, k);
                 const Vec given = {static_cast<double>(n.X()), static_cast<double>(n.Y()),
                                    static_cast<double>(n.Z())};
                 myFacts.normals.push_back(given);
                 myFacts.against += Dot(given, normal) < 0 ? 1 : 0;
-            }
-            for (std::size_t k = 0; k < 3; ++k) {
-                const int a = place[k];
-                const int b = place[(k + 1) % 3];
-                if (a != b) {
-                    myEdges[std::minmax(a, b)] += a < b ? 1 : -1;
-                }
             }
         }
     }
@@ -148,8 +158,26 @@ MeshFacts FileFacts(const std::string& path)
         facts.outline = Outline::Of(model);
     }
     for (const internal::Report& report : internal::Reports::Take()) {
-        facts.reports += report.text + " #" + std::to_string(report.record) + "\n";
+        if (report.kind == internal::Report::Kind::LeftOut ||
+            report.kind == internal::Report::Kind::Refused) {
+            facts.reports += report.text + " #" + std::to_string(report.record) + "\n";
+        }
     }
+    return facts;
+}
+
+MeshFacts TriangleFacts(const std::vector<double>& positions, const std::vector<int>& indices)
+{
+    MeshFacts facts;
+    Measure measure(facts);
+    const auto point = [&](std::size_t corner) {
+        const double* c = &positions[3 * static_cast<std::size_t>(indices[corner])];
+        return ModelData_Point(c[0], c[1], c[2]);
+    };
+    for (std::size_t i = 0; i + 2 < indices.size(); i += 3) {
+        measure.AddTriangle({point(i), point(i + 1), point(i + 2)});
+    }
+    measure.CountOpenEdges();
     return facts;
 }
 

@@ -25,9 +25,11 @@ struct MeshFacts
     std::array<double, 3> high{};
     std::vector<std::array<double, 3>> normals;
     std::string outline; ///< as Outline gives it
-    std::string reports; ///< what the engine reported, line by line
+    std::string reports; ///< what the engine refused or left out, line by line
 };
 
+/// Of triangles alone, as one part: three numbers a point, three points a triangle.
+MeshFacts TriangleFacts(const std::vector<double>& positions, const std::vector<int>& indices);
 /// Reads the text as a STEP file, with the importer's default tolerances.
 MeshFacts ImportFacts(const std::string& text);
 /// Reads the file.
