@@ -23,8 +23,10 @@ constexpr int Samples = 3;
 
 } // namespace
 
-FaceNormals::FaceNormals(const Surface& surface, const ParameterBox& box)
-    : mySurface(surface), mySign(IsElementary(surface.kind) && !surface.axes.Direct() ? -1 : 1)
+FaceNormals::FaceNormals(const Surface& surface, const SurfaceEvaluator& evaluator, const ParameterBox& box)
+    : mySurface(surface),
+      myEvaluator(evaluator),
+      mySign(IsElementary(surface.kind) && !surface.axes.Direct() ? -1 : 1)
 {
     if (IsElementary(surface.kind)) {
         return;
@@ -105,7 +107,7 @@ std::optional<gp_XYZ> FaceNormals::Derived(const gp_Pnt2d& place)
     gp_Pnt point;
     gp_Vec du;
     gp_Vec dv;
-    mySurface.D1(place, point, du, dv);
+    myEvaluator.D1(place, point, du, dv);
     const gp_XYZ normal = du.XYZ().Crossed(dv.XYZ());
     const double size = normal.Modulus();
     myLargest = std::max(myLargest, size);

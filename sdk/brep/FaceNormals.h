@@ -8,6 +8,7 @@
 
 #include "sdk/brep/FaceSteps.h"
 #include "sdk/brep/Surface.h"
+#include "sdk/brep/SurfaceEvaluator.h"
 
 namespace cadex::brep {
 
@@ -16,7 +17,8 @@ namespace cadex::brep {
 class FaceNormals
 {
 public:
-    FaceNormals(const Surface& surface, const ParameterBox& box);
+    /// The evaluator is of the same surface and must outlive the object.
+    FaceNormals(const Surface& surface, const SurfaceEvaluator& evaluator, const ParameterBox& box);
 
     /// A unit vector; none at a pole and where the surface has a cusp.
     std::optional<gp_XYZ> At(const gp_Pnt2d& place);
@@ -33,6 +35,7 @@ private:
     std::optional<gp_XYZ> Derived(const gp_Pnt2d& place);
 
     const Surface& mySurface;
+    const SurfaceEvaluator& myEvaluator;
     double mySign;
     double myLargest = 0;
 };

@@ -12,6 +12,7 @@
 
 #include "sdk/brep/FaceNormals.h"
 #include "sdk/brep/FaceSteps.h"
+#include "sdk/brep/SurfaceEvaluator.h"
 #include "sdk/brep/SurfaceProjection.h"
 #include "sdk/mesh/Delaunay.h"
 
@@ -136,7 +137,7 @@ class Tessellation
 {
 public:
     Tessellation(const Body& body, const EdgeDiscretisation& edges, const ResolvedFace& face)
-        : myBody(body), myEdges(edges), myFace(face), mySurface(*face.surface)
+        : myBody(body), myEdges(edges), myFace(face), mySurface(*face.surface), myEvaluator(mySurface)
     {
     }
 
@@ -147,6 +148,7 @@ public:
         if (!AreLoopsClosed()) {
             return {};
         }
+        mySurfaceNormals.emplace(mySurface, myEvaluator, myBox);
         AddLoops();
         if (!TriangulateSmall() && !Triangulate()) {
             return {};
@@ -424,7 +426,7 @@ private:
         const int node = myDelaunay.Insert(Scaled(place), clearance, near);
         if (node != Delaunay::None) {
             AddNode(place, -1 - static_cast<int>(myMesh.ownPoints.size()));
-            myMesh.ownPoints.push_back(mySurface.Value(place));
+            myMesh.ownPoints.push_back(myEvaluator.Value(place));
         }
         return node;
     }
@@ -434,15 +436,14 @@ private:
     /// Adds the middle of each side that leaves the surface, or along which it turns too far.
     void Refine()
     {
-        FaceNormals normals(mySurface, myBox);
         std::vector<Delaunay::InnerSide> sides = myDelaunay.InnerSides();
         for (std::size_t i = 0; i < sides.size() && myPlaces.size() < MostNodes; ++i) {
             const Delaunay::InnerSide side = sides[i];
             if (!myDelaunay.IsInnerSide(side)) {
                 continue;
             }
-            const gp_Pnt2d middle = MiddleOf(side, normals);
-            if (IsTooCoarse(side, middle, normals)) {
+            const gp_Pnt2d middle = MiddleOf(side);
+            if (IsTooCoarse(side, middle)) {
                 const int node = AddInnerNode(middle, MiddleClearance, side.from);
                 if (node != Delaunay::None) {
                     myDelaunay.InnerSidesAt(node, sides);
@@ -452,19 +453,19 @@ private:
     }
 
     /// A side that ends in a pole comes to it along a line of the surface, from whichever place.
-    gp_Pnt2d MiddleOf(const Delaunay::InnerSide& side, const FaceNormals& normals) const
+    gp_Pnt2d MiddleOf(const Delaunay::InnerSide& side) const
     {
         gp_Pnt2d from = myPlaces[static_cast<std::size_t>(side.from)];
         gp_Pnt2d to = myPlaces[static_cast<std::size_t>(side.to)];
-        if (const Pole* pole = normals.PoleOf(from)) {
+        if (const Pole* pole = mySurfaceNormals->PoleOf(from)) {
             from.SetCoord(2 - pole->fixed, to.Coord(2 - pole->fixed));
-        } else if (const Pole* other = normals.PoleOf(to)) {
+        } else if (const Pole* other = mySurfaceNormals->PoleOf(to)) {
             to.SetCoord(2 - other->fixed, from.Coord(2 - other->fixed));
         }
         return Middle(from, to);
     }
 
-    bool IsTooCoarse(const Delaunay::InnerSide& side, const gp_Pnt2d& place, FaceNormals& normals)
+    bool IsTooCoarse(const Delaunay::InnerSide& side, const gp_Pnt2d& place)
     {
         const auto from = static_cast<std::size_t>(side.from);
         const auto to = static_cast<std::size_t>(side.to);
@@ -474,27 +475,33 @@ private:
         if (square < SmallestSide * myLimit) {
             return false;
         }
-        const gp_XYZ middle = mySurface.Value(place).XYZ();
+        const gp_XYZ middle = myEvaluator.Value(place).XYZ();
         if (SquareOff(start, end, square, middle) > myLimit) {
             return true;
         }
         if (!mySteps.needsGrid || square < SmallestTurnSide * myLimit) {
             return false;
         }
-        const std::optional<gp_XYZ> a = normals.At(myPlaces[from]);
-        const std::optional<gp_XYZ> b = normals.At(myPlaces[to]);
-        return a && b && a->Dot(*b) < std::cos(std::min(TurnSlack * myEdges.Tolerances().angle, M_PI));
+        const gp_XYZ a = NormalOf(from);
+        const gp_XYZ b = NormalOf(to);
+        return a.SquareModulus() > 0 && b.SquareModulus() > 0 &&
+               a.Dot(b) < std::cos(std::min(TurnSlack * myEdges.Tolerances().angle, M_PI));
+    }
+
+    /// Of the surface at a node; zero where there is none. Found once, in the nodes' order.
+    const gp_XYZ& NormalOf(std::size_t node)
+    {
+        while (myNormals.size() <= node) {
+            myNormals.push_back(mySurfaceNormals->At(myPlaces[myNormals.size()]).value_or(gp_XYZ()));
+        }
+        return myNormals[node];
     }
 
     /// Lets triangles lie along the surface where the distances in its parameters say otherwise: near poles,
     /// across folds, along rulings.
     void TurnSides()
     {
-        FaceNormals normals(mySurface, myBox);
-        myNormals.reserve(myPlaces.size());
-        for (const gp_Pnt2d& place : myPlaces) {
-            myNormals.push_back(normals.At(place).value_or(gp_XYZ()));
-        }
+        NormalOf(myPlaces.size() - 1);
         const double enough = std::cos(myEdges.Tolerances().angle / 2);
         myDelaunay.TurnSides([&](const Delaunay::Diagonal& side) {
             const double now =
@@ -564,14 +571,13 @@ private:
     {
         DropPointTriangles();
         const double sign = myFace.forward ? 1 : -1;
-        FaceNormals normals(mySurface, myBox);
         if (mySurface.kind == SurfaceKind::Plane) {
-            myMesh.normals = {ToFloat(*normals.At({0, 0}) * sign)};
+            myMesh.normals = {ToFloat(NormalOf(0) * sign)};
         } else {
             for (const gp_XYZ& normal : myNormals) {
                 myMesh.normals.push_back(ToFloat(normal * sign));
             }
-            AddLimits(normals, sign);
+            AddLimits(sign);
         }
         if (!myFace.forward) {
             for (Triangle& triangle : myMesh.triangles) {
@@ -591,7 +597,7 @@ private:
     }
 
     /// At a pole each triangle has a node, and a normal, of its own.
-    void AddLimits(FaceNormals& normals, double sign)
+    void AddLimits(double sign)
     {
         const ModelData_Vectorf none;
         for (Triangle& triangle : myMesh.triangles) {
@@ -606,7 +612,7 @@ private:
                     continue;
                 }
                 const std::optional<gp_XYZ> limit =
-                    normals.LimitAt(myPlaces[node], Middle(myPlaces[next], myPlaces[last]));
+                    mySurfaceNormals->LimitAt(myPlaces[node], Middle(myPlaces[next], myPlaces[last]));
                 if (limit) {
                     triangle[k] = static_cast<int>(myMesh.points.size());
                     myMesh.points.push_back(myMesh.points[node]);
@@ -620,6 +626,8 @@ private:
     const EdgeDiscretisation& myEdges;
     const ResolvedFace& myFace;
     const Surface& mySurface;
+    const SurfaceEvaluator myEvaluator;
+    std::optional<FaceNormals> mySurfaceNormals;
     FaceMesh myMesh;
     Delaunay myDelaunay;
     std::vector<EdgePolyline> myOwnLines;
