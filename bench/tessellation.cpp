@@ -144,7 +144,7 @@ TopoDS_Shape Drilled()
 void CompareFile(const std::string& path)
 {
     TopoDS_Shape shape;
-    occt::RunGuarded(occt::EngineUse::Step, [&] {
+    occt::RunGuarded(occt::EngineUse::Geometry, [&] {
         STEPControl_Reader reader;
         if (reader.ReadFile(path.c_str()) == IFSelect_RetDone && reader.TransferRoots() > 0) {
             shape = reader.OneShape();
