@@ -135,7 +135,8 @@ TopoDS_Shape Drilled()
 {
     TopoDS_Shape block = BRepPrimAPI_MakeBox(100, 100, 10).Shape();
     for (int i = 0; i < 25; ++i) {
-        const gp_Ax2 axis(gp_Pnt(10 + 20 * (i % 5), 10 + 20 * (i / 5), -1), gp_Dir(0, 0, 1));
+        const int row = i / 5;
+        const gp_Ax2 axis(gp_Pnt(10 + 20 * (i % 5), 10 + 20 * row, -1), gp_Dir(0, 0, 1));
         block = BRepAlgoAPI_Cut(block, BRepPrimAPI_MakeCylinder(axis, 6, 20).Shape()).Shape();
     }
     return block;
