@@ -229,7 +229,7 @@ private:
         Cursor bounds = arguments;
         arguments.Skip();
         if (!bounds.EnterList() || !ReadBound(bounds.Reference()) || bounds.More()) {
-            return false; // a face with holes is the kernel's
+            return false; // a face with holes is described
         }
         if (hasSurface) {
             ModelData_Point normal;

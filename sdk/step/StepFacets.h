@@ -8,13 +8,13 @@
 namespace cadex::step {
 
 /// Faceted B-reps and shells with polygonal loops, bodies of very many faces that are all triangles between
-/// straight edges, and polylines become triangles and points without a shape of the kernel, which takes a
-/// hundred times as long and twenty kilobytes for every facet. What they give is what the kernel gives: same
+/// straight edges, and polylines become triangles and points without a description of their faces, which
+/// takes several times as long and as much memory. What they give is what the description gives: same
 /// triangles, winding, colours and volume.
 class StepFacets : public StepGeometry
 {
 public:
-    /// False when the file holds anything else, or nothing: then the kernel reads it. The text may go
+    /// False when the file holds anything else, or nothing: then StepBodies reads it. The text may go
     /// afterwards.
     bool Read(const ClearText& text, const StepContent& content);
 

@@ -24,7 +24,7 @@ struct StepBody
     Base_UTF16String name;
 };
 
-/// Where the geometry comes from: the kernel, or the facets that the text gives.
+/// Where the geometry comes from: the bodies that the text describes, or the facets that it gives.
 class StepGeometry
 {
 public:

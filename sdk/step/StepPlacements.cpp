@@ -170,28 +170,4 @@ std::optional<std::vector<ModelData_Transformation>> StepPlacements::ReadAll()
     return placements;
 }
 
-bool StepPlacements::AssembliesHoldAxesOnly() const
-{
-    std::vector<RecordId> items;
-    for (const StepProduct& product : myStructure.products) {
-        for (const RecordId id : product.representations) {
-            const ClearText::Record* representation = product.instances.empty() ? nullptr : myText.Find(id);
-            if (representation == nullptr) {
-                continue;
-            }
-            Cursor arguments = myText.Arguments(*representation);
-            arguments.Skip();
-            items.clear();
-            arguments.References(items);
-            for (const RecordId item : items) {
-                const ClearText::Record* record = myText.Find(item);
-                if (record == nullptr || !myText.Is(*record, "AXIS2_PLACEMENT_3D")) {
-                    return false;
-                }
-            }
-        }
-    }
-    return true;
-}
-
 } // namespace cadex::step

@@ -31,10 +31,6 @@ public:
     /// Those of all instances; nothing when one is missing.
     std::optional<std::vector<ModelData_Transformation>> ReadAll();
 
-    /// True when nothing but axes stands in the representations of the products that are assembled: they have
-    /// no geometry of their own.
-    bool AssembliesHoldAxesOnly() const;
-
 private:
     double UnitOf(RecordId representation);
 
