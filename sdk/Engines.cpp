@@ -1,5 +1,6 @@
 // Puts the engines of this build together. Explicit calls, since a linker may drop what only registers
 // itself.
+#include "sdk/acis/AcisEngines.h"
 #include "sdk/iges/IgesEngines.h"
 #include "sdk/model/EngineRegistry.h"
 #include "sdk/rhino/RhinoEngines.h"
@@ -13,6 +14,7 @@ namespace internal {
 
 void RegisterEngines(EngineRegistry& registry)
 {
+    RegisterAcisEngines(registry);
     RegisterRhinoEngines(registry);
     RegisterStepEngines(registry);
     RegisterIgesEngines(registry);

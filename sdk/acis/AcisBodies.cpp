@@ -1,0 +1,699 @@
+#include "sdk/acis/AcisBodies.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <unordered_map>
+
+#include <BndLib_AddSurface.hxx>
+#include <Bnd_Box.hxx>
+#include <GeomAdaptor_Surface.hxx>
+#include <Geom_BSplineSurface.hxx>
+#include <Geom_ConicalSurface.hxx>
+#include <Geom_SphericalSurface.hxx>
+#include <Geom_ToroidalSurface.hxx>
+#include <Standard_Failure.hxx>
+
+#include "sdk/acis/AcisGeometry.h"
+#include "sdk/model/AppearanceCache.h"
+#include "sdk/text/PlainText.h"
+
+namespace cadex::acis {
+
+namespace {
+
+std::size_t At(int index)
+{
+    return static_cast<std::size_t>(index);
+}
+
+/// What attributes say of their owners.
+class AttributeTable
+{
+public:
+    explicit AttributeTable(const Records& records) : myRecords(records)
+    {
+        for (std::size_t i = 0; i < records.Size(); ++i) {
+            if (records.Base(i) == "attrib") {
+                Add(i);
+            }
+        }
+    }
+
+    /// Null when the owner has none.
+    ModelData_Appearance LookOf(int owner)
+    {
+        const auto found = myColours.find(owner);
+        return found == myColours.end() ? ModelData_Appearance() : myLooks.Of(found->second);
+    }
+
+    /// The text under a key that is a name; all others become properties.
+    void Describe(int owner, FileBody& body) const
+    {
+        const auto range = myTexts.equal_range(owner);
+        std::vector<std::pair<std::size_t, std::pair<Base_UTF16String, Base_UTF16String>>> found;
+        for (auto text = range.first; text != range.second; ++text) {
+            found.push_back(text->second);
+        }
+        std::sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+        for (auto& [record, entry] : found) {
+            if (body.name.IsEmpty() && IsName(entry.first.ToUTF8())) {
+                body.name = entry.second;
+            } else {
+                body.properties.push_back(std::move(entry));
+            }
+        }
+    }
+
+private:
+    static bool IsName(std::string key)
+    {
+        std::transform(key.begin(), key.end(), key.begin(),
+                       [](unsigned char c) { return static_cast<char>(c < 0x80 ? std::tolower(c) : c); });
+        return key.size() >= 4 && key.compare(key.size() - 4, 4, "name") == 0;
+    }
+
+    void Add(std::size_t record)
+    {
+        Fields fields = myRecords.All(record);
+        fields.Skip(1);
+        while (fields.IsNumber()) {
+            fields.Skip(1);
+        }
+        fields.Skip(2); // the attributes before and behind
+        const int owner = fields.Pointer();
+        if (owner == None) {
+            return;
+        }
+        const std::string_view kind = myRecords.Kind(record);
+        if (kind == "rgb_color" && fields.Left() >= 3) {
+            fields.Skip(fields.Left() - 3);
+            const auto red = static_cast<float>(fields.Number());
+            const auto green = static_cast<float>(fields.Number());
+            AddColour(owner, red, green, static_cast<float>(fields.Number()));
+        } else if (kind == "truecolor" && !fields.AtEnd()) {
+            fields.Skip(fields.Left() - 1);
+            const double value = fields.Number();
+            if (std::abs(value) < 1e10) {
+                const auto bits = static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
+                const auto part = [&](int shift) { return static_cast<float>(bits >> shift & 255) / 255.F; };
+                AddColour(owner, part(16), part(8), part(0));
+            }
+        } else if (myRecords.Type(record).find("name_attrib-gen-attrib") != std::string_view::npos) {
+            AddText(record, owner, fields);
+        }
+    }
+
+    void AddColour(int owner, float red, float green, float blue)
+    {
+        if (red >= 0 && red <= 1 && green >= 0 && green <= 1 && blue >= 0 && blue <= 1) {
+            myColours[owner] = internal::Colour{red, green, blue, 1};
+        }
+    }
+
+    /// A key and a value end the record, behind switches.
+    void AddText(std::size_t record, int owner, const Fields& fields)
+    {
+        std::size_t last = fields.Position() + fields.Left();
+        const std::string_view value = LastText(fields.Position(), last);
+        const std::string_view key = LastText(fields.Position(), last);
+        if (!key.empty()) {
+            myTexts.emplace(owner, std::pair(record, std::pair(TextOf(key), TextOf(value))));
+        }
+    }
+
+    /// The text that ends in front of the field `last`, which becomes its own beginning; empty when there is
+    /// none. Before version 7 the length of a text is a field of its own, and its words are fields.
+    std::string_view LastText(std::size_t first, std::size_t& last) const
+    {
+        if (last > first && myRecords.IsString(last - 1)) {
+            return myRecords.Field(--last);
+        }
+        if (last < first + 2 || myRecords.Head().version >= 700) {
+            return {};
+        }
+        const char* end = myRecords.Field(last - 1).data() + myRecords.Field(last - 1).size();
+        for (std::size_t i = last - 1; i > first; --i) {
+            const char* begin = myRecords.Field(i).data();
+            const std::string_view text(begin, static_cast<std::size_t>(end - begin));
+            if (myRecords.Field(i - 1) == std::to_string(text.size())) {
+                last = i - 1;
+                return text;
+            }
+        }
+        return {};
+    }
+
+    const Records& myRecords;
+    internal::AppearanceCache myLooks;
+    std::unordered_map<int, internal::Colour> myColours;
+    std::unordered_multimap<int, std::pair<std::size_t, std::pair<Base_UTF16String, Base_UTF16String>>>
+        myTexts; ///< with the record, for the order
+};
+
+/// The fields of a face that are used.
+struct FileFace
+{
+    int record = None;
+    int loop = None;
+    int shell = None;
+    int surface = None;
+    bool isReversed = false;
+    bool isDouble = false;
+};
+
+/// The records of one body.
+struct Members
+{
+    std::vector<FileFace> faces;
+    std::vector<int> wireCoedges;
+};
+
+/// Describes the faces and wires of one body.
+class BodyDescriber
+{
+public:
+    BodyDescriber(const Records& records, GeometryReader& geometry, AttributeTable& attributes,
+                  std::vector<bool>& seen, FileBody& body)
+        : myRecords(records),
+          myGeometry(geometry),
+          myAttributes(attributes),
+          mySeen(seen),
+          myBody(body),
+          myTarget(body.description)
+    {
+    }
+
+    void Describe(const Members& members)
+    {
+        for (const FileFace& face : members.faces) {
+            AddFace(face);
+        }
+        for (const int coedge : members.wireCoedges) {
+            AddWireEdge(coedge);
+        }
+        FinishShells();
+    }
+
+private:
+    struct EdgeEntry
+    {
+        int index = brep::None;
+        bool isAligned = true;     ///< runs as the file's edge
+        bool isDegenerate = false; ///< a point
+        int vertex = brep::None;   ///< of a point
+    };
+    struct ShellEntry
+    {
+        int lump = None;
+        bool isSingle = true;
+        bool isWhole = true;
+    };
+
+    bool Is(int record, std::string_view base) const
+    {
+        return record != None && myRecords.Base(At(record)) == base;
+    }
+
+    /// True only the first time.
+    bool See(int record)
+    {
+        const bool isNew = !mySeen[At(record)];
+        mySeen[At(record)] = true;
+        return isNew;
+    }
+
+    int VertexOf(int record)
+    {
+        const auto [place, isNew] = myVertices.try_emplace(record, brep::None);
+        if (!isNew || !Is(record, "vertex")) {
+            return place->second;
+        }
+        Fields fields = myRecords.Own(At(record));
+        int point = None;
+        while (!fields.AtEnd()) { // the last pointer; versions differ in what stands before it
+            if (fields.IsPointer()) {
+                const int target = fields.Pointer();
+                point = target != None && myRecords.Type(At(target)) == "point" ? target : point;
+            } else {
+                fields.Skip(1);
+            }
+        }
+        if (const auto place3d = myGeometry.PointOf(point)) {
+            place->second = myTarget.AddVertex(*place3d);
+        }
+        return place->second;
+    }
+
+    const EdgeEntry& EdgeOf(int record)
+    {
+        const auto [place, isNew] = myEdges.try_emplace(record);
+        if (isNew && Is(record, "edge")) {
+            place->second = ReadEdge(record);
+        }
+        return place->second;
+    }
+
+    EdgeEntry ReadEdge(int record)
+    {
+        EdgeEntry entry;
+        Fields fields = myRecords.Own(At(record));
+        const int start = VertexOf(fields.Pointer());
+        const double first = fields.IsNumber() ? fields.Number() : 0;
+        const int end = VertexOf(fields.Pointer());
+        const double last = fields.IsNumber() ? fields.Number() : 0;
+        fields.Skip(1); // a coedge
+        const int curveRecord = fields.Pointer();
+        const bool isReversed = fields.IsReversed();
+        if (start == brep::None || end == brep::None) {
+            return entry;
+        }
+        const Curve& curve = myGeometry.CurveOf(curveRecord);
+        if (curve.curve.IsNull()) {
+            entry.isDegenerate = curveRecord == None && start == end;
+            entry.vertex = start;
+            if (curveRecord == None && start != end) {
+                entry.index = myTarget.AddLine(start, end);
+            }
+            return entry;
+        }
+        const double factor = isReversed ? -curve.factor : curve.factor;
+        entry.isAligned = factor > 0;
+        brep::Edge edge;
+        edge.curve = curve.curve;
+        edge.start = entry.isAligned ? start : end;
+        edge.end = entry.isAligned ? end : start;
+        edge.record = At(record);
+        SetRange(edge, factor * first, factor * last);
+        entry.index = myTarget.AddEdge(std::move(edge));
+        return entry;
+    }
+
+    /// Takes the file's parameters where they lead to the vertices; else the builder finds some.
+    void SetRange(brep::Edge& edge, double first, double last)
+    {
+        const double near = 1e-3 * std::max(1., myRecords.Head().millimetres);
+        if (first > last) {
+            std::swap(first, last);
+        }
+        if (!std::isfinite(first) || !std::isfinite(last) || !(last > first)) {
+            return;
+        }
+        brep::Vertex& start = myTarget.vertices[At(edge.start)];
+        brep::Vertex& end = myTarget.vertices[At(edge.end)];
+        const double slack = 1e-9 * std::max(1., last - first);
+        const double low = edge.curve->FirstParameter();
+        const double high = edge.curve->LastParameter();
+        const auto clamp = [&](double value) {
+            return std::abs(value - low) < slack ? low : std::abs(value - high) < slack ? high : value;
+        };
+        first = clamp(first);
+        last = clamp(last);
+        const double atStart = edge.curve->Value(first).Distance(start.point);
+        const double atEnd = edge.curve->Value(last).Distance(end.point);
+        if (!(atStart < near) || !(atEnd < near)) {
+            return;
+        }
+        edge.first = first;
+        edge.last = last;
+        start.tolerance = std::max(start.tolerance, atStart);
+        end.tolerance = std::max(end.tolerance, atEnd);
+        edge.tolerance = std::max({edge.tolerance, atStart, atEnd});
+    }
+
+    void AddFace(const FileFace& source)
+    {
+        brep::Face face;
+        const Surface& surface = myGeometry.SurfaceOf(source.surface);
+        Handle(Geom_Surface) geometry = surface.surface;
+        const auto shell = myShells.find(source.shell);
+        bool isSound = (!geometry.IsNull() || surface.cone) && AddLoops(source, surface, face);
+        int number = brep::None;
+        if (isSound && surface.cone) {
+            geometry = ConeOf(*surface.cone, face);
+            isSound = !geometry.IsNull();
+        }
+        if (isSound && face.loops.empty()) {
+            isSound = IsBounded(geometry);
+        }
+        const int shellNumber = shell != myShells.end() ? shell->second : AddShell(source.shell);
+        ShellEntry& entry = myShellEntries[At(shellNumber)];
+        entry.isSingle = entry.isSingle && !source.isDouble;
+        if (!isSound) {
+            entry.isWhole = false;
+            ++myBody.lostFaces;
+            return;
+        }
+        if (surface.cone) {
+            number = myTarget.AddSurface(geometry);
+        } else {
+            const auto [known, isNew] = mySurfaces.try_emplace(source.surface, brep::None);
+            if (isNew) {
+                known->second = myTarget.AddSurface(geometry);
+            }
+            number = known->second;
+        }
+        face.surface = number;
+        face.sameSense = source.isReversed == surface.isReversed;
+        face.appearance = myAttributes.LookOf(source.record);
+        face.record = At(source.record);
+        const int index = myTarget.AddFace(std::move(face));
+        myTarget.shells[At(shellNumber)].faces.push_back({index, true});
+    }
+
+    static bool IsBounded(const Handle(Geom_Surface) & surface)
+    {
+        return surface->IsKind(STANDARD_TYPE(Geom_SphericalSurface)) ||
+               surface->IsKind(STANDARD_TYPE(Geom_ToroidalSurface)) ||
+               surface->IsKind(STANDARD_TYPE(Geom_BSplineSurface));
+    }
+
+    bool AddLoops(const FileFace& source, const Surface& surface, brep::Face& face)
+    {
+        for (int loop = source.loop; loop != None;) {
+            if (!Is(loop, "loop") || !See(loop)) {
+                return false;
+            }
+            Fields fields = myRecords.Own(At(loop));
+            loop = fields.Pointer();
+            if (!AddLoop(fields.Pointer(), surface, face)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    /// Edges that are points are left out. A loop of nothing else stands at the apex of a cone or a pole of
+    /// a sphere; elsewhere it says nothing.
+    bool AddLoop(int firstCoedge, const Surface& surface, brep::Face& face)
+    {
+        brep::Loop loop;
+        int vertex = brep::None;
+        int coedge = firstCoedge;
+        do {
+            if (!Is(coedge, "coedge") || !See(coedge)) {
+                return false;
+            }
+            Fields fields = myRecords.Own(At(coedge));
+            coedge = fields.Pointer();
+            fields.Skip(2); // the coedge before, the partner
+            const EdgeEntry& edge = EdgeOf(fields.Pointer());
+            const bool isReversed = fields.IsReversed();
+            if (edge.isDegenerate) {
+                vertex = edge.vertex;
+            } else if (edge.index != brep::None) {
+                loop.uses.push_back({edge.index, isReversed != edge.isAligned, {}});
+            } else {
+                return false;
+            }
+        } while (coedge != firstCoedge);
+        const bool hasPoles =
+            !surface.surface.IsNull() && (surface.surface->IsKind(STANDARD_TYPE(Geom_ConicalSurface)) ||
+                                          surface.surface->IsKind(STANDARD_TYPE(Geom_SphericalSurface)));
+        if (!loop.uses.empty()) {
+            face.loops.push_back(std::move(loop));
+        } else if (hasPoles) {
+            face.loops.push_back({{}, vertex});
+        }
+        return true;
+    }
+
+    /// The part of an elliptic cone that the edges of a face need.
+    Handle(Geom_Surface) ConeOf(const EllipticCone& cone, const brep::Face& face) const
+    {
+        constexpr int Samples = 8;
+        double lowest = 0;
+        double highest = 0;
+        bool isFirst = true;
+        const auto add = [&](const gp_Pnt& point) {
+            const double height = gp_Vec(cone.axes.Location(), point).Dot(gp_Vec(cone.axes.Direction()));
+            lowest = isFirst ? height : std::min(lowest, height);
+            highest = isFirst ? height : std::max(highest, height);
+            isFirst = false;
+        };
+        for (const brep::Loop& loop : face.loops) {
+            for (const brep::EdgeUse& use : loop.uses) {
+                const brep::Edge& edge = myTarget.edges[At(use.edge)];
+                add(myTarget.vertices[At(edge.start)].point);
+                add(myTarget.vertices[At(edge.end)].point);
+                for (int i = 1; i < Samples && !edge.curve.IsNull(); ++i) {
+                    add(edge.curve->Value(edge.first + (edge.last - edge.first) * i / Samples));
+                }
+            }
+        }
+        if (face.loops.size() < 2) { // closed by its apex
+            add(cone.axes.Location().Translated(gp_Vec(cone.axes.Direction()) *
+                                                (-cone.radius / std::tan(cone.angle))));
+        }
+        try {
+            return MakeSurface(cone, lowest, highest);
+        } catch (const Standard_Failure&) {
+            return {};
+        }
+    }
+
+    int AddShell(int record)
+    {
+        const int index = myTarget.AddShell({});
+        myShells.emplace(record, index);
+        ShellEntry entry;
+        if (Is(record, "shell")) {
+            Fields fields = myRecords.Own(At(record));
+            fields.Skip(4); // the next shell, subshell, face, wire
+            entry.lump = fields.Pointer();
+        }
+        myShellEntries.push_back(entry);
+        return index;
+    }
+
+    void AddWireEdge(int coedge)
+    {
+        Fields fields = myRecords.Own(At(coedge));
+        fields.Skip(3);
+        const int record = fields.Pointer();
+        const EdgeEntry& edge = EdgeOf(record);
+        if (edge.index == brep::None || !See(record)) {
+            return;
+        }
+        ModelData_Appearance look = myAttributes.LookOf(record);
+        myTarget.curves.push_back({edge.index, std::move(look)});
+    }
+
+    /// Shells whose faces have a side of material and hang together bound solids; others are sheets.
+    void FinishShells()
+    {
+        std::vector<int> uses(myTarget.edges.size());
+        std::unordered_map<int, std::vector<int>> solids; // shells by lump
+        std::vector<int> lumps;
+        for (std::size_t i = 0; i < myTarget.shells.size(); ++i) {
+            brep::Shell& shell = myTarget.shells[i];
+            if (shell.faces.empty()) {
+                continue;
+            }
+            const auto forEachUse = [&](const auto& visit) {
+                for (const brep::FaceUse& face : shell.faces) {
+                    for (const brep::Loop& loop : myTarget.faces[At(face.face)].loops) {
+                        for (const brep::EdgeUse& use : loop.uses) {
+                            visit(uses[At(use.edge)]);
+                        }
+                    }
+                }
+            };
+            forEachUse([](int& count) { ++count; });
+            bool isClosed = myShellEntries[i].isSingle && myShellEntries[i].isWhole;
+            forEachUse([&](int& count) { isClosed = isClosed && count % 2 == 0; });
+            forEachUse([](int& count) { count = 0; });
+            shell.closed = isClosed;
+            const int lump = myShellEntries[i].lump;
+            if (!isClosed) {
+                myTarget.sheets.push_back(static_cast<int>(i));
+            } else if (lump == None) {
+                myTarget.solids.push_back({static_cast<int>(i), {}});
+            } else {
+                std::vector<int>& shells = solids[lump];
+                if (shells.empty()) {
+                    lumps.push_back(lump);
+                }
+                shells.push_back(static_cast<int>(i));
+            }
+        }
+        for (const int lump : lumps) {
+            AddSolid(std::move(solids[lump]));
+        }
+    }
+
+    /// The largest shell of a lump is the outer one.
+    void AddSolid(std::vector<int> shells)
+    {
+        if (shells.size() > 1) {
+            const auto largest = std::max_element(shells.begin(), shells.end(), [&](int a, int b) {
+                return ExtentOf(myTarget.shells[At(a)]) < ExtentOf(myTarget.shells[At(b)]);
+            });
+            std::iter_swap(shells.begin(), largest);
+        }
+        myTarget.solids.push_back({shells.front(), {shells.begin() + 1, shells.end()}});
+    }
+
+    double ExtentOf(const brep::Shell& shell) const
+    {
+        Bnd_Box box;
+        for (const brep::FaceUse& use : shell.faces) {
+            const brep::Face& face = myTarget.faces[At(use.face)];
+            if (face.loops.empty()) {
+                BndLib_AddSurface::Add(GeomAdaptor_Surface(myTarget.surfaces[At(face.surface)]), 0, box);
+            }
+            for (const brep::Loop& loop : face.loops) {
+                for (const brep::EdgeUse& edgeUse : loop.uses) {
+                    const brep::Edge& edge = myTarget.edges[At(edgeUse.edge)];
+                    box.Add(myTarget.vertices[At(edge.start)].point);
+                    if (!edge.curve.IsNull()) {
+                        box.Add(edge.curve->Value((edge.first + edge.last) / 2));
+                    }
+                }
+            }
+        }
+        return box.IsVoid() ? 0 : box.SquareExtent();
+    }
+
+    const Records& myRecords;
+    GeometryReader& myGeometry;
+    AttributeTable& myAttributes;
+    std::vector<bool>& mySeen;
+    FileBody& myBody;
+    brep::Description& myTarget;
+    std::unordered_map<int, int> myVertices; ///< by record
+    std::unordered_map<int, EdgeEntry> myEdges;
+    std::unordered_map<int, int> mySurfaces;
+    std::unordered_map<int, int> myShells;
+    std::vector<ShellEntry> myShellEntries; ///< by shell of the description
+};
+
+/// The body above a shell, lump or body.
+int BodyOf(const Records& records, int record)
+{
+    if (record != None && records.Base(At(record)) == "shell") {
+        Fields fields = records.Own(At(record));
+        fields.Skip(4);
+        record = fields.Pointer();
+    }
+    if (record != None && records.Base(At(record)) == "lump") {
+        Fields fields = records.Own(At(record));
+        fields.Skip(2);
+        record = fields.Pointer();
+    }
+    return record != None && records.Base(At(record)) == "body" ? record : None;
+}
+
+FileFace ReadFace(const Records& records, std::size_t record)
+{
+    FileFace face;
+    face.record = static_cast<int>(record);
+    Fields fields = records.Own(record);
+    fields.Skip(1); // the next face
+    face.loop = fields.Pointer();
+    face.shell = fields.Pointer();
+    fields.Skip(1); // the subshell
+    face.surface = fields.Pointer();
+    face.isReversed = fields.IsReversed();
+    const std::string_view sides = fields.Next();
+    face.isDouble = sides == "double" || sides == "1";
+    return face;
+}
+
+/// Points are rows in the file: its matrix is the transpose of ours, and the factor is not in it.
+std::optional<Matrix> ReadTransform(const Records& records, int record)
+{
+    if (record == None || records.Type(At(record)) != "transform") {
+        return std::nullopt;
+    }
+    Fields fields = records.All(At(record));
+    std::vector<double> numbers;
+    while (!fields.AtEnd() && numbers.size() < 20) {
+        if (fields.IsNumber()) {
+            numbers.push_back(fields.Number());
+        } else if (fields.IsPointer()) {
+            numbers.clear();
+            fields.Skip(1);
+        } else {
+            break;
+        }
+    }
+    constexpr std::size_t Count = 13;
+    if (numbers.size() < Count) {
+        return std::nullopt;
+    }
+    const double* values = numbers.data() + (numbers.size() - Count);
+    const double scale = values[12];
+    Matrix matrix;
+    for (std::size_t row = 0; row < 3; ++row) {
+        for (std::size_t column = 0; column < 3; ++column) {
+            matrix[4 * row + column] = values[3 * column + row] * scale;
+        }
+        matrix[4 * row + 3] = values[9 + row] * records.Head().millimetres;
+    }
+    const bool isFinite =
+        std::all_of(matrix.begin(), matrix.end(), [](double value) { return std::abs(value) < 1e12; });
+    return isFinite ? std::optional<Matrix>(matrix) : std::nullopt;
+}
+
+} // namespace
+
+Base_UTF16String TextOf(std::string_view bytes)
+{
+    return text::DecodePlainString(bytes);
+}
+
+std::vector<FileBody> ReadBodies(const Records& records)
+{
+    std::vector<FileBody> bodies;
+    std::vector<Members> members;
+    std::unordered_map<int, std::size_t> numberOf; // by record
+    const auto numberFor = [&](int record) {
+        const auto [place, isNew] = numberOf.try_emplace(record, bodies.size());
+        if (isNew) {
+            bodies.emplace_back().record = record;
+            members.emplace_back();
+        }
+        return place->second;
+    };
+    for (std::size_t i = 0; i < records.Size(); ++i) {
+        const std::string_view base = records.Base(i);
+        if (base == "body") {
+            numberFor(static_cast<int>(i));
+        } else if (base == "face") {
+            const FileFace face = ReadFace(records, i);
+            members[numberFor(BodyOf(records, face.shell))].faces.push_back(face);
+        } else if (base == "coedge") {
+            Fields fields = records.Own(i);
+            fields.Skip(5);
+            const int owner = fields.Pointer();
+            if (owner != None && records.Base(At(owner)) == "wire") {
+                Fields wire = records.Own(At(owner));
+                wire.Skip(2); // the next wire, a coedge
+                members[numberFor(BodyOf(records, wire.Pointer()))].wireCoedges.push_back(
+                    static_cast<int>(i));
+            }
+        }
+    }
+    GeometryReader geometry(records);
+    AttributeTable attributes(records);
+    std::vector<bool> seen(records.Size());
+    for (std::size_t i = 0; i < bodies.size(); ++i) {
+        FileBody& body = bodies[i];
+        BodyDescriber(records, geometry, attributes, seen, body).Describe(members[i]);
+        if (body.record != None) {
+            attributes.Describe(body.record, body);
+            Fields fields = records.Own(At(body.record));
+            const int lump = fields.Pointer();
+            fields.Skip(1); // a wire
+            body.placement = ReadTransform(records, fields.Pointer());
+            body.description.appearance = attributes.LookOf(body.record);
+            if (body.description.appearance.IsNull()) {
+                body.description.appearance = attributes.LookOf(lump);
+            }
+        }
+    }
+    return bodies;
+}
+
+} // namespace cadex::acis

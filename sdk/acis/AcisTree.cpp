@@ -1,0 +1,93 @@
+#include "sdk/acis/AcisTree.h"
+
+#include <cadex/ModelData_Assembly.hxx>
+#include <cadex/ModelData_Instance.hxx>
+#include <cadex/ModelData_Part.hxx>
+#include <cadex/internal/Reports.hxx>
+
+#include "sdk/acis/AcisBodies.h"
+#include "sdk/brep/DescribedBRep.h"
+
+namespace cadex::acis {
+
+namespace {
+
+using internal::Report;
+using internal::Reports;
+
+ModelData_Transformation TransformationOf(const Matrix& m)
+{
+    ModelData_Transformation result;
+    result.SetRotationPart(m[0], m[1], m[2], m[4], m[5], m[6], m[8], m[9], m[10]);
+    result.SetTranslationPart(m[3], m[7], m[11]);
+    return result;
+}
+
+void AddText(ModelData_PropertyTable& table, const char* key, std::string_view value)
+{
+    const Base_UTF16String text = TextOf(value);
+    if (!text.IsEmpty()) {
+        table.Add(key, text);
+    }
+}
+
+} // namespace
+
+bool AcisFile::Load(std::string bytes, const Base_UTF16String& name)
+{
+    myRecords.reset();
+    myBytes = std::move(bytes);
+    myName = name;
+    try {
+        myRecords.emplace(myBytes);
+    } catch (const Unreadable& reason) {
+        Reports::Add(Report::Kind::Refused, reason.what());
+        return false;
+    }
+    return true;
+}
+
+void AcisFile::Build(ModelData_Model& model)
+{
+    if (!myRecords) {
+        return;
+    }
+    const Records& records = *myRecords;
+    ModelData_Assembly root(myName);
+    std::size_t number = 0;
+    for (FileBody& body : ReadBodies(records)) {
+        ++number;
+        for (std::size_t i = 0; i < body.lostFaces; ++i) {
+            Reports::Add(Report::Kind::LeftOut, "a face that could not be read");
+        }
+        if (body.description.IsEmpty()) {
+            Reports::Add(Report::Kind::LeftOut, "a body without faces or curves");
+            continue;
+        }
+        Base_UTF16String name = body.name;
+        if (name.IsEmpty()) {
+            name = Base_UTF16String(("Body " + std::to_string(number)).c_str());
+        }
+        ModelData_Part part(name);
+        part.SetAppearance(body.description.appearance);
+        ModelData_PropertyTable table{initialized()};
+        for (const auto& [key, value] : body.properties) {
+            table.Add(key, value);
+        }
+        if (!table.IsEmpty()) {
+            part.AddProperties(table);
+        }
+        auto* exact = new brep::DescribedBRep(std::move(body.description));
+        part.AddRepresentation(internal::MakeHandle<ModelData_BRepRepresentation>(exact));
+        root.AddInstance(body.placement ? ModelData_Instance(part, TransformationOf(*body.placement), name)
+                                        : ModelData_Instance(part, name));
+    }
+    ModelData_PropertyTable table{initialized()};
+    AddText(table, "Application", records.Head().product);
+    AddText(table, "Kernel", records.Head().kernel);
+    AddText(table, "Date", records.Head().date);
+    root.AddProperties(table);
+    model.AddRoot(root);
+}
+
+} // namespace cadex::acis

@@ -1,0 +1,148 @@
+// SAT files that are damaged, or built to hurt.
+#include "tests/sdk/acis/SatFiles.h"
+
+#include <chrono>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include <cadex/internal/Reports.hxx>
+
+namespace acistest {
+namespace {
+
+using cadex::internal::Report;
+using cadex::internal::Reports;
+
+std::string Reason()
+{
+    const std::vector<Report> reports = Reports::Take();
+    return reports.empty() ? "" : reports.front().text;
+}
+
+std::string Good(int version)
+{
+    SatText sat(version);
+    const int body = AddFrustum(sat, version, {});
+    sat.AddAttribute("rgb_color-st-attrib", body, "1 0 0");
+    sat.AddAttribute("string_attrib-name_attrib-gen-attrib", body,
+                     sat.Text("name") + " " + sat.Text("W\xE9lle"));
+    return sat.Str();
+}
+
+TEST(AcisDamage, FilesThatAreNoneSayWhy)
+{
+    const std::string good = Good(700);
+    const auto changed = [&](const std::string& from, const std::string& to) {
+        std::string copy = good;
+        return copy.replace(copy.find(from), from.size(), to);
+    };
+    const struct
+    {
+        const char* damage;
+        std::string bytes;
+        const char* reason;
+    } files[] = {
+        {"empty", "", "not an ACIS text file"},
+        {"text", "hello", "not an ACIS text file"},
+        {"version 1", changed("700 ", "105 "), "before version 2"},
+        {"binary", "ACIS BinaryFile....", "binary ACIS files"},
+        {"cut", good.substr(0, good.size() / 2), "ends too early"},
+        {"without its end", good.substr(0, good.find("End-of")), "ends too early"},
+        {"a long text", changed("@4 name", "@4000000000 name"), "longer than the file"},
+        {"a short text", changed("@5 W", "@3 W"), "not the length"},
+        {"claims more records", changed("700 0", "700 999"), "records are missing"},
+        {"an open brace", changed("forward single", "{ single"), "inside of a brace"},
+    };
+    for (const auto& [damage, bytes, reason] : files) {
+        Reports::Clear();
+        EXPECT_FALSE(Read(bytes)) << damage;
+        EXPECT_NE(Reason().find(reason), std::string::npos) << damage;
+    }
+    EXPECT_TRUE(Read(good));
+    // a copy in UTF-8, whose counts are of characters
+    const auto copy = Read(changed("W\xE9lle", "W\xC3\xA9lle"));
+    ASSERT_TRUE(copy);
+    EXPECT_EQ(InstancesOf(*copy).at(0).Name().ToUTF8(), "W\xC3\xA9lle");
+}
+
+TEST(AcisDamage, RingsWithoutEndLoseTheirFaceAlone)
+{
+    for (const char* chain : {"loop", "coedge"}) {
+        std::string bytes = Good(700);
+        // the second record of the kind goes on with the one before it for ever
+        const std::string lead = std::string(chain) + " $-1 -1 $-1 ";
+        const std::size_t at = bytes.find(lead, bytes.find(lead) + 1) + lead.size();
+        bytes.replace(at, bytes.find(' ', at) - at, chain == std::string("loop") ? "$22" : "$17");
+        Reports::Clear();
+        const auto model = Read(bytes);
+        ASSERT_TRUE(model) << chain;
+        EXPECT_EQ(Reason(), "a face that could not be read") << chain;
+    }
+}
+
+/// A spline of a hundred million knots in a file of a kilobyte; a thousand references to nothing.
+TEST(AcisDamage, SizesThatLieTakeNoMemory)
+{
+    for (const char* spline :
+         {"{ exactsur full nubs 3 3 open open none none 100000000 100000000 0 3 1 3 }",
+          "{ exactsur full nubs 3000000 3 open open none none 2 2 0 3 1 3 0 3 1 3 }", "{ ref 77 }"}) {
+        SatText sat(700);
+        const int face = sat.Reserve();
+        sat.Set(face, "face",
+                "$-1 $-1 $-1 $-1 " +
+                    Ref(sat.Add("spline-surface", std::string("forward ") + spline + " I I")) +
+                    "forward single");
+        Reports::Clear();
+        ASSERT_TRUE(Read(sat.Str())) << spline;
+        EXPECT_EQ(Reason(), "a face that could not be read") << spline;
+    }
+}
+
+/// Seeded: bytes changed, pieces cut out, zeroed, doubled, numbers raised. Whatever comes of it comes soon.
+TEST(AcisDamage, TwoHundredDamagedFiles)
+{
+    const std::string seeds[] = {Good(400), Good(700), Good(2400)};
+    std::mt19937 random(20261121);
+    const auto pick = [&](std::size_t end) {
+        return std::uniform_int_distribution<std::size_t>(0, end - 1)(random);
+    };
+    int refused = 0;
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 200; ++i) {
+        std::string bytes = seeds[i % 3];
+        const std::size_t at = pick(bytes.size() - 20);
+        switch (i % 6) {
+        case 0:
+            bytes[at] = static_cast<char>(bytes[at] ^ (1 << pick(8)));
+            break;
+        case 1:
+            bytes.erase(at, 1 + pick(16));
+            break;
+        case 2:
+            bytes.replace(at, 8, 8, '\0');
+            break;
+        case 3:
+            bytes.insert(at, bytes.substr(at, 1 + pick(64)));
+            break;
+        case 4:
+            bytes.resize(at);
+            break;
+        default:
+            bytes.replace(bytes.find(' ', at) + 1, 1, "9999999");
+            break;
+        }
+        Reports::Clear();
+        if (const auto back = Read(bytes)) {
+            Mesh(*back);
+        } else {
+            ++refused;
+            EXPECT_NE(Reason(), "");
+        }
+    }
+    EXPECT_GT(refused, 30);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
+}
+
+} // namespace
+} // namespace acistest
