@@ -1,0 +1,422 @@
+#include "sdk/acis/AcisWriter.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <optional>
+#include <vector>
+
+#include <cadex/ModelData_PolyLineSet.hxx>
+#include <cadex/internal/Reports.hxx>
+
+#include "sdk/text/LengthUnits.h"
+
+namespace cadex::acis {
+
+namespace {
+
+constexpr std::size_t Nothing = static_cast<std::size_t>(-1); ///< points nowhere
+constexpr std::size_t PieceSize = std::size_t{1} << 18;
+constexpr double Tolerance = 1e-6; ///< of the header, in the file's unit
+constexpr double FlatWithin = 1e-7;
+
+std::optional<ModelData_Color> ColourOf(const ModelData_Appearance& appearance)
+{
+    ModelData_Color colour;
+    if (appearance.IsNull() || !appearance.ToColor(colour)) {
+        return std::nullopt;
+    }
+    return colour;
+}
+
+bool IsSame(const std::optional<ModelData_Color>& a, const std::optional<ModelData_Color>& b)
+{
+    return a.has_value() == b.has_value() &&
+           (!a || (a->R() == b->R() && a->G() == b->G() && a->B() == b->B()));
+}
+
+/// All triangle sets of a part in one mesh, whatever the colours: a body of two colours is still closed.
+struct JoinedSets
+{
+    internal::TriangleSetImpl triangles;
+    std::vector<std::size_t> colourOf; ///< by triangle
+    std::vector<std::optional<ModelData_Color>> colours;
+
+    /// The colour of the body: none, where one set has none; else that of the first set.
+    std::size_t BodyColour() const
+    {
+        const auto none =
+            std::find_if(colours.begin(), colours.end(), [](const auto& colour) { return !colour; });
+        return none == colours.end() ? 0 : static_cast<std::size_t>(none - colours.begin());
+    }
+
+    explicit JoinedSets(const mesh::PlacedPart& placed)
+    {
+        const ModelData_PolyRepresentation shapes = placed.part.PolyRepresentation(ModelData_RM_Poly);
+        for (std::size_t i = 0; !shapes.IsNull() && i < shapes.Get().Size(); ++i) {
+            const ModelData_PolyVertexSet& shape = shapes.Get()[i];
+            if (shape.TypeId() != ModelData_IndexedTriangleSet::GetTypeId()) {
+                internal::Reports::Add(internal::Report::Kind::LeftOut, "lines and points");
+                continue;
+            }
+            const auto& set = *static_cast<const internal::TriangleSetImpl*>(shape.Impl());
+            mesh::Append(triangles, set.points, set.indices);
+            const ModelData_Appearance own = shape.Appearance();
+            Colour(ColourOf(own.IsNull() ? placed.appearance : own));
+        }
+    }
+
+private:
+    void Colour(const std::optional<ModelData_Color>& colour)
+    {
+        const auto known = std::find_if(colours.begin(), colours.end(),
+                                        [&](const auto& other) { return IsSame(colour, other); });
+        const auto index = static_cast<std::size_t>(known - colours.begin());
+        if (known == colours.end()) {
+            colours.push_back(colour);
+        }
+        colourOf.resize(triangles.indices.size() / 3, index);
+    }
+};
+
+bool HasTriangles(const ModelData_Part& part)
+{
+    const ModelData_PolyRepresentation shapes = part.PolyRepresentation(ModelData_RM_Poly);
+    for (std::size_t i = 0; !shapes.IsNull() && i < shapes.Get().Size(); ++i) {
+        if (shapes.Get()[i].TypeId() == ModelData_IndexedTriangleSet::GetTypeId()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+/// One shell and where its records stand: all of a kind behind each other.
+struct AcisWriter::Region
+{
+    PolygonBody polygons;
+    const std::vector<Vector3>* vertices = nullptr; ///< of the mesh
+    const std::vector<std::optional<ModelData_Color>>* colours = nullptr;
+    std::size_t bodyColour = 0;
+    bool isClosed = false;
+    std::size_t colouredFaces = 0;
+    std::size_t body = Nothing; ///< where the region is the first of its lump
+    std::size_t lump = Nothing;
+    std::size_t nextLump = Nothing;
+    std::size_t nextShell = Nothing;
+    std::size_t shell = 0;
+    std::size_t faces = 0;
+    std::size_t loops = 0;
+    std::size_t coedges = 0;
+    std::size_t edges = 0;    ///< each followed by its curve
+    std::size_t vertexes = 0; ///< each followed by its point
+    std::size_t surfaces = 0;
+    std::size_t attributes = 0;
+
+    /// Gives the record behind the region.
+    std::size_t Place(std::size_t first)
+    {
+        shell = first;
+        faces = shell + 1;
+        loops = faces + polygons.faces.size();
+        coedges = loops + polygons.loops.size();
+        edges = coedges + polygons.coedges.size();
+        vertexes = edges + 2 * polygons.edges.size();
+        surfaces = vertexes + 2 * polygons.vertices.size();
+        attributes = surfaces + polygons.faces.size();
+        return attributes + colouredFaces;
+    }
+    bool IsColoured(const PolygonBody::Face& face) const
+    {
+        return face.set != bodyColour && (*colours)[face.set].has_value();
+    }
+    const Vector3& At(std::uint32_t place) const { return (*vertices)[polygons.vertices[place]]; }
+};
+
+AcisWriter::AcisWriter(text::ByteSink& sink, const ModelData_Model& model, Base_LengthUnit unit)
+    : mySink(sink), myModel(model), myMillimetres(text::LengthUnitOf(unit).millimetres)
+{
+}
+
+bool AcisWriter::Write()
+{
+    std::size_t bodies = 0;
+    mesh::ForEachPlacedPart(
+        myModel, [&](const mesh::PlacedPart& placed) { bodies += HasTriangles(placed.part) ? 1U : 0U; });
+    WriteHeader(bodies);
+    mesh::ForEachPlacedPart(myModel, [&](const mesh::PlacedPart& placed) { WritePart(placed); });
+    myBuffer += "End-of-ACIS-data \n";
+    return myIsWhole && mySink.Write(myBuffer);
+}
+
+/// Without the time of writing, so that equal models give equal files.
+void AcisWriter::WriteHeader(std::size_t bodies)
+{
+    myBuffer += "700 0 " + std::to_string(bodies) + " 0 \n";
+    Text("cadex open engine");
+    Text("ACIS 7.0");
+    Text("Thu Jan 01 00:00:00 1970");
+    myBuffer += '\n';
+    Number(myMillimetres);
+    Number(Tolerance);
+    Number(1e-10);
+    myBuffer += '\n';
+}
+
+/// A part whose triangles all have no area is an empty body.
+void AcisWriter::WritePart(const mesh::PlacedPart& placed)
+{
+    if (!HasTriangles(placed.part) || !myIsWhole) {
+        return;
+    }
+    const double scale = 1 / myMillimetres;
+    const JoinedSets joined(placed);
+    const mesh::PlacedMesh solid(
+        joined.triangles, mesh::Compose({{scale, 0, 0, 0, scale, 0, 0, 0, scale}, {}}, placed.placement));
+    const std::vector<mesh::MeshBody> pieces = mesh::FindBodies(solid);
+    std::vector<Region> regions;
+    const std::size_t body = myNext;
+    const std::optional<ModelData_Color>& colour = joined.colours[joined.BodyColour()];
+    const bool hasName = !placed.name.IsEmpty();
+    const std::size_t colourRecord = body + 1;
+    const std::size_t nameRecord = body + 1 + (colour ? 1 : 0);
+    std::size_t next = nameRecord + (hasName ? 1 : 0);
+    const std::size_t firstLump = pieces.empty() ? Nothing : next;
+    for (const mesh::MeshBody& piece : pieces) {
+        std::vector<std::size_t> shells{piece.outer};
+        shells.insert(shells.end(), piece.voids.begin(), piece.voids.end());
+        const std::size_t lump = next++;
+        for (const std::size_t shell : shells) {
+            Region region;
+            std::vector<BodyTriangle> triangles;
+            const mesh::MeshTopology::Piece& part = solid.topology.pieces[shell];
+            for (std::size_t i = part.first; i < part.last; ++i) {
+                const U32 triangle = solid.topology.triangles[i];
+                triangles.push_back({solid.Corners(triangle, piece.isTurned),
+                                     joined.colourOf[solid.topology.SourceOf(joined.triangles, triangle)]});
+            }
+            region.polygons = MergeCoplanar(triangles, solid.vertices, FlatWithin);
+            region.vertices = &solid.vertices;
+            region.colours = &joined.colours;
+            region.bodyColour = joined.BodyColour();
+            region.isClosed = piece.isClosed;
+            region.body = shell == piece.outer ? body : Nothing;
+            region.lump = lump;
+            region.colouredFaces = static_cast<std::size_t>(
+                std::count_if(region.polygons.faces.begin(), region.polygons.faces.end(),
+                              [&](const PolygonBody::Face& face) { return region.IsColoured(face); }));
+            next = region.Place(next);
+            region.nextShell = shell == shells.back() ? Nothing : next;
+            region.nextLump = &piece == &pieces.back() ? Nothing : next; // true of the last shell alone
+            regions.push_back(std::move(region));
+        }
+        regions[regions.size() - shells.size()].nextLump = regions.back().nextLump;
+    }
+    Begin("body", colour ? colourRecord : hasName ? nameRecord : Nothing);
+    Pointer(firstLump);
+    Pointer(Nothing);
+    Pointer(Nothing);
+    End();
+    if (colour) {
+        WriteColour(body, hasName ? nameRecord : Nothing, *colour);
+    }
+    if (hasName) {
+        WriteName(body, colour ? colourRecord : Nothing, placed.name);
+    }
+    for (const Region& region : regions) {
+        WriteRegion(region);
+    }
+}
+
+void AcisWriter::WriteRegion(const Region& region)
+{
+    if (region.body != Nothing) {
+        Begin("lump", Nothing);
+        Pointer(region.nextLump);
+        Pointer(region.shell);
+        Pointer(region.body);
+        End();
+    }
+    Begin("shell", Nothing);
+    Pointer(region.nextShell);
+    Pointer(Nothing);
+    Pointer(region.faces);
+    Pointer(Nothing);
+    Pointer(region.lump);
+    End();
+    WriteFaces(region);
+    WriteEdges(region);
+    for (const PolygonBody::Face& face : region.polygons.faces) {
+        const PolygonBody::Loop& loop = region.polygons.loops[face.first];
+        const PolygonBody::Coedge& side = region.polygons.coedges[loop.first];
+        const Vector3 along = mesh::Minus(region.At(side.to), region.At(side.from));
+        const double length = mesh::Length(along);
+        Begin("plane-surface", Nothing);
+        Vector(region.At(side.from));
+        Vector(face.normal);
+        Vector({along[0] / length, along[1] / length, along[2] / length});
+        Word("forward_v I I I I");
+        End();
+    }
+    for (std::size_t i = 0; i < region.polygons.faces.size(); ++i) {
+        if (const PolygonBody::Face& face = region.polygons.faces[i]; region.IsColoured(face)) {
+            WriteColour(region.faces + i, Nothing, *(*region.colours)[face.set]);
+        }
+    }
+}
+
+void AcisWriter::WriteFaces(const Region& region)
+{
+    const PolygonBody& polygons = region.polygons;
+    std::size_t attribute = region.attributes;
+    for (std::size_t i = 0; i < polygons.faces.size(); ++i) {
+        const PolygonBody::Face& face = polygons.faces[i];
+        Begin("face", region.IsColoured(face) ? attribute++ : Nothing);
+        Pointer(i + 1 < polygons.faces.size() ? region.faces + i + 1 : Nothing);
+        Pointer(region.loops + face.first);
+        Pointer(region.shell);
+        Pointer(Nothing);
+        Pointer(region.surfaces + i);
+        Word(region.isClosed ? "forward single" : "forward double out");
+        End();
+    }
+    for (std::size_t i = 0; i < polygons.loops.size(); ++i) {
+        const PolygonBody::Loop& loop = polygons.loops[i];
+        Begin("loop", Nothing);
+        Pointer(i + 1 < polygons.faces[loop.face].last ? region.loops + i + 1 : Nothing);
+        Pointer(region.coedges + loop.first);
+        Pointer(region.faces + loop.face);
+        End();
+    }
+    for (std::size_t i = 0; i < polygons.coedges.size(); ++i) {
+        const PolygonBody::Coedge& coedge = polygons.coedges[i];
+        const PolygonBody::Loop& loop = polygons.loops[coedge.loop];
+        Begin("coedge", Nothing);
+        Pointer(region.coedges + (i + 1 < loop.last ? i + 1 : loop.first));
+        Pointer(region.coedges + (i > loop.first ? i : loop.last) - 1);
+        Pointer(coedge.partner == PolygonBody::NoIndex ? Nothing : region.coedges + coedge.partner);
+        Pointer(region.edges + 2 * coedge.edge);
+        const bool isForward = polygons.coedges[polygons.edges[coedge.edge]].from == coedge.from;
+        Word(isForward ? "forward" : "reversed");
+        Pointer(region.loops + coedge.loop);
+        Pointer(Nothing);
+        End();
+    }
+}
+
+void AcisWriter::WriteEdges(const Region& region)
+{
+    const PolygonBody& polygons = region.polygons;
+    for (std::size_t i = 0; i < polygons.edges.size(); ++i) {
+        const PolygonBody::Coedge& coedge = polygons.coedges[polygons.edges[i]];
+        const Vector3& from = region.At(coedge.from);
+        const Vector3 along = mesh::Minus(region.At(coedge.to), from);
+        const double length = mesh::Length(along);
+        Begin("edge", Nothing);
+        Pointer(region.vertexes + 2 * std::size_t{coedge.from});
+        Number(0);
+        Pointer(region.vertexes + 2 * std::size_t{coedge.to});
+        Number(length);
+        Pointer(region.coedges + polygons.edges[i]);
+        Pointer(region.edges + 2 * i + 1);
+        Word("forward");
+        Text("unknown");
+        End();
+        Begin("straight-curve", Nothing);
+        Vector(from);
+        Vector({along[0] / length, along[1] / length, along[2] / length});
+        Word("I I");
+        End();
+    }
+    for (std::size_t i = 0; i < polygons.vertices.size(); ++i) {
+        Begin("vertex", Nothing);
+        Pointer(region.edges + 2 * polygons.edgeOf[i]);
+        Pointer(region.vertexes + 2 * i + 1);
+        End();
+        Begin("point", Nothing);
+        Vector(region.At(static_cast<std::uint32_t>(i)));
+        End();
+    }
+}
+
+void AcisWriter::WriteColour(std::size_t owner, std::size_t next, const ModelData_Color& colour)
+{
+    myBuffer += "rgb_color-st-attrib $-1 -1 ";
+    Pointer(next);
+    Pointer(Nothing);
+    Pointer(owner);
+    for (const float value : {colour.R(), colour.G(), colour.B()}) {
+        Number(std::isfinite(value) ? std::clamp(static_cast<double>(value), 0., 1.) : 0);
+    }
+    End();
+}
+
+void AcisWriter::WriteName(std::size_t owner, std::size_t before, const Base_UTF16String& name)
+{
+    myBuffer += "string_attrib-name_attrib-gen-attrib $-1 -1 ";
+    Pointer(Nothing);
+    Pointer(before);
+    Pointer(owner);
+    Word("keep keep_kept ignore copy"); // what becomes of it when a modeller splits, merges, moves its owner
+    Text("name");
+    std::string text = name.ToUTF8();
+    std::replace_if(
+        text.begin(), text.end(), [](unsigned char c) { return c < 0x20; }, ' ');
+    Text(text);
+    End();
+}
+
+void AcisWriter::Begin(const char* type, std::size_t attribute)
+{
+    myBuffer += type;
+    myBuffer += ' ';
+    Pointer(attribute);
+    myBuffer += "-1 $-1 ";
+}
+
+void AcisWriter::Pointer(std::size_t record)
+{
+    myBuffer += '$';
+    myBuffer += record == Nothing ? "-1" : std::to_string(record);
+    myBuffer += ' ';
+}
+
+/// The shortest text that reads back as the same number.
+void AcisWriter::Number(double value)
+{
+    char text[32];
+    myBuffer.append(text, std::to_chars(text, text + sizeof(text), value).ptr);
+    myBuffer += ' ';
+}
+
+void AcisWriter::Vector(const Vector3& vector)
+{
+    for (const double value : vector) {
+        Number(value);
+    }
+}
+
+void AcisWriter::Word(std::string_view word)
+{
+    myBuffer += word;
+    myBuffer += ' ';
+}
+
+void AcisWriter::Text(std::string_view text)
+{
+    myBuffer += '@' + std::to_string(text.size()) + ' ';
+    Word(text);
+}
+
+void AcisWriter::End()
+{
+    myBuffer += "#\n";
+    ++myNext;
+    if (myBuffer.size() >= PieceSize) {
+        myIsWhole = myIsWhole && mySink.Write(myBuffer);
+        myBuffer.clear();
+    }
+}
+
+} // namespace cadex::acis
