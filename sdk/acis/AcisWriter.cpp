@@ -139,6 +139,15 @@ AcisWriter::AcisWriter(text::ByteSink& sink, const ModelData_Model& model, Base_
 {
 }
 
+/// The shortest text that reads back as the same number.
+template <typename Real>
+void AcisWriter::Number(Real value)
+{
+    char text[32];
+    myBuffer.append(text, std::to_chars(text, text + sizeof(text), value).ptr);
+    myBuffer += ' ';
+}
+
 bool AcisWriter::Write()
 {
     std::size_t bodies = 0;
@@ -315,7 +324,7 @@ void AcisWriter::WriteEdges(const Region& region)
         const double length = mesh::Length(along);
         Begin("edge", Nothing);
         Pointer(region.vertexes + 2 * std::size_t{coedge.from});
-        Number(0);
+        Number(0.);
         Pointer(region.vertexes + 2 * std::size_t{coedge.to});
         Number(length);
         Pointer(region.coedges + polygons.edges[i]);
@@ -347,7 +356,7 @@ void AcisWriter::WriteColour(std::size_t owner, std::size_t next, const ModelDat
     Pointer(Nothing);
     Pointer(owner);
     for (const float value : {colour.R(), colour.G(), colour.B()}) {
-        Number(std::isfinite(value) ? std::clamp(static_cast<double>(value), 0., 1.) : 0);
+        Number(std::isfinite(value) ? std::clamp(value, 0.F, 1.F) : 0.F);
     }
     End();
 }
@@ -379,14 +388,6 @@ void AcisWriter::Pointer(std::size_t record)
 {
     myBuffer += '$';
     myBuffer += record == Nothing ? "-1" : std::to_string(record);
-    myBuffer += ' ';
-}
-
-/// The shortest text that reads back as the same number.
-void AcisWriter::Number(double value)
-{
-    char text[32];
-    myBuffer.append(text, std::to_chars(text, text + sizeof(text), value).ptr);
     myBuffer += ' ';
 }
 

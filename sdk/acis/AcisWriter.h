@@ -37,7 +37,8 @@ private:
 
     void Begin(const char* type, std::size_t attribute);
     void Pointer(std::size_t record);
-    void Number(double value);
+    template <typename Real>
+    void Number(Real value);
     void Vector(const Vector3& vector);
     void Word(std::string_view word);
     void Text(std::string_view text);
