@@ -15,8 +15,8 @@ struct ImportSettings
     int tessellation = Zemtar::CZemtarCADExchangeReader::DefaultTessellationFactor; ///< 20 fine .. 95 coarse
     bool parallel = Zemtar::CZemtarCADExchangeReader::DefaultParallelProcessing;
     bool polylines = false;
-    QString
-        textureFolder; ///< where the model's textures are written; made when missing; empty: nowhere named
+    /// Where the model's textures are written; made when missing. Empty: nowhere named.
+    QString textureFolder;
 };
 
 /// Runs the library's import, on the main thread, as it asks. Null on failure; the reason is then on standard

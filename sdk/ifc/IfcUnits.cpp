@@ -4,20 +4,10 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "sdk/text/SiPrefixes.h"
+
 namespace cadex::ifc {
 namespace {
-
-struct Prefix
-{
-    std::string_view name;
-    double factor;
-    const char* symbol;
-};
-constexpr Prefix Prefixes[] = {
-    {"EXA", 1e18, "E"},  {"PETA", 1e15, "P"},  {"TERA", 1e12, "T"},   {"GIGA", 1e9, "G"},
-    {"MEGA", 1e6, "M"},  {"KILO", 1e3, "k"},   {"HECTO", 1e2, "h"},   {"DECA", 1e1, "da"},
-    {"DECI", 1e-1, "d"}, {"CENTI", 1e-2, "c"}, {"MILLI", 1e-3, "m"},  {"MICRO", 1e-6, "µ"},
-    {"NANO", 1e-9, "n"}, {"PICO", 1e-12, "p"}, {"FEMTO", 1e-15, "f"}, {"ATTO", 1e-18, "a"}};
 
 struct Symbol
 {
@@ -48,25 +38,12 @@ std::string UpperCase(std::string text)
     return text;
 }
 
-double PrefixFactor(std::string_view name, const char*& symbol)
-{
-    for (const Prefix& prefix : Prefixes) {
-        if (prefix.name == name) {
-            symbol = prefix.symbol;
-            return prefix.factor;
-        }
-    }
-    symbol = "";
-    return 1;
-}
-
 /// The factor of a named unit to its SI unit without prefix: metres, radians. 0 when the chain of definitions
 /// does not end in one.
 double FactorToSi(const Entity& unit, int depth = 0)
 {
     if (unit.Is(Type::IfcSIUnit)) {
-        const char* symbol = "";
-        return PrefixFactor(unit.Enumeration(2), symbol);
+        return text::SiPrefixOf(unit.Enumeration(2)).factor;
     }
     const bool converted =
         unit.Is(Type::IfcConversionBasedUnit) || unit.Is(Type::IfcConversionBasedUnitWithOffset);
@@ -134,8 +111,7 @@ Entity FirstUnitAssignment(const IfcFile& file)
 std::string UnitSymbol(const Entity& unit)
 {
     if (unit.Is(Type::IfcSIUnit)) {
-        const char* prefix = "";
-        PrefixFactor(unit.Enumeration(2), prefix);
+        const char* prefix = text::SiPrefixOf(unit.Enumeration(2)).symbol;
         for (const Symbol& symbol : SiSymbols) {
             if (symbol.name == unit.Enumeration(3)) {
                 return std::string(prefix) + symbol.symbol;

@@ -222,6 +222,15 @@ private:
                      static_cast<std::uint64_t>(std::max(0, myModel->DNum(entity))));
     }
 
+    // The file as a whole; false, for the caller to hand on.
+    bool Refuse(const Entity& entity, const char* what) const
+    {
+        Reports::Add(Report::Kind::Refused,
+                     "an entity of type " + std::to_string(entity->TypeNumber()) + ' ' + what,
+                     static_cast<std::uint64_t>(std::max(0, myModel->DNum(entity))));
+        return false;
+    }
+
     void AddGeometry(const Entity& entity, Content& content) const
     {
         if (IsBad(entity)) {
@@ -262,7 +271,7 @@ private:
             return true;
         }
         if (depth > MaximalDepth) {
-            return false;
+            return Refuse(entity, "is nested too deep");
         }
         const auto use = Handle(IGESBasic_SingularSubfigure)::DownCast(entity);
         if (!use.IsNull()) {
@@ -312,7 +321,7 @@ private:
     bool Define(const Handle(IGESBasic_SubfigureDef) & definition, int depth)
     {
         if (myOpen.count(definition.get()) != 0) {
-            return false;
+            return Refuse(definition, "contains itself");
         }
         if (myDefinitions.count(definition.get()) != 0) {
             return true;

@@ -1,64 +1,36 @@
 #include "sdk/mesh/Polygons.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <numeric>
 #include <utility>
+
+#include "sdk/mesh/PlanePredicates.h"
 
 namespace cadex::mesh {
 namespace {
 
-constexpr std::size_t MaximalCorners = 1000;
-
-using Point2 = std::array<double, 2>;
+// Of the polygon's area: what its triangles may have more or less by rounding.
+constexpr double AreaNoise = 1e-9;
 
 // Twice the signed area.
-double Area(const Point2& a, const Point2& b, const Point2& c)
+double Area(const PlanePoint& a, const PlanePoint& b, const PlanePoint& c)
 {
-    return (b[0] - a[0]) * (c[1] - a[1]) - (b[1] - a[1]) * (c[0] - a[0]);
+    return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
 }
 
-bool IsInside(const Point2& p, const Point2& a, const Point2& b, const Point2& c)
+// Triangles of the convex piece between two corners, which the side between them closes. Goes as deep as the
+// logarithm of the corners.
+void Halve(std::size_t first, std::size_t last, std::vector<std::size_t>& corners)
 {
-    return p != a && p != b && p != c && Area(a, b, p) >= 0.0 && Area(b, c, p) >= 0.0 && Area(c, a, p) >= 0.0;
-}
-
-// Drops the coordinate in which the normal is longest, keeping the polygon counter-clockwise.
-std::vector<Point2> Flatten(const std::vector<ModelData_Point>& polygon, const ModelData_Point& normal)
-{
-    const std::array<double, 3> n = {normal.X(), normal.Y(), normal.Z()};
-    std::size_t longest = 2;
-    for (std::size_t i = 0; i < 2; ++i) {
-        longest = std::abs(n[i]) > std::abs(n[longest]) ? i : longest;
+    if (last - first < 2) {
+        return;
     }
-    std::size_t u = (longest + 1) % 3;
-    std::size_t v = (longest + 2) % 3;
-    if (n[longest] < 0.0) {
-        std::swap(u, v);
-    }
-    std::vector<Point2> flat;
-    flat.reserve(polygon.size());
-    for (const ModelData_Point& point : polygon) {
-        const std::array<double, 3> p = {point.X(), point.Y(), point.Z()};
-        flat.push_back({p[u], p[v]});
-    }
-    return flat;
-}
-
-bool IsEar(const std::vector<Point2>& flat, const std::vector<std::size_t>& left, std::size_t i)
-{
-    const std::size_t n = left.size();
-    const Point2& a = flat[left[(i + n - 1) % n]];
-    const Point2& b = flat[left[i]];
-    const Point2& c = flat[left[(i + 1) % n]];
-    if (Area(a, b, c) < 0.0) {
-        return false;
-    }
-    for (std::size_t k = 0; k < n; ++k) {
-        if (k != i && k != (i + 1) % n && k != (i + n - 1) % n && IsInside(flat[left[k]], a, b, c)) {
-            return false;
-        }
-    }
-    return true;
+    const std::size_t middle = (first + last) / 2;
+    corners.insert(corners.end(), {first, middle, last});
+    Halve(first, middle, corners);
+    Halve(middle, last, corners);
 }
 
 } // namespace
@@ -86,33 +58,79 @@ ModelData_Point PolygonNormal(const std::vector<ModelData_Point>& polygon)
     return {x, y, z};
 }
 
-bool Triangulate(const std::vector<ModelData_Point>& polygon, std::vector<std::size_t>& corners)
+// Drops the coordinate in which the normal is longest, keeping the polygon counter-clockwise.
+void PolygonCutter::Flatten(const std::vector<ModelData_Point>& polygon)
 {
-    corners.clear();
-    if (polygon.size() > MaximalCorners) {
-        return false;
+    const ModelData_Point normal = PolygonNormal(polygon);
+    const std::array<double, 3> n = {normal.X(), normal.Y(), normal.Z()};
+    std::size_t longest = 2;
+    for (std::size_t i = 0; i < 2; ++i) {
+        longest = std::abs(n[i]) > std::abs(n[longest]) ? i : longest;
     }
-    const std::vector<Point2> flat = Flatten(polygon, PolygonNormal(polygon));
-    std::vector<std::size_t> left(polygon.size());
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        left[i] = i;
+    std::size_t u = (longest + 1) % 3;
+    std::size_t v = (longest + 2) % 3;
+    if (n[longest] < 0.0) {
+        std::swap(u, v);
     }
-    while (left.size() >= 3) {
-        std::size_t ear = 0;
-        while (ear < left.size() && !IsEar(flat, left, ear)) {
-            ++ear;
-        }
-        if (ear == left.size()) {
+    myFlat.clear();
+    for (const ModelData_Point& point : polygon) {
+        const std::array<double, 3> p = {point.X(), point.Y(), point.Z()};
+        myFlat.push_back({p[u], p[v]});
+    }
+}
+
+// Left turns alone, and once round: then x grows along one chain of sides and falls along the other.
+bool PolygonCutter::IsConvex() const
+{
+    const std::size_t n = myFlat.size();
+    int chains = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const PlanePoint& a = myFlat[i];
+        const PlanePoint& b = myFlat[(i + 1) % n];
+        const PlanePoint& c = myFlat[(i + 2) % n];
+        if (!(Orientation(a, b, c) > 0)) {
             return false;
         }
-        const std::size_t n = left.size();
-        const std::array<std::size_t, 3> triangle = {left[(ear + n - 1) % n], left[ear], left[(ear + 1) % n]};
-        if (Area(flat[triangle[0]], flat[triangle[1]], flat[triangle[2]]) > 0.0) {
-            corners.insert(corners.end(), triangle.begin(), triangle.end());
-        }
-        left.erase(left.begin() + static_cast<std::ptrdiff_t>(ear));
+        chains += (a.x < b.x) != (b.x < c.x) ? 1 : 0;
     }
-    return true;
+    return chains == 2;
+}
+
+bool PolygonCutter::Cut(const std::vector<ModelData_Point>& polygon, std::vector<std::size_t>& corners)
+{
+    corners.clear();
+    Flatten(polygon);
+    if (!std::all_of(myFlat.begin(), myFlat.end(),
+                     [](const PlanePoint& p) { return std::isfinite(p.x) && std::isfinite(p.y); })) {
+        return false;
+    }
+    if (IsConvex()) {
+        Halve(0, polygon.size() - 1, corners);
+        return true;
+    }
+    std::vector<int>& loop = myLoops.front();
+    loop.resize(polygon.size());
+    std::iota(loop.begin(), loop.end(), 0);
+    const Delaunay::Outcome outcome = myDelaunay.Start(myFlat, myLoops);
+    if (outcome != Delaunay::Outcome::Done) {
+        return outcome == Delaunay::Outcome::NothingInside;
+    }
+    double filled = 0;
+    for (const Delaunay::Triangle& triangle : myDelaunay.Triangles()) {
+        std::array<std::size_t, 3> t{};
+        std::copy(triangle.begin(), triangle.end(), t.begin());
+        const double area = Area(myFlat[t[0]], myFlat[t[1]], myFlat[t[2]]);
+        filled += area;
+        if (area > 0) {
+            corners.insert(corners.end(), t.begin(), t.end());
+        }
+    }
+    // Loops that meet in a corner and go round against each other fill another area than they enclose.
+    double enclosed = 0;
+    for (std::size_t i = 2; i < myFlat.size(); ++i) {
+        enclosed += Area(myFlat[0], myFlat[i - 1], myFlat[i]);
+    }
+    return std::abs(filled - enclosed) <= AreaNoise * std::abs(enclosed);
 }
 
 } // namespace cadex::mesh

@@ -15,7 +15,6 @@
 namespace cadex::step {
 
 using mesh::PolygonNormal;
-using mesh::Triangulate;
 using occt::FacetCurve;
 using occt::FacetedBRep;
 using occt::FacetGroup;
@@ -387,7 +386,7 @@ private:
             }
             return true;
         }
-        if (!Triangulate(myPolygon, myCorners)) {
+        if (!myCutter.Cut(myPolygon, myCorners)) {
             return false;
         }
         for (const std::size_t corner : myCorners) {
@@ -518,6 +517,7 @@ private:
     std::vector<const ClearText::Record*> myLoop;
     std::vector<ModelData_Point> myPolygon;
     std::vector<std::size_t> myCorners;
+    mesh::PolygonCutter myCutter;
 };
 
 } // namespace

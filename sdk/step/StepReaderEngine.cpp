@@ -59,9 +59,7 @@ private:
             return false; // with its reason
         }
         if (!ReadStepContent(text, fileName, myContent)) {
-            internal::Reports::Add(internal::Report::Kind::Refused,
-                                   "products that contain themselves, or too many of them");
-            return false;
+            return false; // with its reason
         }
         if (auto facets = std::make_unique<StepFacets>(); facets->Read(text, myContent)) {
             myGeometry = std::move(facets);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include <cadex/internal/Reports.hxx>
+
 #include "sdk/text/PlainText.h"
 
 namespace cadex::step {
@@ -192,6 +194,12 @@ void StepStructure::FindAssemblies(const ClearText& text)
     }
 }
 
+bool Refuse(const char* reason, RecordId record = 0)
+{
+    internal::Reports::Add(internal::Report::Kind::Refused, reason, record);
+    return false;
+}
+
 // Depth first without recursion; a product met while its own contents are being visited contains itself.
 bool StepStructure::Order()
 {
@@ -218,7 +226,7 @@ bool StepStructure::Order()
                     heights[number] = std::max(heights[number], 1 + heights[instances[instance].child]);
                 }
                 if (heights[number] > MaximalDepth) {
-                    return false;
+                    return Refuse("products are nested too deep", product.definition);
                 }
                 states[number] = State::Done;
                 childrenFirst.push_back(number);
@@ -227,7 +235,7 @@ bool StepStructure::Order()
             }
             const std::size_t child = instances[product.instances[next++]].child;
             if (states[child] == State::Open) {
-                return false;
+                return Refuse("a product contains itself", products[child].definition);
             }
             if (states[child] == State::New) {
                 states[child] = State::Open;
@@ -249,10 +257,13 @@ bool StepStructure::Order()
         }
     }
     // Whatever no root reaches and is used runs in a circle.
-    const bool circle = std::any_of(products.begin(), products.end(), [&](const StepProduct& product) {
+    const auto inCircle = std::find_if(products.begin(), products.end(), [&](const StepProduct& product) {
         return product.isUsed && states[static_cast<std::size_t>(&product - products.data())] == State::New;
     });
-    return !circle && total <= MaximalOccurrences;
+    if (inCircle != products.end()) {
+        return Refuse("a product contains itself", inCircle->definition);
+    }
+    return total <= MaximalOccurrences || Refuse("products are used too many times");
 }
 
 bool StepStructure::FindProduct(RecordId definition, std::size_t& number) const

@@ -51,7 +51,8 @@ public:
     static constexpr std::size_t MaximalDepth = 1000;
     static constexpr double MaximalOccurrences = 4e6;
 
-    /// False when a product contains itself, or when the structure goes beyond the limits.
+    /// False, with the reason reported, when a product contains itself or the structure goes beyond the
+    /// limits.
     bool Build(const ClearText& text);
 
     /// Number of the product or instance of a product definition or usage; false when it is none.

@@ -4,34 +4,14 @@
 #include <string_view>
 #include <vector>
 
+#include "sdk/text/SiPrefixes.h"
+
 namespace cadex::step {
 
 namespace {
 
 constexpr double MillimetresPerMetre = 1000.0;
 constexpr int MaximalNesting = 4; // of conversion-based units
-
-struct Prefix
-{
-    std::string_view name;
-    double factor;
-};
-
-// NOTE: ISO 10303-41, si_prefix.
-constexpr Prefix Prefixes[] = {{"EXA", 1e18},  {"PETA", 1e15},  {"TERA", 1e12},   {"GIGA", 1e9},
-                               {"MEGA", 1e6},  {"KILO", 1e3},   {"HECTO", 1e2},   {"DECA", 1e1},
-                               {"DECI", 1e-1}, {"CENTI", 1e-2}, {"MILLI", 1e-3},  {"MICRO", 1e-6},
-                               {"NANO", 1e-9}, {"PICO", 1e-12}, {"FEMTO", 1e-15}, {"ATTO", 1e-18}};
-
-double PrefixFactor(std::string_view name)
-{
-    for (const Prefix& prefix : Prefixes) {
-        if (prefix.name == name) {
-            return prefix.factor;
-        }
-    }
-    return 1.0;
-}
 
 double LengthFactor(const ClearText& text, RecordId unit, int nesting)
 {
@@ -46,7 +26,7 @@ double LengthFactor(const ClearText& text, RecordId unit, int nesting)
             }
         }
         const double prefix =
-            si.Next() == Cursor::Kind::Enumerator ? PrefixFactor(Cursor(si).Enumerator()) : 1.0;
+            si.Next() == Cursor::Kind::Enumerator ? text::SiPrefixOf(Cursor(si).Enumerator()).factor : 1.0;
         si.Skip();
         return si.Enumerator() == "METRE" ? prefix * MillimetresPerMetre : 0.0;
     }

@@ -1,9 +1,12 @@
 #include "sdk/text/AtomicFile.h"
 
+#include <cerrno>
 #include <random>
 #include <string>
 #include <system_error>
 #include <utility>
+
+#include <cadex/internal/Reports.hxx>
 
 namespace cadex::text {
 
@@ -49,6 +52,7 @@ AtomicFile::AtomicFile(const fs::path& target) : myTarget(Resolved(target))
     std::error_code failure;
     switch (fs::status(myTarget, failure).type()) {
     case fs::file_type::directory:
+        Refuse("the file to be written is a folder");
         return;
     case fs::file_type::not_found:
         OpenBeside();
@@ -56,6 +60,8 @@ AtomicFile::AtomicFile(const fs::path& target) : myTarget(Resolved(target))
     case fs::file_type::regular:
         if (MayBeWritten(myTarget)) {
             OpenBeside();
+        } else {
+            Refuse("the existing file may not be written");
         }
         return;
     default:
@@ -63,6 +69,8 @@ AtomicFile::AtomicFile(const fs::path& target) : myTarget(Resolved(target))
     }
     if (myFile != nullptr) {
         std::setvbuf(myFile, nullptr, _IONBF, 0);
+    } else {
+        Refuse("the file to be written cannot be opened");
     }
 }
 
@@ -76,7 +84,21 @@ void AtomicFile::OpenBeside()
     }
     if (myFile != nullptr) {
         std::setvbuf(myFile, nullptr, _IONBF, 0);
+        return;
     }
+    std::error_code failure;
+    const fs::path folder = myTarget.has_parent_path() ? myTarget.parent_path() : fs::path(".");
+    Refuse(fs::is_directory(folder, failure) ? "no file can be made in the folder of the file to be written"
+                                             : "the folder of the file to be written does not exist");
+}
+
+/// The first reason is the one that counts: later failures follow from it.
+bool AtomicFile::Refuse(const char* reason)
+{
+    if (!std::exchange(myFailed, true)) {
+        internal::Reports::Add(internal::Report::Kind::Refused, reason);
+    }
+    return false;
 }
 
 AtomicFile::~AtomicFile()
@@ -92,9 +114,21 @@ AtomicFile::~AtomicFile()
 
 bool AtomicFile::Write(std::string_view bytes)
 {
-    myFailed =
-        myFailed || myFile == nullptr || std::fwrite(bytes.data(), 1, bytes.size(), myFile) != bytes.size();
-    return !myFailed;
+    if (myFailed || myFile == nullptr) {
+        return false;
+    }
+    errno = 0;
+    if (std::fwrite(bytes.data(), 1, bytes.size(), myFile) == bytes.size()) {
+        return true;
+    }
+    switch (errno) {
+    case ENOSPC:
+        return Refuse("the disk is full");
+    case EFBIG:
+        return Refuse("the file grows beyond what the file system or a limit allows");
+    default:
+        return Refuse("the file cannot be written to its end");
+    }
 }
 
 bool AtomicFile::Commit()
@@ -104,6 +138,9 @@ bool AtomicFile::Commit()
     }
     std::FILE* file = std::exchange(myFile, nullptr);
     bool ok = std::fclose(file) == 0;
+    if (!ok) {
+        Refuse("the file cannot be written to its end");
+    }
     if (myTemporary.empty()) {
         return ok;
     }
@@ -114,7 +151,7 @@ bool AtomicFile::Commit()
     }
     if (ok) {
         fs::rename(myTemporary, myTarget, failure);
-        ok = !failure;
+        ok = !failure || Refuse("the written file cannot take the place of the one to be written");
     }
     if (!ok) {
         fs::remove(myTemporary, failure);

@@ -33,7 +33,7 @@ private:
 
 /// A symbolic link is followed: the file behind it is replaced. A target that is neither a regular file nor
 /// missing (a pipe, a device) is written directly. A folder, or an existing file that may not be written, is
-/// refused.
+/// refused. What goes wrong is reported.
 class AtomicFile final : public ByteSink
 {
 public:
@@ -53,6 +53,7 @@ public:
 
 private:
     void OpenBeside();
+    bool Refuse(const char* reason);
 
     std::filesystem::path myTarget;
     std::filesystem::path myTemporary; // empty when the target is written directly

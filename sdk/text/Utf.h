@@ -5,20 +5,18 @@
 #include <string_view>
 
 #include <cadex/Base_UTF16String.hxx>
+#include <cadex/internal/Utf.hxx>
 
 namespace cadex::text {
 
-/// Behind the last code point.
-inline constexpr char32_t UnicodeEnd = 0x110000;
+using internal::AppendUtf16;
+using internal::UnicodeEnd;
 
 /// Decodes one character of UTF-8 and moves on; false, with the bytes as they were, when they are none: a
 /// byte that starts nothing, a character cut off, an over-long form, a surrogate. The bytes must not be
 /// empty.
 bool NextUtf8(std::string_view& bytes, char32_t& c);
 bool IsUtf8(std::string_view bytes);
-
-/// Appends a code point below UnicodeEnd; the halves of surrogate pairs stay as they are.
-void AppendUtf16(std::u16string& text, char32_t c);
 
 Base_UTF16String ToSdkString(const std::u16string& text);
 

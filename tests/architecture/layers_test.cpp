@@ -46,9 +46,13 @@ constexpr Room Rooms[] = {
     {"common/image/", "image", "std host Qt FreeImage encoding file"},
     {"cadexchange/CZemtarCADExchangeReaderHandlerSolidHints.cpp", "cadexchange",
      "std host Qt cadex encoding file image OCCT"},
-    {"cadexchange/", "cadexchange", "std host Qt cadex encoding file image"},
-    {"apps/cli/", "apps", "std Qt host cadex encoding file image cadexchange CLI11"},
-    {"apps/", "apps", "std Qt host cadex encoding file image cadexchange"},
+    {"cadexchange/", "cadexchange", "std host Qt QtWidgets cadex encoding file image"},
+    {"apps/shared/", "shared", "std Qt host cadex encoding file image cadexchange"},
+    {"apps/images/", "images", "std Qt host encoding file image"},
+    {"apps/render/", "render", "std Qt host encoding file image shared images"},
+    {"apps/cli/", "cli", "std Qt host cadex encoding file image cadexchange CLI11 shared images render"},
+    {"apps/viewer/", "viewer",
+     "std Qt QtWidgets host cadex encoding file image cadexchange shared images render"},
 };
 
 bool IsAllowed(const Room& room, std::string_view kind)
@@ -99,6 +103,14 @@ std::string_view KindOf(const std::string& name)
     }
     if (name.find("uchardet") != std::string::npos) {
         return "uchardet";
+    }
+    // What needs a window: the command line and the renderer do without.
+    static const std::regex widgets(
+        "Qt(OpenGL)?Widgets/.*|ui_\\w+\\.h|Q(Application|MainWindow|Style|StyleFactory|"
+        "StyleOption\\w*|Splitter|ToolTip|Frame|\\w*(Widget|Dialog|Button|Layout|View|"
+        "Box|Menu|Bar|Label|Slider|Edit|Delegate|Area))");
+    if (std::regex_match(name, widgets)) {
+        return "QtWidgets";
     }
     static const std::regex qt(
         "(Qt[A-Z]\\w*/)?(Q[A-Z]\\w*|qt?[a-z]+\\.h)|ui_\\w+\\.h|moc_\\w+\\.cpp|\\w+\\.moc");
@@ -155,6 +167,9 @@ TEST(Layers, IncludesAreRecognised)
 {
     EXPECT_EQ(KindOf("vector"), "std");
     EXPECT_EQ(KindOf("QString"), "Qt");
+    EXPECT_EQ(KindOf("QWidget"), "QtWidgets");
+    EXPECT_EQ(KindOf("QApplication"), "QtWidgets");
+    EXPECT_EQ(KindOf("QGuiApplication"), "Qt");
     EXPECT_EQ(KindOf("TopoDS_Shape.hxx"), "OCCT");
     EXPECT_EQ(KindOf("cadex/ModelData_Part.hxx"), "cadex");
     EXPECT_EQ(KindOf("host/reference/Document.h"), "reference");

@@ -2,6 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
+
+#include <cadex/internal/Reports.hxx>
 
 #include "sdk/text/AtomicFile.h"
 #include "tests/sdk/step/StepModels.h"
@@ -20,6 +23,17 @@ namespace fs = std::filesystem;
 void Fill(const fs::path& file, const std::string& text)
 {
     std::ofstream(file, std::ios::binary) << text;
+}
+
+// Writes and gives the reason why that failed; "written" when it did not.
+std::string Outcome(const ModelData_Model& model, const fs::path& file)
+{
+    if (WriteStep(model, file)) {
+        return "written";
+    }
+    const std::vector<internal::Report> reports = internal::Reports::Take();
+    return reports.size() == 1 && reports[0].kind == internal::Report::Kind::Refused ? reports[0].text
+                                                                                     : "reports are wrong";
 }
 
 TEST(AtomicFile, ReplacesTheTargetOnlyOnCommit)
@@ -56,8 +70,10 @@ TEST(AtomicFile, FollowsLinksAndRefusesWhatIsNoFile)
     EXPECT_EQ(CountOf(ContentOf(folder / "real.step"), "FACETED_BREP("), 1u);
 
     fs::create_directory(folder / "folder.step");
-    EXPECT_FALSE(WriteStep(ModelOf(CubePart("cube")), folder / "folder.step"));
-    EXPECT_FALSE(WriteStep(ModelOf(CubePart("cube")), folder / "missing/a.step"));
+    const ModelData_Model cube = ModelOf(CubePart("cube"));
+    EXPECT_EQ(Outcome(cube, folder / "folder.step"), "the file to be written is a folder");
+    EXPECT_EQ(Outcome(cube, folder / "missing/a.step"),
+              "the folder of the file to be written does not exist");
     EXPECT_FALSE(WriteStep(ModelOf(CubePart("cube")), ""));
     EXPECT_EQ(folder.NumberOfEntries(), 3u);
     EXPECT_TRUE(WriteStep(ModelOf(CubePart("cube")), folder / (std::string(250, 'n') + ".stp").c_str()));
@@ -97,15 +113,15 @@ TEST(AtomicFile, AFullDiskLeavesNothingBehind)
         rlimit small = before;
         small.rlim_cur = size;
         ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-        const bool written = WriteStep(model, folder / "a.step");
+        const std::string outcome = Outcome(model, folder / "a.step");
         ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
-        EXPECT_FALSE(written);
+        EXPECT_EQ(outcome, "the file grows beyond what the file system or a limit allows");
         EXPECT_EQ(ContentOf(folder / "a.step"), "before");
         EXPECT_EQ(folder.NumberOfEntries(), 1u);
     }
     std::signal(SIGXFSZ, handler);
     if (fs::exists("/dev/full")) {
-        EXPECT_FALSE(WriteStep(model, "/dev/full"));
+        EXPECT_EQ(Outcome(model, "/dev/full"), "the disk is full");
         EXPECT_TRUE(fs::is_character_file("/dev/full"));
         EXPECT_TRUE(WriteStep(model, "/dev/null"));
         EXPECT_TRUE(fs::is_character_file("/dev/null"));
