@@ -23,8 +23,6 @@ namespace cadex::brep {
 
 namespace {
 
-constexpr double LargestCoordinate = 1e12; // millimetres
-
 bool IsIndex(int number, std::size_t count)
 {
     return number >= 0 && static_cast<std::size_t>(number) < count;
@@ -32,7 +30,8 @@ bool IsIndex(int number, std::size_t count)
 
 bool IsFinite(const gp_Pnt& point)
 {
-    return point.XYZ().SquareModulus() < LargestCoordinate * LargestCoordinate; // false for what is no number
+    return point.XYZ().SquareModulus() <
+           tolerance::LargestCoordinate * tolerance::LargestCoordinate; // false for what is no number
 }
 
 /// Parameter of the point of the curve between `first` and `last` that is nearest: samples, then Newton.
@@ -338,7 +337,7 @@ private:
 
     bool IsSound()
     {
-        if (!(myEdge.first < myEdge.last) || !(myEdge.last - myEdge.first < LargestCoordinate)) {
+        if (!(myEdge.first < myEdge.last) || !(myEdge.last - myEdge.first < tolerance::LargestCoordinate)) {
             return false;
         }
         const double reach = std::max(tolerance::VertexOffCurve, EndReach());

@@ -7,13 +7,11 @@
 
 #include "sdk/brep/FaceIntegrals.h"
 #include "sdk/brep/KernelTasks.h"
+#include "sdk/brep/Tolerances.h"
 
 namespace cadex::brep {
 
 namespace {
-
-// A volume that is this small beside the sum of the faces' shares, signs left aside, is rounding noise.
-constexpr double NoVolume = 1e-9;
 
 enum class Closure
 {
@@ -100,7 +98,7 @@ private:
 
     void AddBody(double volume, const gp_XYZ& moment, double share, bool& isWhole)
     {
-        isWhole = isWhole && volume > NoVolume * share;
+        isWhole = isWhole && volume > tolerance::NoVolume * share;
         myVolume += volume;
         myMoment += moment;
     }

@@ -31,9 +31,6 @@ namespace {
 
 constexpr double TwoPi = 2 * M_PI;
 
-/// Radii beyond this are no geometry; the kernel's sines would have no digit left.
-constexpr double LargestLength = 1e12;
-
 // ------------------------------------------------------------------------------------- elementary surfaces
 
 /// Takes the numbers of an elementary surface; false when it is none or has no extent.
@@ -71,7 +68,7 @@ bool IsSound(const Surface& surface)
 {
     const gp_XYZ origin = surface.axes.Location().XYZ();
     const double size = origin.Modulus() + surface.radius + surface.minorRadius;
-    if (!(size < LargestLength)) {
+    if (!(size < tolerance::LargestCoordinate)) {
         return false;
     }
     switch (surface.kind) {
@@ -449,7 +446,7 @@ bool IsFinite(const Surface& surface)
     gp_Vec du, dv;
     surface.D1(ProbeOf(*surface.geometry), point, du, dv);
     const double sum = point.XYZ().Modulus() + du.Magnitude() + dv.Magnitude();
-    return sum < LargestLength * LargestLength;
+    return sum < tolerance::LargestCoordinate * tolerance::LargestCoordinate;
 }
 
 } // namespace

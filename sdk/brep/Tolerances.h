@@ -1,10 +1,14 @@
-// Every tolerance of the room, named once. Lengths are millimetres, parameters those of the curve or surface.
+// Tolerances of the room, named once, beside those of the whole engine. Lengths are millimetres, parameters
+// those of the curve or surface.
 #pragma once
+
+#include "sdk/mesh/EngineTolerances.h"
 
 namespace cadex::brep::tolerance {
 
-/// Points nearer than this are one point, for the kernel too.
-inline constexpr double Coincident = 1e-7;
+using cadex::tolerance::Coincident;
+using cadex::tolerance::LargestCoordinate;
+using cadex::tolerance::NoVolume;
 
 /// A side of a surface that is no longer than this, and than this share of the side across from it, is a
 /// pole.

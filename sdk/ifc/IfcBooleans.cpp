@@ -16,6 +16,7 @@
 #include "sdk/ifc/IfcConvexCut.h"
 #include "sdk/ifc/IfcFlatBoolean.h"
 #include "sdk/ifc/IfcSolids.h"
+#include "sdk/mesh/EngineTolerances.h"
 
 namespace cadex::ifc {
 namespace {
@@ -264,8 +265,7 @@ bool Combine(const Context& context, BooleanKind kind, const TopoDS_Shape& body,
 {
     const TopoDS_Shape whole = body; // may be the result's own
     // what the file means by the same place first: openings that end a hair before a face leave no skin
-    constexpr double Finest = 1e-5;
-    for (const double fuzzy : {context.fuzziness, Finest, 10 * context.fuzziness}) {
+    for (const double fuzzy : {context.fuzziness, tolerance::FinestPrecision, 10 * context.fuzziness}) {
         const TopoDS_Shape shape = OperateSoundly(kind, whole, tools, fuzzy);
         if (!shape.IsNull()) {
             result = shape;

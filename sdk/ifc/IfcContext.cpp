@@ -5,6 +5,7 @@
 
 #include "sdk/ifc/IfcAlignment.h"
 #include "sdk/ifc/IfcUnits.h"
+#include "sdk/mesh/EngineTolerances.h"
 
 namespace cadex::ifc {
 namespace {
@@ -116,13 +117,12 @@ Context::Context(const IfcFile& ifcFile) : file(ifcFile)
 /// IfcGeometricRepresentationContext: ContextIdentifier, ContextType, CoordinateSpaceDimension, Precision ...
 void Context::ReadPrecision()
 {
-    constexpr double Finest = 1e-5;
-    constexpr double Coarsest = 0.1;
     for (const Id project : file.IdsOf(Type::IfcProject)) {
         for (const Id id : file.Get(project).Refs(7)) {
             const Entity space = file.Get(id);
             if (space.TypeName() == "IFCGEOMETRICREPRESENTATIONCONTEXT" && space.Real(3) > 0) {
-                fuzziness = std::clamp(space.Real(3) * toMillimetres, Finest, Coarsest);
+                fuzziness = std::clamp(space.Real(3) * toMillimetres, tolerance::FinestPrecision,
+                                       tolerance::CoarsestPrecision);
                 return;
             }
         }
@@ -140,7 +140,7 @@ void Context::Steps(std::size_t count)
 double Context::PositiveLength(const Entity& entity, std::size_t index) const
 {
     const double length = Length(entity, index);
-    if (!(length > 0) || length > 1e12) {
+    if (!(length > 0) || length > tolerance::LargestCoordinate) {
         throw Unbuildable("a length that is not above zero");
     }
     return length;
@@ -156,7 +156,7 @@ gp_XYZ Context::Point(const Entity& point) const
     list.EnterList();
     for (int i = 0; i < 3 && list.More(); ++i) {
         c[i] = list.Real();
-        if (list.Failed() || std::abs(c[i] * toMillimetres) > 1e12) {
+        if (list.Failed() || std::abs(c[i] * toMillimetres) > tolerance::LargestCoordinate) {
             throw Unbuildable("a coordinate that is no number");
         }
     }

@@ -22,6 +22,7 @@
 #include <TopoDS_Vertex.hxx>
 #include <TopoDS_Wire.hxx>
 
+#include "sdk/mesh/EngineTolerances.h"
 #include "sdk/occt/FlatHealing.h"
 
 namespace cadex::ifc {
@@ -219,7 +220,8 @@ public:
             const U32 low = forward ? from : to;
             const U32 high = forward ? to : from;
             const gp_XYZ way = myBody.points[high] - myBody.points[low];
-            myBuilder.MakeEdge(edge, new Geom_Line(gp_Pnt(myBody.points[low]), gp_Dir(way)), 1e-7);
+            myBuilder.MakeEdge(edge, new Geom_Line(gp_Pnt(myBody.points[low]), gp_Dir(way)),
+                               tolerance::Coincident);
             myBuilder.Add(edge, Vertex(low).Oriented(TopAbs_FORWARD));
             myBuilder.Add(edge, Vertex(high).Oriented(TopAbs_REVERSED));
             myBuilder.Range(edge, 0, way.Modulus());
@@ -231,7 +233,7 @@ private:
     const TopoDS_Vertex& Vertex(U32 index)
     {
         if (myVertices[index].IsNull()) {
-            myBuilder.MakeVertex(myVertices[index], gp_Pnt(myBody.points[index]), 1e-7);
+            myBuilder.MakeVertex(myVertices[index], gp_Pnt(myBody.points[index]), tolerance::Coincident);
         }
         return myVertices[index];
     }

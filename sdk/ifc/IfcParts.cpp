@@ -9,6 +9,7 @@
 #include <cadex/ModelData_PolyRepresentation.hxx>
 
 #include "sdk/ifc/IfcBodies.h"
+#include "sdk/mesh/EngineTolerances.h"
 #include "sdk/model/TriangleSets.h"
 #include "sdk/occt/CurvePolylines.h"
 #include "sdk/occt/FacetedBRep.h"
@@ -20,9 +21,6 @@ using internal::MakeHandle;
 using internal::MakeTriangleSet;
 using internal::TriangleArrays;
 namespace {
-
-/// Ends of curves nearer than this meet, in millimetres.
-constexpr double JoinTolerance = 1e-6;
 
 ModelData_Point PointOf(const gp_XYZ& p)
 {
@@ -178,7 +176,7 @@ ModelData_Part MakePolyPart(Context& context, const Base_UTF16String& name, cons
                 line.push_back(PointOf(point));
             }
         }
-        for (const occt::Polyline& points : occt::JoinCurves(std::move(lines), JoinTolerance)) {
+        for (const occt::Polyline& points : occt::JoinCurves(std::move(lines), tolerance::JoinedCurves)) {
             ModelData_PolyLineSet line{initialized()};
             line.AddPolyLine(points.data(), points.size());
             if (!body->appearance.IsNull()) {

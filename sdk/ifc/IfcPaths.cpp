@@ -14,6 +14,7 @@
 #include <TopoDS_Vertex.hxx>
 
 #include "sdk/ifc/IfcCurves.h"
+#include "sdk/mesh/EngineTolerances.h"
 
 namespace cadex::ifc {
 namespace {
@@ -329,7 +330,6 @@ Path Joined(const Path& path, double join, bool close)
 
 TopoDS_Wire WireOf(const Context& context, const Path& path, bool close)
 {
-    constexpr double EdgeTolerance = 1e-7;
     const double join = context.precision;
     const Path whole = Joined(path, join, close);
     const bool closed = (whole.front().start - whole.back().end).Modulus() <= join;
@@ -337,18 +337,18 @@ TopoDS_Wire WireOf(const Context& context, const Path& path, bool close)
     TopoDS_Wire wire;
     builder.MakeWire(wire);
     TopoDS_Vertex first;
-    builder.MakeVertex(first, gp_Pnt(whole.front().start), EdgeTolerance);
+    builder.MakeVertex(first, gp_Pnt(whole.front().start), tolerance::Coincident);
     TopoDS_Vertex from = first;
     for (std::size_t i = 0; i < whole.size(); ++i) {
         TopoDS_Vertex to = first;
         const gp_XYZ& next = i + 1 < whole.size() ? whole[i + 1].start : whole.front().start;
         if (i + 1 < whole.size() || !closed) {
             builder.MakeVertex(to, gp_Pnt(closed || i + 1 < whole.size() ? next : whole[i].end),
-                               EdgeTolerance);
+                               tolerance::Coincident);
         }
         // the vertex covers the gap between the end of one piece and the start of the next
-        builder.UpdateVertex(to, (BRep_Tool::Pnt(to).XYZ() - whole[i].end).Modulus() + EdgeTolerance);
-        builder.Add(wire, EdgeOf(whole[i], from, to, EdgeTolerance));
+        builder.UpdateVertex(to, (BRep_Tool::Pnt(to).XYZ() - whole[i].end).Modulus() + tolerance::Coincident);
+        builder.Add(wire, EdgeOf(whole[i], from, to, tolerance::Coincident));
         from = to;
     }
     wire.Closed(closed);

@@ -5,6 +5,8 @@
 #include <BRep_Builder.hxx>
 #include <Geom_Plane.hxx>
 
+#include "sdk/mesh/EngineTolerances.h"
+
 namespace cadex::ifc {
 namespace {
 
@@ -164,7 +166,7 @@ TopoDS_Face FaceOf(const Context& context, const Region& region, const Affine& p
 {
     const BRep_Builder builder;
     TopoDS_Face face;
-    builder.MakeFace(face, new Geom_Plane(placement.Axes()), 1e-7);
+    builder.MakeFace(face, new Geom_Plane(placement.Axes()), tolerance::Coincident);
     builder.Add(face, WireOf(context, Moved(region.outer, placement), true));
     for (const Path& hole : region.holes) {
         builder.Add(face, WireOf(context, Moved(hole, placement), true));

@@ -21,6 +21,7 @@
 
 #include "sdk/iges/IgesBodies.h"
 #include "sdk/iges/IgesUnits.h"
+#include "sdk/mesh/EngineTolerances.h"
 #include "sdk/mesh/PlacedParts.h"
 #include "sdk/model/TriangleSets.h"
 #include "sdk/occt/CurvePolylines.h"
@@ -52,7 +53,6 @@ constexpr int MostEntities = 9999999 / 2;
 constexpr std::size_t LabelLength = 8;
 constexpr int NameProperties = 1;
 // In the file's unit; far below what a mesh of any use resolves.
-constexpr double Resolution = 1e-7;
 
 AsciiString ToAscii(const Base_UTF16String& text)
 {
@@ -226,7 +226,7 @@ void FillHeader(IGESData_IGESModel& model, const ModelData_Model& source,
     header.SetUnitName(new TCollection_HAsciiString(unit.name));
     header.SetLineWeightGrad(1);
     header.SetMaxLineWeight(0.01);
-    header.SetResolution(Resolution);
+    header.SetResolution(tolerance::Coincident);
     header.SetMaxCoord();
     header.SetAuthorName(ToAscii(parameters.Author()));
     header.SetCompanyName(ToAscii(parameters.Organization()));

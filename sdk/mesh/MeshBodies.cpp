@@ -6,12 +6,11 @@
 #include <numbers>
 #include <optional>
 
+#include "sdk/mesh/EngineTolerances.h"
+
 namespace cadex::mesh {
 
 namespace {
-
-// A volume that is this small beside the sum of the triangles' shares, signs left aside, is rounding noise.
-constexpr double NoVolume = 1e-9;
 
 /// Volume and box of a closed piece.
 struct Extent
@@ -78,7 +77,7 @@ private:
             result.volume += share;
             sum += std::abs(share);
         }
-        if (!(std::abs(result.volume) > NoVolume * sum)) {
+        if (!(std::abs(result.volume) > tolerance::NoVolume * sum)) {
             result.volume = 0;
         }
         return result;

@@ -19,14 +19,12 @@
 
 #include <cadex/Base_Settings.hxx>
 
+#include "sdk/mesh/EngineTolerances.h"
 #include "sdk/occt/FacetedBRep.h"
 
 namespace cadex::occt {
 
 namespace {
-
-// A volume that is this small beside the sum of the faces' shares, signs left aside, is rounding noise.
-constexpr double NoVolume = 1e-9;
 
 /// Share of one face: mass (volume or area) and centre of mass times mass.
 struct Share
@@ -83,7 +81,7 @@ std::optional<MassProperties> MassOfBody(const TopoDS_Shape& body)
         sum += std::abs(share.mass);
         moment += share.moment;
     }
-    if (!(std::abs(volume) > NoVolume * sum) || !std::isfinite(volume)) {
+    if (!(std::abs(volume) > tolerance::NoVolume * sum) || !std::isfinite(volume)) {
         return std::nullopt;
     }
     const gp_XYZ centre = moment / volume;
@@ -181,7 +179,7 @@ std::optional<MassProperties> ComputeMass(const FacetedBRep& facets)
         sum += std::abs(share);
         moment += (a + b + c) * (share / 4);
     });
-    if (!(std::abs(volume) > NoVolume * sum) || !std::isfinite(volume)) {
+    if (!(std::abs(volume) > tolerance::NoVolume * sum) || !std::isfinite(volume)) {
         return std::nullopt;
     }
     const gp_XYZ centre = moment / volume + origin;

@@ -5,12 +5,11 @@
 #include <cadex/ModelData_IndexedTriangleSet.hxx>
 #include <cadex/ModelData_PolyLineSet.hxx>
 
+#include "sdk/mesh/EngineTolerances.h"
+
 namespace cadex::occt {
 
 namespace {
-
-// Ends of loose curves that lie this near (millimetres) are one point.
-constexpr double CurveTolerance = 1e-6;
 
 ModelData_IndexedTriangleSet MakeSet(mesh::TriangleTables&& tables, const ModelData_Appearance& appearance,
                                      const Base_UTF16String& name)
@@ -51,7 +50,7 @@ void AddPolylineSets(std::vector<std::vector<Polyline>> curves,
                      ModelData_PolyRepresentation& result)
 {
     for (std::size_t group = 0; group < curves.size(); ++group) {
-        for (const Polyline& line : JoinCurves(std::move(curves[group]), CurveTolerance)) {
+        for (const Polyline& line : JoinCurves(std::move(curves[group]), tolerance::JoinedCurves)) {
             ModelData_PolyLineSet set{initialized()};
             set.AddPolyLine(line.data(), line.size());
             set.SetAppearance(appearances[group]);

@@ -16,8 +16,6 @@ namespace cadex::step {
 namespace {
 
 constexpr int MaximalNesting = 32;
-// Ends of the pieces of a boundary this near (millimetres) are one vertex.
-constexpr double JoinTolerance = 1e-3;
 
 void Reverse(brep::Loop& loop)
 {
@@ -148,8 +146,8 @@ brep::Face StepBodyReader::MakeBoundedFace(const StepRecords::Record& record)
         for (std::size_t i = 0; i < pieces.size(); ++i) {
             const CurvePiece& piece = pieces[i];
             const bool isLast = i + 1 == pieces.size();
-            if (PointAt(start).Distance(piece.start) > JoinTolerance ||
-                (isLast && PointAt(first).Distance(piece.end) > JoinTolerance)) {
+            if (PointAt(start).Distance(piece.start) > tolerance::JoinedPieces ||
+                (isLast && PointAt(first).Distance(piece.end) > tolerance::JoinedPieces)) {
                 throw Unsupported("a boundary whose pieces do not meet", boundary);
             }
             const int end = isLast ? first : myBody->AddVertex(piece.end);

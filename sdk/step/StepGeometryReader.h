@@ -24,13 +24,14 @@
 #include <gp_Pnt.hxx>
 #include <gp_Trsf.hxx>
 
+#include "sdk/mesh/EngineTolerances.h"
 #include "sdk/step/StepRecords.h"
 #include "sdk/step/StepScale.h"
 
 namespace cadex::step {
 
 /// Millimetres; what lies beyond is no part of a body, and squares of it would leave the kernel's range.
-inline constexpr double MaximalCoordinate = 1e12;
+inline constexpr double MaximalCoordinate = tolerance::LargestCoordinate;
 
 /// How a parameter of the file becomes the kernel's: scale * parameter + shift.
 struct Parametrisation

@@ -32,8 +32,6 @@ namespace cadex::step {
 
 namespace {
 
-// Ends of pieces of one composite this near (millimetres) meet.
-constexpr double JoinTolerance = 1e-3;
 // A point beside the curve that it trims, as a part of the curve's reach, outweighs the parameter beside it.
 constexpr double TrimTolerance = 1e-2;
 constexpr double Pi = 3.14159265358979323846;
@@ -352,7 +350,7 @@ Handle(Geom_Curve) StepGeometryReader::Joined(RecordId id)
                 ? new Geom_TrimmedCurve(new Geom_Line(piece.start, gp_Dir(gp_Vec(piece.start, piece.end))), 0,
                                         piece.start.Distance(piece.end))
                 : new Geom_TrimmedCurve(piece.curve, piece.first, piece.last);
-        if (!whole.Add(bounded, JoinTolerance, true)) {
+        if (!whole.Add(bounded, tolerance::JoinedPieces, true)) {
             throw Unsupported("a curve whose pieces do not meet", id);
         }
     }

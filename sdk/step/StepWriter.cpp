@@ -7,6 +7,7 @@
 
 #include <cadex/ModelData_Part.hxx>
 
+#include "sdk/mesh/EngineTolerances.h"
 #include "sdk/model/Elements.h"
 #include "sdk/step/StepPropertyWriter.h"
 #include "sdk/step/StepShapes.h"
@@ -26,7 +27,6 @@ using text::LengthUnitText;
 namespace {
 
 /// Points nearer than this are the same, in millimetres.
-constexpr double Uncertainty = 1e-7;
 
 std::string_view RepresentationType(const std::vector<StepShapeItem>& items)
 {
@@ -96,8 +96,8 @@ void StepWriter::WriteCommon()
     myOut.Text("(NAMED_UNIT(*)SI_UNIT($,.STERADIAN.)SOLID_ANGLE_UNIT())");
     myOut.End();
     myUncertainty = myOut.Add("UNCERTAINTY_MEASURE_WITH_UNIT",
-                              TypedReal{"LENGTH_MEASURE", Uncertainty * myUnitsPerMillimetre}, myUnits[0],
-                              "distance_accuracy_value", "confusion accuracy");
+                              TypedReal{"LENGTH_MEASURE", tolerance::Coincident * myUnitsPerMillimetre},
+                              myUnits[0], "distance_accuracy_value", "confusion accuracy");
 
     myZero = myOut.Add("CARTESIAN_POINT", "", Xyz{});
     for (std::size_t i = 0; i < 6; ++i) {
