@@ -122,8 +122,11 @@ void Measure(const char* name, const fs::path& file, int rounds)
     const double plain = MedianSeconds(rounds, [&] { commas = std::count(bytes.begin(), bytes.end(), ','); });
     line("count of commas", plain, std::to_string(commas));
     std::size_t plainReals = 0;
-    line("numbers by strtod", MedianSeconds(rounds, [&] { SumByStrtod(bytes, plainReals = 0); }),
-         std::to_string(plainReals) + " reals");
+    const double strtodSeconds = MedianSeconds(rounds, [&] {
+        plainReals = 0;
+        SumByStrtod(bytes, plainReals);
+    });
+    line("numbers by strtod", strtodSeconds, std::to_string(plainReals) + " reals");
 
     ClearText text;
     std::vector<double> seconds;
