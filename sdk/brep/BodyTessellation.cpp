@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
 #include "sdk/brep/KernelFaces.h"
@@ -83,8 +84,12 @@ BodyTessellation::BodyTessellation(const Description& description, const occt::M
 
 void BodyTessellation::MeshFaces()
 {
-    ForEach(myFaces.size(), myTolerances.parallel, [&](std::size_t face) { MeshFace(face); });
-    for (std::size_t face = 0; face < myFaces.size(); ++face) {
+    ForEach(myFaces.size(), myTolerances.parallel, [&](std::size_t face) {
+        if (internal::Progress::GoesOn(face, myFaces.size())) {
+            MeshFace(face);
+        }
+    });
+    for (std::size_t face = 0; face < myFaces.size() && internal::Progress::GoesOn(); ++face) {
         if (!myFaces[face].triangles.empty() || TakeFileTriangles(face)) {
             continue;
         }

@@ -1,6 +1,7 @@
 #include "sdk/ifc/IfcTree.h"
 
 #include <cadex/ModelData_Instance.hxx>
+#include <cadex/internal/Progress.hxx>
 
 #include "sdk/occt/EngineScope.h"
 
@@ -72,6 +73,9 @@ bool ModelBuilder::Build(ModelData_Model& model)
     };
     drain();
     BuildOrphans(root);
+    if (internal::Progress::IsCancelled()) {
+        return false;
+    }
     if (myBodies.HasOnlyFailed()) {
         // the tree with its names and properties is left, so the file is none that fails
         Reports::Add(Report::Kind::LeftOut, "none of the file's bodies can be built");
@@ -129,7 +133,8 @@ std::vector<Id> ModelBuilder::ShownChildren(Id object) const
 
 void ModelBuilder::BuildObject(Id id, const Pending& parent)
 {
-    if (!myBuilt.insert(id).second) {
+    if (!myBuilt.insert(id).second ||
+        !internal::Progress::GoesOn(myBuilt.size(), myRelations.objects.size())) {
         return;
     }
     myWholeOf.emplace(id, parent.object);

@@ -5,6 +5,7 @@
 
 #include <cadex/ModelData_Assembly.hxx>
 #include <cadex/ModelData_Instance.hxx>
+#include <cadex/internal/Progress.hxx>
 
 #include "sdk/text/LengthUnits.h"
 
@@ -183,7 +184,8 @@ void IfcWriter::WriteCommon()
     myOut.Add("IFCRELAGGREGATES", key.Child("aggregated", 0).Text(), None, None, None, project,
               std::array{myBuilding});
 
-    for (std::size_t i = 0; i < myPlan.definitions.size() && myOut.Ok(); ++i) {
+    const std::size_t count = myPlan.definitions.size();
+    for (std::size_t i = 0; i < count && myOut.Ok() && internal::Progress::GoesOn(i, count); ++i) {
         if (myPlan.definitions[i].element.IsOfType<ModelData_Part>() && myShapes[i].base == i) {
             WriteShape(i);
         }

@@ -35,6 +35,7 @@
 #include <cadex/ModelData_Assembly.hxx>
 #include <cadex/ModelData_Instance.hxx>
 #include <cadex/ModelData_Part.hxx>
+#include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
 #include "sdk/model/AppearanceCache.h"
@@ -151,6 +152,9 @@ public:
         TransferAll(content);
         for (const auto& definition : myDefinitions) {
             TransferAll(definition.second);
+        }
+        if (internal::Progress::IsCancelled()) {
+            return false;
         }
         ReadColours();
         ModelData_SceneGraphElement root = MakeElement(content, myFileName);
@@ -373,6 +377,10 @@ private:
     void TransferAll(const Content& content)
     {
         for (const Entity& entity : content.geometry) {
+            if (!internal::Progress::GoesOn(myTransferred++,
+                                            static_cast<std::size_t>(myModel->NbEntities()))) {
+                return;
+            }
             myReader.TransferEntity(entity);
             if (HasShape(entity) && ShapeOf(entity).IsNull()) {
                 Tell(entity, "that cannot be built");
@@ -521,6 +529,7 @@ private:
     std::unordered_map<const void*, Content> myDefinitions;
     std::unordered_map<const void*, ModelData_SceneGraphElement> myElements;
     ShapeLooks myLooks;
+    std::size_t myTransferred = 0; ///< entities
 };
 
 } // namespace

@@ -18,6 +18,7 @@
 
 #include <cadex/ModelData_PolyLineSet.hxx>
 #include <cadex/ModelData_PolyRepresentation.hxx>
+#include <cadex/internal/Progress.hxx>
 
 #include "sdk/iges/IgesBodies.h"
 #include "sdk/iges/IgesUnits.h"
@@ -82,6 +83,7 @@ public:
         if (!IsFinite(placed.placement) || (shapes.IsNull() && !placed.part.BRepRepresentation().IsNull())) {
             myIsWhole = false;
         }
+        myIsWhole = myIsWhole && internal::Progress::GoesOn();
         if (!myIsWhole || shapes.IsNull()) {
             return;
         }

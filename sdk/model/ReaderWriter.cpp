@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
 #include "sdk/model/EngineRegistry.h"
@@ -22,9 +23,8 @@ void ReportRefusal(const char* reason) noexcept
     }
 }
 
-/// Runs a call into an engine; whatever it throws is a failure.
 template <typename Call>
-bool Guarded(Call call) noexcept
+bool Caught(const Call& call) noexcept
 {
     try {
         return call();
@@ -36,6 +36,15 @@ bool Guarded(Call call) noexcept
         ReportRefusal("the engine failed in an unknown way");
     }
     return false;
+}
+
+/// Runs a call into an engine as a stage; whatever it throws is a failure, and so is a cancelled one.
+template <typename Call>
+bool Guarded(internal::ProgressStage stage, Call call) noexcept
+{
+    const internal::ProgressRange range(stage);
+    const bool isDone = !internal::Progress::IsCancelled() && Caught(call);
+    return !internal::Progress::ReportCancel() && isDone;
 }
 
 /// A fresh engine; null, which is reported, when this build has none for the format.
@@ -69,11 +78,12 @@ bool Base_Reader::ReadFile(const Base_UTF16String& theFileName)
 {
     myEngine.reset();
     internal::Reports::Clear();
-    return Guarded([&] {
+    return Guarded(internal::ProgressStage::Reading, [&] {
         const internal::ReaderFactory& factory = internal::EngineRegistry::Instance().Reader(myFormat);
         const std::filesystem::path path = internal::PathOf(theFileName);
         auto engine = Made(factory);
-        if (engine == nullptr || !engine->ReadFile(path, BaseParameters())) {
+        if (engine == nullptr || !engine->ReadFile(path, BaseParameters()) ||
+            internal::Progress::IsCancelled()) {
             return false;
         }
         myBaseName = TextOf(path.stem());
@@ -86,10 +96,11 @@ bool Base_Reader::ReadFile(std::istream& theStream)
 {
     myEngine.reset();
     internal::Reports::Clear();
-    return Guarded([&] {
+    return Guarded(internal::ProgressStage::Reading, [&] {
         const internal::ReaderFactory& factory = internal::EngineRegistry::Instance().Reader(myFormat);
         auto engine = Made(factory);
-        if (engine == nullptr || !engine->ReadStream(theStream, BaseParameters())) {
+        if (engine == nullptr || !engine->ReadStream(theStream, BaseParameters()) ||
+            internal::Progress::IsCancelled()) {
             return false;
         }
         myBaseName.Clear();
@@ -100,7 +111,7 @@ bool Base_Reader::ReadFile(std::istream& theStream)
 
 bool Base_Reader::Transfer(ModelData_Model& theModel)
 {
-    return Guarded([&] {
+    return Guarded(internal::ProgressStage::Building, [&] {
         if (myEngine == nullptr || !myEngine->Transfer(theModel)) {
             return false;
         }
@@ -120,7 +131,7 @@ bool Base_Writer::Transfer(const ModelData_Model& theModel)
 {
     myEngine.reset();
     internal::Reports::Clear();
-    return Guarded([&] {
+    return Guarded(internal::ProgressStage::Writing, [&] {
         const internal::WriterFactory& factory = internal::EngineRegistry::Instance().Writer(myFormat);
         auto engine = Made(factory);
         if (engine == nullptr || !engine->Transfer(theModel, BaseParameters())) {
@@ -133,12 +144,14 @@ bool Base_Writer::Transfer(const ModelData_Model& theModel)
 
 bool Base_Writer::WriteFile(const Base_UTF16String& theFileName)
 {
-    return Guarded([&] { return myEngine != nullptr && myEngine->WriteFile(internal::PathOf(theFileName)); });
+    return Guarded(internal::ProgressStage::Writing,
+                   [&] { return myEngine != nullptr && myEngine->WriteFile(internal::PathOf(theFileName)); });
 }
 
 bool Base_Writer::WriteFile(std::ostream& theStream)
 {
-    return Guarded([&] { return myEngine != nullptr && myEngine->WriteStream(theStream); });
+    return Guarded(internal::ProgressStage::Writing,
+                   [&] { return myEngine != nullptr && myEngine->WriteStream(theStream); });
 }
 
 namespace internal {

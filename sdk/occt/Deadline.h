@@ -8,9 +8,11 @@
 
 #include <Message_ProgressIndicator.hxx>
 
+#include <cadex/internal/Progress.hxx>
+
 namespace cadex::occt {
 
-/// Breaks the kernel off when the process has used that much processor time.
+/// Breaks the kernel off when the process has used that much processor time, or the user has cancelled.
 class Deadline : public Message_ProgressIndicator
 {
 public:
@@ -19,7 +21,7 @@ public:
     {
     }
 
-    bool IsPassed() const { return std::clock() > myEnd; }
+    bool IsPassed() const { return std::clock() > myEnd || !internal::Progress::GoesOn(); }
 
 protected:
     Standard_Boolean UserBreak() override { return IsPassed(); }

@@ -3,6 +3,7 @@
 #include <cadex/ModelData_BRepRepresentation.hxx>
 #include <cadex/ModelData_Model.hxx>
 #include <cadex/ModelData_Part.hxx>
+#include <cadex/internal/Progress.hxx>
 
 #include "sdk/mesh/DistinctParts.h"
 #include "sdk/occt/EngineBRep.h"
@@ -16,7 +17,10 @@ void MeshParts(std::vector<ModelData_Part> parts, const ModelAlgo_BRepMesherPara
                bool enforceAddition)
 {
     const occt::MeshTolerances tolerances = occt::MakeTolerances(parameters);
-    for (ModelData_Part& part : parts) {
+    const internal::ProgressRange meshing(internal::ProgressStage::Meshing);
+    for (std::size_t i = 0; i < parts.size() && internal::Progress::GoesOn(i, parts.size()); ++i) {
+        const internal::ProgressRange step(i, parts.size());
+        ModelData_Part& part = parts[i];
         if (!enforceAddition && !part.PolyRepresentation(ModelData_RM_Poly).IsNull()) {
             continue;
         }
@@ -29,10 +33,11 @@ void MeshParts(std::vector<ModelData_Part> parts, const ModelAlgo_BRepMesherPara
             }
             return true;
         });
-        if (!mesh.IsNull()) {
+        if (!mesh.IsNull() && !internal::Progress::IsCancelled()) {
             part.AddRepresentation(mesh);
         }
     }
+    internal::Progress::ReportCancel();
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include <limits>
 #include <string>
 
+#include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
 #include "sdk/part21/Scan.h"
@@ -73,7 +74,10 @@ public:
         myText.myRecords.reserve(myText.myBytes.size() / 48);
         bool hasData = false;
         Section section = Section::None;
-        while (SkipToStatement() && section != Section::Behind) {
+        for (std::size_t count = 1; SkipToStatement() && section != Section::Behind; ++count) {
+            if (count % StatementsBetweenLooks == 0 && !IsWanted()) {
+                return false;
+            }
             const Statement statement = ReadStatement();
             if (!statement.isEnded) {
                 if (*statement.start != '#' && section == Section::None) {
@@ -104,6 +108,14 @@ private:
         Data,
         Behind ///< the end of the exchange structure
     };
+
+    static constexpr std::size_t StatementsBetweenLooks = 4096;
+
+    bool IsWanted() const
+    {
+        return internal::Progress::GoesOn(static_cast<std::size_t>(myPosition - myBegin),
+                                          static_cast<std::size_t>(myEnd - myBegin));
+    }
 
     struct Statement
     {

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include <cadex/ModelData_PolyLineSet.hxx>
+#include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
 #include "sdk/rhino/RhinoSubD.h"
@@ -116,6 +117,9 @@ void RhinoFile::ReadObjectRecord(Chunk& record)
 {
     if (record.Code() != code::ObjectRecord) {
         throw Unreadable("the table of objects holds something else");
+    }
+    if (!internal::Progress::GoesOn(record.Position(), mySource->bytes.size())) {
+        throw Unreadable("cancelled");
     }
     Object object;
     bool isKnown = false;

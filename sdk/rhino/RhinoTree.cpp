@@ -9,6 +9,7 @@
 #include <cadex/ModelData_PolyLineSet.hxx>
 #include <cadex/ModelData_PolyRepresentation.hxx>
 #include <cadex/ModelData_TextureSet.hxx>
+#include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
 #include "sdk/brep/DescribedBRep.h"
@@ -230,7 +231,11 @@ void ModelBuilder::Build(ModelData_Model& model)
 {
     PlaceLayers();
     ModelData_Assembly document(myName);
+    std::size_t done = 0;
     for (Object& object : myFile.objects) {
+        if (!internal::Progress::GoesOn(done++, myFile.objects.size())) {
+            return;
+        }
         if (object.attributes.mode == ObjectMode::DefinitionMember) {
             continue;
         }

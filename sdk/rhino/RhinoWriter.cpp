@@ -11,6 +11,7 @@
 #include <cadex/ModelData_Part.hxx>
 #include <cadex/ModelData_TextureSet.hxx>
 #include <cadex/ModelData_TextureVisitor.hxx>
+#include <cadex/internal/Progress.hxx>
 
 #include "sdk/model/Elements.h"
 #include "sdk/part21/Part21Writer.h"
@@ -555,13 +556,16 @@ void RhinoWriter::WriteDefinition(std::size_t index)
 void RhinoWriter::WriteObjects()
 {
     myOut.Begin(code::ObjectTable);
-    for (const std::size_t index : myPlan.order) {
-        if (myBlocks[index].isWritten) {
-            WriteMembers(index, false);
+    const std::size_t count = myPlan.order.size() + myRoots.size();
+    std::size_t done = 0;
+    const auto goesOn = [&] { return myOut.IsMeasuring() || internal::Progress::GoesOn(done++, count); };
+    for (std::size_t i = 0; i < myPlan.order.size() && goesOn(); ++i) {
+        if (myBlocks[myPlan.order[i]].isWritten) {
+            WriteMembers(myPlan.order[i], false);
         }
     }
-    for (const std::size_t index : myRoots) {
-        WriteMembers(index, true);
+    for (std::size_t i = 0; i < myRoots.size() && goesOn(); ++i) {
+        WriteMembers(myRoots[i], true);
     }
     myOut.Short(code::EndOfTable, 0);
     myOut.End();

@@ -9,6 +9,7 @@
 #include <Geom_Plane.hxx>
 #include <Standard_Failure.hxx>
 
+#include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
 #include "sdk/brep/DescribedBRep.h"
@@ -135,7 +136,9 @@ public:
     {
         const std::string_view type = PreferredType(preferred);
         myResult.myBodies.resize(myStructure.products.size());
-        for (std::size_t number = 0; number < myStructure.products.size(); ++number) {
+        const std::size_t count = myStructure.products.size();
+        for (std::size_t number = 0; number < count && internal::Progress::GoesOn(number, count); ++number) {
+            const internal::ProgressRange step(number, count);
             const StepProduct& product = myStructure.products[number];
             std::vector<RecordId> some;
             for (const RecordId id : product.representations) {

@@ -9,6 +9,7 @@
 #include <Geom_Plane.hxx>
 #include <Standard_Failure.hxx>
 
+#include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
 namespace cadex::step {
@@ -49,7 +50,7 @@ int StepBodyReader::AddShell(RecordId id, bool forward, Looks looks, bool& whole
     }
     brep::Shell shell;
     shell.closed = type == StepType::ClosedShell;
-    while (arguments.More() && !arguments.Failed()) {
+    while (arguments.More() && !arguments.Failed() && internal::Progress::GoesOn()) {
         const RecordId face = arguments.Reference();
         myGeometry.CountStep();
         try {

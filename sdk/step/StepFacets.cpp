@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include <cadex/internal/Progress.hxx>
+
 #include "sdk/mesh/Polygons.h"
 #include "sdk/occt/FacetedBRep.h"
 #include "sdk/step/StepPlacements.h"
@@ -539,6 +541,9 @@ bool StepFacets::Read(const ClearText& text, const StepContent& content)
     myBodies.resize(structure.products.size());
     bool any = false;
     for (std::size_t number = 0; number < structure.products.size(); ++number) {
+        if (!internal::Progress::GoesOn(number, structure.products.size())) {
+            return false;
+        }
         const auto style = content.styles.products.find(number);
         const ModelData_Appearance whole =
             style != content.styles.products.end() ? style->second.surface : ModelData_Appearance();

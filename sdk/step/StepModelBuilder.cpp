@@ -5,6 +5,7 @@
 #include <cadex/ModelData_Assembly.hxx>
 #include <cadex/ModelData_Instance.hxx>
 #include <cadex/ModelData_Part.hxx>
+#include <cadex/internal/Progress.hxx>
 
 #include "sdk/text/PlainText.h"
 
@@ -24,6 +25,9 @@ public:
     bool Run(ModelData_Model& model)
     {
         for (const std::size_t number : myContent.structure.childrenFirst) {
+            if (!internal::Progress::GoesOn()) {
+                return false;
+            }
             MakeElement(number);
         }
         std::vector<ModelData_SceneGraphElement> roots;

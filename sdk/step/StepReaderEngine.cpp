@@ -6,6 +6,7 @@
 #include <utility>
 
 #include <cadex/STEP_ReaderParameters.hxx>
+#include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
 #include "sdk/model/EngineRegistry.h"
@@ -55,9 +56,10 @@ private:
         const auto preferred =
             static_cast<const STEP_ReaderParameters&>(parameters).PreferredBRepRepresentationType();
         ClearText text;
-        if (!text.Load(std::move(bytes))) {
+        if (const internal::ProgressRange first(0, 2); !text.Load(std::move(bytes))) {
             return false; // with its reason
         }
+        const internal::ProgressRange second(1, 2);
         if (!ReadStepContent(text, fileName, myContent)) {
             return false; // with its reason
         }

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include <cadex/ModelData_Part.hxx>
+#include <cadex/internal/Progress.hxx>
 
 #include "sdk/mesh/EngineTolerances.h"
 #include "sdk/model/Elements.h"
@@ -68,13 +69,12 @@ bool StepWriter::Write()
     header.schema = "AUTOMOTIVE_DESIGN { 1 0 10303 214 1 1 1 1 }";
     myOut.BeginFile(header);
     WriteCommon();
-    for (const std::size_t index : myPlan.order) {
-        if (!myOut.Ok()) {
-            break;
-        }
-        WriteDefinition(index);
+    const std::size_t count = myPlan.order.size();
+    for (std::size_t i = 0; i < count && myOut.Ok() && internal::Progress::GoesOn(i, count); ++i) {
+        const internal::ProgressRange step(i, count);
+        WriteDefinition(myPlan.order[i]);
     }
-    return myOut.EndFile();
+    return myOut.EndFile() && !internal::Progress::IsCancelled();
 }
 
 void StepWriter::WriteCommon()

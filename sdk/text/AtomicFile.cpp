@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 
+#include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
 namespace cadex::text {
@@ -114,6 +115,7 @@ AtomicFile::~AtomicFile()
 
 bool AtomicFile::Write(std::string_view bytes)
 {
+    myFailed = myFailed || !internal::Progress::GoesOn();
     if (myFailed || myFile == nullptr) {
         return false;
     }
@@ -133,7 +135,7 @@ bool AtomicFile::Write(std::string_view bytes)
 
 bool AtomicFile::Commit()
 {
-    if (myFailed || myFile == nullptr) {
+    if (myFailed || myFile == nullptr || !internal::Progress::GoesOn()) {
         return false;
     }
     std::FILE* file = std::exchange(myFile, nullptr);

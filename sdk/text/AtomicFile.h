@@ -33,7 +33,7 @@ private:
 
 /// A symbolic link is followed: the file behind it is replaced. A target that is neither a regular file nor
 /// missing (a pipe, a device) is written directly. A folder, or an existing file that may not be written, is
-/// refused. What goes wrong is reported.
+/// refused. What goes wrong is reported. Writing fails once the user has cancelled.
 class AtomicFile final : public ByteSink
 {
 public:
