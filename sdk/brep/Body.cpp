@@ -34,22 +34,9 @@ bool IsFinite(const gp_Pnt& point)
            tolerance::LargestCoordinate * tolerance::LargestCoordinate; // false for what is no number
 }
 
-/// Parameter of the point of the curve between `first` and `last` that is nearest: samples, then Newton.
-double NearestParameter(const Geom_Curve& curve, const gp_Pnt& point, double first, double last)
+/// By Newton's way, from a parameter near by.
+double RefinedParameter(const Geom_Curve& curve, const gp_Pnt& point, double at, double first, double last)
 {
-    int samples = 40;
-    if (const auto* spline = dynamic_cast<const Geom_BSplineCurve*>(&curve)) {
-        samples = std::clamp(4 * spline->NbPoles(), 20, 4000);
-    }
-    double best = std::numeric_limits<double>::max(), at = first;
-    for (int i = 0; i <= samples; ++i) {
-        const double t = first + (last - first) * i / samples;
-        const double square = curve.Value(t).SquareDistance(point);
-        if (square < best) {
-            best = square;
-            at = t;
-        }
-    }
     constexpr int Steps = 20;
     constexpr double Still = 1e-14;
     for (int i = 0; i < Steps; ++i) {
@@ -71,6 +58,69 @@ double NearestParameter(const Geom_Curve& curve, const gp_Pnt& point, double fir
     }
     return at;
 }
+
+/// A curve, sampled between two of its parameters.
+class SampledCurve
+{
+public:
+    SampledCurve(const Geom_Curve& curve, double first, double last)
+        : myCurve(curve), myFirst(first), myLast(last)
+    {
+        int count = 40;
+        if (const auto* spline = dynamic_cast<const Geom_BSplineCurve*>(&curve)) {
+            count = std::clamp(4 * spline->NbPoles(), 20, 4000);
+        }
+        for (int i = 0; i <= count; ++i) {
+            myPoints.push_back(curve.Value(ParameterOf(i, count)));
+        }
+    }
+
+    /// Parameter of the nearest point.
+    double Nearest(const gp_Pnt& point) const
+    {
+        const auto nearest =
+            std::min_element(myPoints.begin(), myPoints.end(), [&](const gp_Pnt& a, const gp_Pnt& b) {
+                return a.SquareDistance(point) < b.SquareDistance(point);
+            });
+        return Refined(point, nearest - myPoints.begin());
+    }
+
+    /// Parameters at each place where the curve comes to the point and leaves it again, as near as `reach`.
+    std::vector<double> AllWithin(const gp_Pnt& point, double reach) const
+    {
+        std::vector<double> places;
+        std::vector<double> off;
+        for (const gp_Pnt& sample : myPoints) {
+            off.push_back(sample.SquareDistance(point));
+        }
+        for (std::size_t i = 0; i < off.size(); ++i) {
+            if ((i > 0 && off[i - 1] < off[i]) || (i + 1 < off.size() && off[i + 1] < off[i])) {
+                continue;
+            }
+            const double place = Refined(point, static_cast<std::ptrdiff_t>(i));
+            if (myCurve.Value(place).Distance(point) <= reach) {
+                places.push_back(place);
+            }
+        }
+        return places;
+    }
+
+private:
+    double ParameterOf(std::ptrdiff_t sample, std::ptrdiff_t count) const
+    {
+        return myFirst + (myLast - myFirst) * static_cast<double>(sample) / static_cast<double>(count);
+    }
+    double Refined(const gp_Pnt& point, std::ptrdiff_t sample) const
+    {
+        const double near = ParameterOf(sample, static_cast<std::ptrdiff_t>(myPoints.size()) - 1);
+        return RefinedParameter(myCurve, point, near, myFirst, myLast);
+    }
+
+    const Geom_Curve& myCurve;
+    const double myFirst;
+    const double myLast;
+    std::vector<gp_Pnt> myPoints;
+};
 
 /// Finds the curve and the parameters of one edge.
 class EdgeMaker
@@ -294,7 +344,7 @@ private:
         if (!ClosePeriodically()) {
             return false;
         }
-        myEdge.first = NearestParameter(*myEdge.curve, Start(), first, last);
+        myEdge.first = SampledCurve(*myEdge.curve, first, last).Nearest(Start());
         myEdge.last = myEdge.first + myEdge.curve->Period();
         return true;
     }
@@ -306,20 +356,51 @@ private:
         const auto isAt = [&](const gp_Pnt& point, const gp_Pnt& end) {
             return point.Distance(end) < tolerance::EndAtVertex;
         };
-        myEdge.first = isAt(begin, Start()) || (isClosed && isAt(finish, Start()))
-                           ? first
-                           : NearestParameter(*myEdge.curve, Start(), first, last);
-        myEdge.last = isAt(finish, End()) || (isClosed && isAt(begin, End()))
-                          ? last
-                          : NearestParameter(*myEdge.curve, End(), first, last);
+        const bool isFirst = isAt(begin, Start()) || (isClosed && isAt(finish, Start()));
+        const bool isLast = isAt(finish, End()) || (isClosed && isAt(begin, End()));
+        myEdge.first = first;
+        myEdge.last = last;
+        if (isFirst && isLast) {
+            return true;
+        }
+        const SampledCurve samples(*myEdge.curve, first, last);
+        myEdge.first = isFirst ? first : samples.Nearest(Start());
+        myEdge.last = isLast ? last : samples.Nearest(End());
         if (myEdge.last > myEdge.first) {
             return true;
         }
-        if (!isClosed || !ClosePeriodically()) {
+        if (!isClosed) {
+            return TakeFromFold(samples);
+        }
+        if (!ClosePeriodically()) {
             return false;
         }
         myEdge.last += myEdge.curve->Period();
         return true;
+    }
+
+    /// The nearest places came in the wrong order: the curve runs to and fro, or past itself, no farther from
+    /// the vertices than the file is inexact. The shortest piece that runs the right way is meant; between
+    /// vertices that are as near to each other, their line.
+    bool TakeFromFold(const SampledCurve& samples)
+    {
+        const double reach = std::max(tolerance::LoopGap, EndReach());
+        if (Start().Distance(End()) < reach) {
+            myEdge.kind = CurveKind::Line;
+            return TakeLine();
+        }
+        const std::vector<double> ends = samples.AllWithin(End(), reach);
+        double shortest = std::numeric_limits<double>::max();
+        for (const double start : samples.AllWithin(Start(), reach)) {
+            for (const double end : ends) {
+                if (start < end && end - start < shortest) {
+                    shortest = end - start;
+                    myEdge.first = start;
+                    myEdge.last = end;
+                }
+            }
+        }
+        return shortest < std::numeric_limits<double>::max();
     }
 
     /// An edge in a pole, as some files have it.

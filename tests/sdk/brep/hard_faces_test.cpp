@@ -177,6 +177,25 @@ Description WithEdgeOfNoLength()
     return body;
 }
 
+/// A band from `left` to 11 whose lower edge lies on a curve that comes back past itself, nearer to the
+/// edge's vertices than on its way there.
+Description OnFoldedCurve(double left, double right)
+{
+    TColgp_Array1OfPnt poles(1, 3);
+    poles(1) = {0, 0, 0};
+    poles(2) = {12, 0, 0};
+    poles(3) = {8, 6e-4, 0};
+    TColStd_Array1OfReal knots(1, 3);
+    TColStd_Array1OfInteger multiplicities(1, 3);
+    for (int i = 1; i <= 3; ++i) {
+        knots(i) = i - 1;
+        multiplicities(i) = i == 2 ? 1 : 2;
+    }
+    Description body = Polygons({{{left, 3e-4, 0}, {right, 2e-4, 0}, {11, 3, 0}, {left, 3, 0}}});
+    body.edges[0].curve = new Geom_BSplineCurve(poles, knots, multiplicities, 1);
+    return body;
+}
+
 TEST(HardFaces, AreClosedAndMeasureWhatTheyShould)
 {
     const double reach = std::acos(-2.0 / 3); // where a spindle of radii 2 and 3 meets its axis
@@ -215,6 +234,8 @@ TEST(HardFaces, AreClosedAndMeasureWhatTheyShould)
         {"edges without vertices", Sleeve(false), 56 * M_PI},
         {"vertex loop in a pole", CapWithVertexLoop(), 8 * M_PI},
         {"edge of no length", WithEdgeOfNoLength(), 6},
+        {"edge on a curve that folds", OnFoldedCurve(9, 11), 6},
+        {"short edge on a curve that folds", OnFoldedCurve(9, 9.0005), 3},
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(test.name);
