@@ -66,6 +66,29 @@ FaceTriangles Converted(FaceMesh&& mesh, const EdgeDiscretisation& edges)
     return result;
 }
 
+/// Between two edges from the same vertex to the same, each as one line.
+bool EnclosesNothing(const Body& body, const Face& face, const EdgeDiscretisation& edges)
+{
+    if (face.loops.size() != 1 || face.loops[0].uses.size() != 2) {
+        return false;
+    }
+    const auto edgeOf = [&](const EdgeUse& use) -> const BodyEdge* {
+        const auto number = static_cast<std::size_t>(use.edge);
+        return use.edge >= 0 && number < body.edges.size() ? &body.edges[number] : nullptr;
+    };
+    const auto isLine = [&](const EdgeUse& use) {
+        const BodyEdge* edge = edgeOf(use);
+        return edge != nullptr && edge->isUsable &&
+               (edge->kind == CurveKind::Line || edges.Of(use.edge).parameters.size() == 2);
+    };
+    const std::vector<EdgeUse>& uses = face.loops[0].uses;
+    if (!std::all_of(uses.begin(), uses.end(), isLine)) {
+        return false;
+    }
+    const BodyEdge &a = *edgeOf(uses[0]), &b = *edgeOf(uses[1]);
+    return std::minmax(a.start, a.end) == std::minmax(b.start, b.end);
+}
+
 } // namespace
 
 BodyTessellation::BodyTessellation(const Description& description, const occt::MeshTolerances& tolerances)
@@ -90,7 +113,8 @@ void BodyTessellation::MeshFaces()
         }
     });
     for (std::size_t face = 0; face < myFaces.size() && internal::Progress::GoesOn(); ++face) {
-        if (!myFaces[face].triangles.empty() || TakeFileTriangles(face)) {
+        if (!myFaces[face].triangles.empty() ||
+            EnclosesNothing(myBody, myBody.description->faces[face], myEdges) || TakeFileTriangles(face)) {
             continue;
         }
         if (!Try([&] {

@@ -40,8 +40,9 @@ struct FaceMesh
 /// would leave it by more than the chord. Throws Standard_Failure where the kernel does.
 void DivideEdges(const std::vector<ResolvedFace>& faces, EdgeDiscretisation& edges);
 
-/// Without triangles when the face is not resolved or its loops cross. Its edges must have been divided. Any
-/// number of faces may be at work at a time. Throws Standard_Failure where the kernel does.
+/// Without triangles when the face is not resolved or its loops cross by more than the edges are exact. Its
+/// edges must have been divided. Any number of faces may be at work at a time. Throws Standard_Failure where
+/// the kernel does.
 FaceMesh TessellateFace(const Body& body, const EdgeDiscretisation& edges, const ResolvedFace& face);
 
 } // namespace cadex::brep

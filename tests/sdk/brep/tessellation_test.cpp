@@ -28,10 +28,12 @@
 #include <GeomAPI_PointsToBSpline.hxx>
 #include <Geom_BSplineCurve.hxx>
 #include <Geom_Circle.hxx>
+#include <Geom_Plane.hxx>
 #include <TColgp_Array1OfPnt.hxx>
 #include <TopoDS_Compound.hxx>
 #include <gp_Circ.hxx>
 #include <gp_Elips.hxx>
+#include <gp_Pln.hxx>
 
 #include <cadex/ModelData_PolyLineSet.hxx>
 #include <cadex/internal/Reports.hxx>
@@ -363,6 +365,40 @@ TEST(Tessellation, DamageCostsTheFaceAloneAndIsReported)
     ASSERT_EQ(reports.size(), 1U);
     EXPECT_EQ(reports[0].kind, internal::Report::Kind::LeftOut);
     EXPECT_EQ(reports[0].record, 4711U);
+}
+
+Description PlanePolygon(const std::vector<gp_Pnt>& corners)
+{
+    Description body;
+    Loop loop;
+    const int count = static_cast<int>(corners.size());
+    for (const gp_Pnt& corner : corners) {
+        body.AddVertex(corner);
+    }
+    for (int i = 0; i < count; ++i) {
+        loop.uses.push_back({.edge = body.AddLine(i, (i + 1) % count)});
+    }
+    const int plane = body.AddSurface(new Geom_Plane(gp_Pln()));
+    const int face = body.AddFace({.surface = plane, .loops = {loop}});
+    body.sheets.push_back(body.AddShell({.faces = {{.face = face}}}));
+    return body;
+}
+
+TEST(Tessellation, LoopsThatSlipKeepAllTheirSides)
+{
+    internal::Reports::Clear();
+    const Description folded =
+        PlanePolygon({{0, 0, 0}, {4, 0, 0}, {4, 3, 0}, {4.0003, 2.9998, 0}, {0, 3, 0}});
+    const Seen seen(MeshOf(DescribedBRep(folded)));
+    EXPECT_EQ(seen.triangles, 3);
+    EXPECT_EQ(seen.openEdges, 5); // its own, once each
+    EXPECT_NEAR(seen.surface, 12, 1e-2);
+    const Description line = PlanePolygon({{0, 0, 0}, {4, 0, 0}});
+    EXPECT_TRUE(MeshOf(DescribedBRep(line)).IsNull());
+    EXPECT_TRUE(internal::Reports::Take().empty());
+    const Description bowTie = PlanePolygon({{0, 0, 0}, {4, 3, 0}, {4, 0, 0}, {0, 4, 0}});
+    MeshOf(DescribedBRep(bowTie));
+    EXPECT_EQ(internal::Reports::Take().size(), 1U);
 }
 
 TEST(Tessellation, HostileDescriptionsNeitherCrashNorHang)
