@@ -13,6 +13,7 @@
 #include <gp_Pnt2d.hxx>
 #include <gp_Vec.hxx>
 
+#include "sdk/brep/SurfaceEvaluator.h"
 #include "sdk/brep/SurfaceProjection.h"
 
 namespace cadex::brep {
@@ -112,7 +113,7 @@ class Integrator
 {
 public:
     Integrator(const Body& body, const ResolvedFace& face, const gp_XYZ& origin)
-        : myBody(body), myFace(face), mySurface(*face.surface), myOrigin(origin)
+        : myBody(body), myFace(face), mySurface(*face.surface), myEvaluator(mySurface), myOrigin(origin)
     {
         const Handle(Geom_BSplineSurface) spline = Handle(Geom_BSplineSurface)::DownCast(mySurface.geometry);
         if (!spline.IsNull()) {
@@ -298,7 +299,7 @@ private:
         gp_Pnt point;
         gp_Vec du;
         gp_Vec dv;
-        mySurface.D1(place, point, du, dv);
+        myEvaluator.D1(place, point, du, dv);
         const gp_XYZ p = point.XYZ() - myOrigin;
         const gp_XYZ n = du.XYZ().Crossed(dv.XYZ());
         return {n.Modulus(), p.Dot(n) / 3,
@@ -308,6 +309,7 @@ private:
     const Body& myBody;
     const ResolvedFace& myFace;
     const Surface& mySurface;
+    const SurfaceEvaluator myEvaluator;
     const gp_XYZ myOrigin;
     std::vector<double> myKnots[2]; ///< of a spline, in u and v
     int myDegrees[2] = {1, 1};
