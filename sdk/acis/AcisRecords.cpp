@@ -167,7 +167,14 @@ void Records::ReadHeader()
     myClaimed = static_cast<std::size_t>(*records);
     for (std::string_view* text : {&myHeader.product, &myHeader.kernel, &myHeader.date}) {
         const std::string_view count = NextWord();
-        *text = CountedString(count.substr(0, 1) == "@" ? count.substr(1) : count);
+        const std::size_t begin = myPosition;
+        try {
+            *text = CountedString(count.substr(0, 1) == "@" ? count.substr(1) : count);
+        } catch (const Unreadable&) {
+            // No body depends on who wrote the file: a count that is wrong here costs the rest of the text.
+            myPosition = begin;
+            *text = NextWord();
+        }
     }
     double numbers[3];
     for (double& number : numbers) {

@@ -25,6 +25,10 @@ double LengthFactor(const ClearText& text, RecordId unit, int nesting)
                 si.Skip();
             }
         }
+        // Some writers leave the prefix out where they mean none: SI_UNIT(.METRE.).
+        if (si.Next() == Cursor::Kind::Enumerator && Cursor(si).Enumerator() == "METRE") {
+            return MillimetresPerMetre;
+        }
         const double prefix =
             si.Next() == Cursor::Kind::Enumerator ? text::SiPrefixOf(Cursor(si).Enumerator()).factor : 1.0;
         si.Skip();

@@ -170,19 +170,20 @@ TEST(AcisReader, RealFilesMatchTheirTwins)
     {
         const char* sat;
         const char* step;
-        double factor;
-    } twins[] = {{"bsplinesurfacewithknots.sat", "bsplinesurfacewithknots.stp", 1},
-                 {"plate_2_curved_complex.sat", "plate_2_curved_complex.stp", 1},
-                 {"flat_plate_sesam_10x10.sat", "flat_plate_abaqus_10x10_m.stp", 1e-6}};
-    for (const auto& [sat, step, factor] : twins) {
+    } twins[] = {{"bsplinesurfacewithknots.sat", "bsplinesurfacewithknots.stp"},
+                 {"plate_2_curved_complex.sat", "plate_2_curved_complex.stp"},
+                 {"flat_plate_sesam_10x10.sat", "flat_plate_abaqus_10x10_m.stp"}};
+    for (const auto& [sat, step] : twins) {
         SCOPED_TRACE(sat);
         const auto model = Read(cadex::test::BytesOf(samples / sat));
         cadex::ModelData_Model twin;
         ASSERT_TRUE(model && cadex::test::Import(samples / "step_twins" / step, twin));
         const double ours = AreaOf(*model);
         const double theirs = AreaOf(twin);
-        EXPECT_NEAR(ours * factor, theirs, 1e-6 * theirs);
+        EXPECT_NEAR(ours, theirs, 1e-6 * theirs);
     }
+    EXPECT_TRUE(Read(cadex::test::BytesOf(samples / "degenerate_first_loop.sat")))
+        << "a wrong count in the header";
     const auto wire = Read(cadex::test::BytesOf(samples / "single_beam_sesam.sat"));
     ASSERT_TRUE(wire);
     Mesh(*wire);

@@ -209,6 +209,9 @@ TEST(StepReader, FacetsAreWhatTheirDescriptionsAre)
                                   "      3 points"));
         }
     }
+    // Some writers leave out the prefix where they mean none.
+    EXPECT_EQ(Through(FacetedCube("(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT(.METRE.));", false), false),
+              Through(FacetedCube("(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT($,.METRE.));", false), false));
     // A body with shared edges and lines.
     EXPECT_EQ(Through(StepSeeds()[2].bytes, false), Through(StepSeeds()[2].bytes, true));
     // Faces with holes, curved ones and small polyhedra are described.
