@@ -58,9 +58,9 @@ Bend ReadBend(const Context& context, const Entity& segment)
     const double from = MeasureOf(context, segment, 2);
     const double length = MeasureOf(context, segment, 3);
     const double sense = length < 0 ? -1 : 1;
-    const gp_XYZ ahead = placement.matrix.Column(1);
+    const gp_XYZ ahead = Column(placement, 1);
     Bend bend;
-    bend.start = placement.offset;
+    bend.start = Origin(placement);
     bend.heading = std::atan2(ahead.Y(), ahead.X());
     bend.length = std::abs(length);
     if (parent.Is(Type::IfcCircle)) {
@@ -194,9 +194,9 @@ Grade ReadGrade(const Context& context, const Entity& segment)
     const Affine placement = context.Placement(segment.Ref(1));
     const Entity parent = segment.Ref(4);
     Grade grade;
-    grade.start = placement.offset.X();
-    grade.height = placement.offset.Y();
-    grade.slope = std::clamp(placement.matrix.Column(1).Y(), -0.99, 0.99);
+    grade.start = Origin(placement).X();
+    grade.height = Origin(placement).Y();
+    grade.slope = std::clamp(Column(placement, 1).Y(), -0.99, 0.99);
     grade.from = MeasureOf(context, segment, 2);
     grade.unit = context.toMillimetres;
     if (parent.Is(Type::IfcCircle)) {
@@ -315,7 +315,8 @@ Affine FrameAt(const Alignment& way, const Stand& stand)
 {
     const Alignment::Place place = way.At(stand.distance);
     Affine frame = Frame(place.point, Up, place.tangent);
-    frame.offset = frame.Point(gp_XYZ(stand.ahead, stand.left, stand.above));
+    const gp_XYZ origin = Apply(frame, gp_XYZ(stand.ahead, stand.left, stand.above));
+    frame.translation = {origin.X(), origin.Y(), origin.Z()};
     return frame;
 }
 
@@ -357,7 +358,7 @@ Affine LinearPlacement(Context& context, const Entity& axes)
     const std::shared_ptr<const Alignment> way = AlignmentOf(context, axes.Ref(0).Ref(4));
     const gp_XYZ z = context.Direction(axes.Ref(1), gp_XYZ(0, 0, 1));
     const gp_XYZ x = context.Direction(axes.Ref(2), gp_XYZ(1, 0, 0));
-    return FrameAt(*way, stand) * Frame(gp_XYZ(), z, x);
+    return Compose(FrameAt(*way, stand), Frame(gp_XYZ(), z, x));
 }
 
 Polyhedron ReadSectionedSolid(Context& context, const Entity& solid)
@@ -389,7 +390,7 @@ Polyhedron ReadSectionedSolid(Context& context, const Entity& solid)
         Section& section = sections.emplace_back(Mixed(outlines[before], outlines[after], share));
         for (std::vector<gp_XYZ>& loop : section) {
             for (gp_XYZ& point : loop) {
-                point = frame.Point(gp_XYZ(0, point.X(), point.Y()));
+                point = Apply(frame, gp_XYZ(0, point.X(), point.Y()));
             }
         }
     };
@@ -427,7 +428,7 @@ Polyhedron ReadSectionedSpine(Context& context, const Entity& spine)
         Section& section = sections.emplace_back(SectionOf(context, regions.front()));
         for (std::vector<gp_XYZ>& loop : section) {
             for (gp_XYZ& point : loop) {
-                point = frame.Point(point);
+                point = Apply(frame, point);
             }
         }
     }

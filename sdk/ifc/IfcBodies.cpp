@@ -40,13 +40,13 @@ bool IsCurve(Type type)
 
 TopoDS_Shape MovedShape(const TopoDS_Shape& shape, const Affine& placement)
 {
-    if (!placement.IsSimilarity()) {
+    if (!IsMovement(placement)) {
         gp_GTrsf general;
-        general.SetVectorialPart(placement.matrix);
-        general.SetTranslationPart(placement.offset);
+        general.SetVectorialPart(occt::ToMatrix(placement));
+        general.SetTranslationPart(Origin(placement));
         return BRepBuilderAPI_GTransform(shape, general, true).Shape();
     }
-    const gp_Trsf trsf = placement.Trsf();
+    const gp_Trsf trsf = ToTrsf(placement);
     return std::abs(trsf.ScaleFactor() - 1) < 1e-12 ? shape.Moved(TopLoc_Location(trsf))
                                                     : BRepBuilderAPI_Transform(shape, trsf, true).Shape();
 }
@@ -65,7 +65,7 @@ Solid SolidOf(const Body& body)
 
 void Body::Move(const Affine& placement)
 {
-    if (placement.IsIdentity()) {
+    if (IsIdentity(placement)) {
         return;
     }
     switch (kind) {
@@ -313,7 +313,7 @@ Affine MappingOf(const Context& context, const Entity& mappedItem)
 {
     // IfcMappedItem: MappingSource, MappingTarget; IfcRepresentationMap: MappingOrigin, MappedRepresentation.
     const Affine origin = context.Placement(mappedItem.Ref(0).Ref(0));
-    return context.Operator(mappedItem.Ref(1)) * origin.Inverse();
+    return Compose(context.Operator(mappedItem.Ref(1)), Inverse(origin));
 }
 
 void BodyReader::ReadFlat(const Entity& representation, const Affine& placement, std::vector<Body>& bodies,
@@ -340,7 +340,7 @@ void BodyReader::ReadFlat(const Entity& representation, const Affine& placement,
         }
         const ModelData_Appearance style =
             item.Is(Type::IfcMappedItem) ? myStyles.OfItem(id) : ModelData_Appearance();
-        const Affine whole = placement * inner;
+        const Affine whole = Compose(placement, inner);
         for (std::size_t i = before; i < bodies.size(); ++i) {
             bodies[i].Move(whole);
             bodies[i].appearance = bodies[i].appearance.IsNull() ? style : bodies[i].appearance;

@@ -56,8 +56,8 @@ double Reach(const Bnd_Box& body, const gp_XYZ& origin)
 /// Where the vertical through a point of the boundary's plane meets the base plane.
 double HeightOver(const gp_XYZ& point, const gp_XYZ& up, const Affine& plane)
 {
-    const gp_XYZ normal = plane.matrix.Column(3);
-    return (plane.offset - point).Dot(normal) / up.Dot(normal);
+    const gp_XYZ normal = Column(plane, 3);
+    return (Origin(plane) - point).Dot(normal) / up.Dot(normal);
 }
 
 /// The prism over a straight outline between a far floor and the base plane: exact, and without a boolean
@@ -293,18 +293,18 @@ Polyhedron ReadHalfSpace(Context& context, const Entity& halfSpace, const Bnd_Bo
     // with agreement the half space lies on the side that the normal points away from
     const bool below = halfSpace.Boolean(1, true);
     if (!halfSpace.Is(Type::IfcPolygonalBoundedHalfSpace)) {
-        const gp_XYZ normal = plane.matrix.Column(3);
-        const gp_XYZ middle = body.IsVoid() ? plane.offset : Middle(body);
-        const gp_XYZ foot = middle - normal * (middle - plane.offset).Dot(normal);
+        const gp_XYZ normal = Column(plane, 3);
+        const gp_XYZ middle = body.IsVoid() ? Origin(plane) : Middle(body);
+        const gp_XYZ foot = middle - normal * (middle - Origin(plane)).Dot(normal);
         const double reach = Reach(body, foot);
-        const gp_XYZ x = plane.matrix.Column(1) * reach;
-        const gp_XYZ y = plane.matrix.Column(2) * reach;
+        const gp_XYZ x = Column(plane, 1) * reach;
+        const gp_XYZ y = Column(plane, 2) * reach;
         return TruncatedPrism({foot - x - y, foot + x - y, foot + x + y, foot - x + y}, normal, plane,
                               2 * reach, below);
     }
     const Affine position = context.Placement(halfSpace.Ref(2));
-    const gp_XYZ up = position.matrix.Column(3);
-    const double slant = up.Dot(plane.matrix.Column(3));
+    const gp_XYZ up = Column(position, 3);
+    const double slant = up.Dot(Column(plane, 3));
     Path outline = ReadCurve(context, halfSpace.Ref(3));
     if (std::abs(slant) < 1e-9) {
         throw Unbuildable("a bounded half space along its own boundary");

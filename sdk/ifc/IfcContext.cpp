@@ -10,18 +10,6 @@
 namespace cadex::ifc {
 namespace {
 
-bool IsOrthogonal(const gp_Mat& m)
-{
-    const gp_XYZ x = m.Column(1);
-    const gp_XYZ y = m.Column(2);
-    const gp_XYZ z = m.Column(3);
-    const double size = x.SquareModulus();
-    const double slack = 1e-9 * size;
-    return size > 0 && std::abs(x.Dot(y)) <= slack && std::abs(x.Dot(z)) <= slack &&
-           std::abs(y.Dot(z)) <= slack && std::abs(y.SquareModulus() - size) <= slack &&
-           std::abs(z.SquareModulus() - size) <= slack;
-}
-
 bool IsLinear(const Entity& placement)
 {
     return placement.TypeName() == "IFCLINEARPLACEMENT";
@@ -48,61 +36,7 @@ Affine Frame(const gp_XYZ& origin, const gp_XYZ& z, const gp_XYZ& x)
     const gp_XYZ flat = x - up * x.Dot(up);
     const gp_XYZ right = Unit(flat.Modulus() > 1e-9 * x.Modulus() ? flat : AnyNormalTo(up), gp_XYZ(1, 0, 0));
     const gp_XYZ front = up.Crossed(right);
-    Affine frame;
-    frame.matrix.SetCols(right, front, up);
-    frame.offset = origin;
-    return frame;
-}
-
-bool Affine::IsIdentity() const
-{
-    for (int row = 1; row <= 3; ++row) {
-        for (int column = 1; column <= 3; ++column) {
-            if (matrix.Value(row, column) != (row == column ? 1.0 : 0.0)) {
-                return false;
-            }
-        }
-    }
-    return offset.X() == 0 && offset.Y() == 0 && offset.Z() == 0;
-}
-
-bool Affine::IsSimilarity() const
-{
-    return IsOrthogonal(matrix) && matrix.Determinant() > 0;
-}
-
-Affine Affine::Inverse() const
-{
-    Affine inverse;
-    // A rotation's inverse is its transpose, to the last digit.
-    const bool rigid = IsOrthogonal(matrix) && std::abs(matrix.Column(1).SquareModulus() - 1) < 1e-12;
-    inverse.matrix = rigid ? matrix.Transposed() : matrix.Inverted();
-    inverse.offset = offset.Multiplied(inverse.matrix).Reversed();
-    return inverse;
-}
-
-gp_Trsf Affine::Trsf() const
-{
-    gp_Trsf trsf;
-    trsf.SetValues(matrix.Value(1, 1), matrix.Value(1, 2), matrix.Value(1, 3), offset.X(), matrix.Value(2, 1),
-                   matrix.Value(2, 2), matrix.Value(2, 3), offset.Y(), matrix.Value(3, 1), matrix.Value(3, 2),
-                   matrix.Value(3, 3), offset.Z());
-    return trsf;
-}
-
-gp_Ax3 Affine::Axes() const
-{
-    return {gp_Pnt(offset), gp_Dir(matrix.Column(3)), gp_Dir(matrix.Column(1))};
-}
-
-ModelData_Transformation Affine::Transformation() const
-{
-    ModelData_Transformation result;
-    result.SetRotationPart(matrix.Value(1, 1), matrix.Value(1, 2), matrix.Value(1, 3), matrix.Value(2, 1),
-                           matrix.Value(2, 2), matrix.Value(2, 3), matrix.Value(3, 1), matrix.Value(3, 2),
-                           matrix.Value(3, 3));
-    result.SetTranslationPart(offset.X(), offset.Y(), offset.Z());
-    return result;
+    return occt::ToAffine(right, front, up, origin);
 }
 
 Context::Context(const IfcFile& ifcFile) : file(ifcFile)
@@ -205,8 +139,8 @@ Affine Context::Operator(const Entity& op) const
     const bool onlyY = !op.Ref(0) && op.Ref(1);
     const gp_XYZ givenY = Direction(op.Ref(1), gp_XYZ(0, 1, 0));
     const gp_XYZ wantedX = onlyY ? givenY.Crossed(z) : Direction(op.Ref(0), gp_XYZ(1, 0, 0));
-    Affine result = Frame(op.Ref(2) ? Point(op.Ref(2)) : gp_XYZ(), z, wantedX);
-    gp_XYZ y = result.matrix.Column(2);
+    const Affine frame = Frame(op.Ref(2) ? Point(op.Ref(2)) : gp_XYZ(), z, wantedX);
+    gp_XYZ y = Column(frame, 2);
     if (op.Ref(1) && givenY.Dot(y) < 0) {
         y.Reverse(); // a mirror: the second axis is given against the right-handed one
     }
@@ -214,8 +148,9 @@ Affine Context::Operator(const Entity& op) const
     const std::size_t second = flat ? 4 : 5;
     const double scaleY = uneven ? op.Real(second, scale) : scale;
     const double scaleZ = uneven && !flat ? op.Real(second + 1, scale) : scale;
-    result.matrix.SetCols(result.matrix.Column(1) * scale, y * scaleY, result.matrix.Column(3) * scaleZ);
-    if (std::abs(result.matrix.Determinant()) < 1e-18) {
+    const Affine result =
+        occt::ToAffine(Column(frame, 1) * scale, y * scaleY, Column(frame, 3) * scaleZ, Origin(frame));
+    if (std::abs(mesh::Determinant(result.linear)) < 1e-18) {
         throw Unbuildable("a transformation that flattens");
     }
     return result;
@@ -243,9 +178,9 @@ Affine Context::WorldPlacement(Id id)
     for (const Id step : chain) {
         const Entity placement = file.Get(step);
         try {
-            outer = placement.Is(Type::IfcGridPlacement) ? outer * GridPlacement(placement)
-                    : IsLinear(placement)                ? outer * AlongCurve(placement)
-                                                         : outer * Placement(placement.Ref(1));
+            outer = placement.Is(Type::IfcGridPlacement) ? Compose(outer, GridPlacement(placement))
+                    : IsLinear(placement)                ? Compose(outer, AlongCurve(placement))
+                                                         : Compose(outer, Placement(placement.Ref(1)));
         } catch (const Unbuildable& reason) {
             // a damaged step of the chain counts as no displacement
             Report(internal::Report::Kind::Repaired, reason.what());
@@ -282,7 +217,7 @@ Affine Context::RelativePlacement(Id outer, Id inner)
             return {};
         }
     }
-    return WorldPlacement(outer).Inverse() * WorldPlacement(inner);
+    return Compose(Inverse(WorldPlacement(outer)), WorldPlacement(inner));
 }
 
 Affine Context::GridPlacement(const Entity& placement) const

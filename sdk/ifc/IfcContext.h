@@ -18,34 +18,20 @@
 #include <cadex/internal/Reports.hxx>
 
 #include "sdk/ifc/IfcFile.h"
+#include "sdk/occt/Placements.h"
 
 namespace cadex::ifc {
 
 using internal::Report;
 using internal::Reports;
 
-/// p' = matrix * p + offset; lengths in millimetres.
-struct Affine
-{
-    gp_Mat matrix{1, 0, 0, 0, 1, 0, 0, 0, 1};
-    gp_XYZ offset;
-
-    gp_XYZ Point(const gp_XYZ& p) const { return p.Multiplied(matrix) + offset; }
-    gp_XYZ Direction(const gp_XYZ& d) const { return d.Multiplied(matrix); }
-    Affine operator*(const Affine& inner) const
-    {
-        return {matrix.Multiplied(inner.matrix), inner.offset.Multiplied(matrix) + offset};
-    }
-    bool IsIdentity() const;
-    /// Rotation, translation and at most one uniform positive factor.
-    bool IsSimilarity() const;
-    /// Of a matrix that can be inverted.
-    Affine Inverse() const;
-    /// Of a similarity.
-    gp_Trsf Trsf() const;
-    gp_Ax3 Axes() const; ///< of a rigid one
-    ModelData_Transformation Transformation() const;
-};
+using mesh::Affine;
+using occt::Apply;
+using occt::Column;
+using occt::Origin;
+using occt::ToAxes;
+using occt::ToTrsf;
+using occt::Turned;
 
 /// The frame with this origin, z axis and (about) x axis; unusable directions are replaced by usual ones.
 Affine Frame(const gp_XYZ& origin, const gp_XYZ& z, const gp_XYZ& x);

@@ -96,7 +96,7 @@ Basis ReadBasis(Context& context, const Entity& curve)
         return {new Geom_Line(gp_Pnt(context.Point(curve.Ref(0))), gp_Dir(direction)), length, 0, false};
     }
     case Type::IfcCircle: {
-        const gp_Ax2 axes = context.Placement(curve.Ref(0)).Axes().Ax2();
+        const gp_Ax2 axes = ToAxes(context.Placement(curve.Ref(0))).Ax2();
         return {new Geom_Circle(axes, context.PositiveLength(curve, 1)), context.toRadians, 0, true};
     }
     case Type::IfcEllipse: {

@@ -402,16 +402,16 @@ void Polyhedron::Reverse(std::size_t firstLoop, std::size_t endLoop)
 void Polyhedron::Move(const Affine& placement)
 {
     for (gp_XYZ& point : points) {
-        point = placement.Point(point);
+        point = Apply(placement, point);
     }
     // normals stay at right angles under uneven scales by the inverse transposed
-    const gp_Mat turn = normals.empty() ? gp_Mat() : placement.matrix.Inverted().Transposed();
+    const gp_Mat turn = normals.empty() ? gp_Mat() : occt::ToMatrix(placement).Inverted().Transposed();
     for (ModelData_Vectorf& normal : normals) {
         const gp_XYZ moved = Unit(gp_XYZ(normal.X(), normal.Y(), normal.Z()).Multiplied(turn), gp_XYZ());
         normal = ModelData_Vectorf(static_cast<float>(moved.X()), static_cast<float>(moved.Y()),
                                    static_cast<float>(moved.Z()));
     }
-    if (placement.matrix.Determinant() < 0) {
+    if (mesh::Determinant(placement.linear) < 0) {
         Reverse();
     }
 }

@@ -60,7 +60,7 @@ Section Placed(const Section& section, const Affine& frame)
     Section placed = section;
     for (std::vector<gp_XYZ>& loop : placed) {
         for (gp_XYZ& point : loop) {
-            point = frame.Point(point);
+            point = Apply(frame, point);
         }
     }
     return placed;

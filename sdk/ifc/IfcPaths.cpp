@@ -53,16 +53,16 @@ Piece Arc(const gp_XYZ& start, const gp_XYZ& middle, const gp_XYZ& end)
 
 Path Circle(const Affine& frame, double radius)
 {
-    return {Along(new Geom_Circle(frame.Axes().Ax2(), radius), 0, 2 * M_PI)};
+    return {Along(new Geom_Circle(ToAxes(frame).Ax2(), radius), 0, 2 * M_PI)};
 }
 
 Path Ellipse(const Affine& frame, double semiX, double semiY)
 {
     if (semiX >= semiY) {
-        return {Along(new Geom_Ellipse(frame.Axes().Ax2(), semiX, semiY), 0, 2 * M_PI)};
+        return {Along(new Geom_Ellipse(ToAxes(frame).Ax2(), semiX, semiY), 0, 2 * M_PI)};
     }
     // the kernel wants the major axis first
-    const gp_Ax2 axes(gp_Pnt(frame.offset), gp_Dir(frame.matrix.Column(3)), gp_Dir(frame.matrix.Column(2)));
+    const gp_Ax2 axes(gp_Pnt(Origin(frame)), gp_Dir(Column(frame, 3)), gp_Dir(Column(frame, 2)));
     return {Along(new Geom_Ellipse(axes, semiY, semiX), 0, 2 * M_PI)};
 }
 
@@ -188,19 +188,19 @@ double LengthOf(const Piece& piece)
 
 Path Moved(const Path& path, const Affine& placement)
 {
-    if (placement.IsIdentity()) {
+    if (IsIdentity(placement)) {
         return path;
     }
     Path result;
     result.reserve(path.size());
-    const bool similar = placement.IsSimilarity();
+    const bool similar = IsMovement(placement);
     for (const Piece& piece : path) {
         Piece moved = piece;
-        moved.start = placement.Point(piece.start);
-        moved.end = placement.Point(piece.end);
+        moved.start = Apply(placement, piece.start);
+        moved.end = Apply(placement, piece.end);
         moved.curve.Nullify();
         if (!piece.curve.IsNull() && similar) {
-            const gp_Trsf trsf = placement.Trsf();
+            const gp_Trsf trsf = ToTrsf(placement);
             moved.curve = Handle(Geom_Curve)::DownCast(piece.curve->Transformed(trsf));
             moved.first = piece.curve->TransformedParameter(piece.first, trsf);
             moved.last = piece.curve->TransformedParameter(piece.last, trsf);
@@ -210,7 +210,7 @@ Path Moved(const Path& path, const Affine& placement)
             // it.
             const std::vector<gp_XYZ> points = Sampled({piece}, 0.05);
             for (std::size_t i = 1; i < points.size(); ++i) {
-                result.push_back(Straight(placement.Point(points[i - 1]), placement.Point(points[i])));
+                result.push_back(Straight(Apply(placement, points[i - 1]), Apply(placement, points[i])));
             }
         } else {
             result.push_back(moved);

@@ -76,12 +76,13 @@ Region ReadParameterised(Context& context, const Entity& profile)
 
 Region MovedRegion(const Region& region, Affine placement)
 {
-    if (placement.IsIdentity()) {
+    if (IsIdentity(placement)) {
         return region;
     }
-    if (placement.matrix.Determinant() < 0) {
+    if (mesh::Determinant(placement.linear) < 0) {
         // In z = 0 a mirror equals a half turn in space, which keeps arcs arcs.
-        placement.matrix.SetCol(3, placement.matrix.Column(3).Reversed());
+        placement = occt::ToAffine(Column(placement, 1), Column(placement, 2),
+                                   Column(placement, 3).Reversed(), Origin(placement));
     }
     Region moved{Moved(region.outer, placement), {}, region.open};
     for (const Path& hole : region.holes) {
@@ -148,7 +149,7 @@ std::vector<Region> ReadProfile(Context& context, const Entity& profile)
     case Type::IfcDerivedProfileDef:
     case Type::IfcMirroredProfileDef: {
         Affine placement;
-        placement.matrix.SetCol(1, gp_XYZ(-1, 0, 0)); // the mirrored one mirrors about its y axis
+        placement.linear[0] = -1; // the mirrored one mirrors about its y axis
         if (profile.Is(Type::IfcDerivedProfileDef)) {
             placement = context.Operator(profile.Ref(3));
         }
@@ -166,7 +167,7 @@ TopoDS_Face FaceOf(const Context& context, const Region& region, const Affine& p
 {
     const BRep_Builder builder;
     TopoDS_Face face;
-    builder.MakeFace(face, new Geom_Plane(placement.Axes()), tolerance::Coincident);
+    builder.MakeFace(face, new Geom_Plane(ToAxes(placement)), tolerance::Coincident);
     builder.Add(face, WireOf(context, Moved(region.outer, placement), true));
     for (const Path& hole : region.holes) {
         builder.Add(face, WireOf(context, Moved(hole, placement), true));

@@ -89,27 +89,27 @@ Handle(Geom_Surface) ReadSurface(Context& context, const Entity& surface)
     const Affine frame = context.Placement(surface.Ref(0));
     switch (surface.Type()) {
     case Type::IfcPlane:
-        return new Geom_Plane(frame.Axes());
+        return new Geom_Plane(ToAxes(frame));
     case Type::IfcCylindricalSurface:
-        return new Geom_CylindricalSurface(frame.Axes(), context.PositiveLength(surface, 1));
+        return new Geom_CylindricalSurface(ToAxes(frame), context.PositiveLength(surface, 1));
     case Type::IfcSphericalSurface:
-        return new Geom_SphericalSurface(frame.Axes(), context.PositiveLength(surface, 1));
+        return new Geom_SphericalSurface(ToAxes(frame), context.PositiveLength(surface, 1));
     case Type::IfcToroidalSurface:
-        return new Geom_ToroidalSurface(frame.Axes(), context.PositiveLength(surface, 1),
+        return new Geom_ToroidalSurface(ToAxes(frame), context.PositiveLength(surface, 1),
                                         context.PositiveLength(surface, 2));
     case Type::IfcSurfaceOfLinearExtrusion: // SweptCurve, Position, ExtrudedDirection, Depth
     {
         const Affine position = context.Placement(surface.Ref(1));
-        const gp_XYZ way = position.Direction(context.Direction(surface.Ref(2), gp_XYZ(0, 0, 1)));
+        const gp_XYZ way = Turned(position, context.Direction(surface.Ref(2), gp_XYZ(0, 0, 1)));
         return new Geom_SurfaceOfLinearExtrusion(ProfileCurve(context, surface.Ref(0), position),
                                                  gp_Dir(way));
     }
     case Type::IfcSurfaceOfRevolution: // SweptCurve, Position, AxisPosition
     {
         const Affine position = context.Placement(surface.Ref(1));
-        const Affine axis = position * context.Placement(surface.Ref(2));
+        const Affine axis = Compose(position, context.Placement(surface.Ref(2)));
         return new Geom_SurfaceOfRevolution(ProfileCurve(context, surface.Ref(0), position),
-                                            gp_Ax1(gp_Pnt(axis.offset), gp_Dir(axis.matrix.Column(3))));
+                                            gp_Ax1(gp_Pnt(Origin(axis)), gp_Dir(Column(axis, 3))));
     }
     case Type::IfcBSplineSurfaceWithKnots:
     case Type::IfcRationalBSplineSurfaceWithKnots:

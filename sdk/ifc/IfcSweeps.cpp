@@ -72,7 +72,7 @@ TopoDS_Shape Extrude(Context& context, const Entity& solid, const std::vector<Re
     if (std::abs(direction.Z()) < 1e-9) {
         throw Unbuildable("an extrusion within its own plane");
     }
-    const gp_Vec way(placement.Direction(direction * depth));
+    const gp_Vec way(Turned(placement, direction * depth));
     std::vector<TopoDS_Shape> shapes;
     for (const Region& region : regions) {
         TopoDS_Shape base = Generator(context, region, placement);
@@ -90,7 +90,8 @@ TopoDS_Shape Taper(Context& context, const Entity& solid, const std::vector<Regi
 {
     const gp_XYZ direction = context.Direction(solid.Ref(2), gp_XYZ(0, 0, 1));
     Affine end = placement;
-    end.offset = placement.Point(direction * context.PositiveLength(solid, 3));
+    const gp_XYZ top = Apply(placement, direction * context.PositiveLength(solid, 3));
+    end.translation = {top.X(), top.Y(), top.Z()};
     const std::vector<Region> ends = ReadProfile(context, solid.Ref(4));
     const auto ruled = [&](const Path& from, const Path& to) {
         BRepOffsetAPI_ThruSections sections(true, true);
@@ -120,11 +121,11 @@ TopoDS_Shape Taper(Context& context, const Entity& solid, const std::vector<Regi
 /// The profile has points on both sides of the axis, which lies in its plane.
 bool CrossesAxis(const Region& region, const Affine& axis, const Affine& placement)
 {
-    const gp_XYZ aside = axis.matrix.Column(3).Crossed(placement.matrix.Column(3));
+    const gp_XYZ aside = Column(axis, 3).Crossed(Column(placement, 3));
     double low = 0;
     double high = 0;
     for (const gp_XYZ& point : Sampled(Moved(region.outer, placement))) {
-        const double distance = (point - axis.offset).Dot(aside);
+        const double distance = (point - Origin(axis)).Dot(aside);
         low = std::min(low, distance);
         high = std::max(high, distance);
     }
@@ -141,23 +142,22 @@ TopoDS_Shape RevolveBothSides(const Context& context, const Region& region, cons
     Bnd_Box box;
     BRepBndLib::Add(base, box);
     const double reach = 4 * std::sqrt(box.SquareExtent()) + 1;
-    const gp_XYZ along = axis.matrix.Column(3);
-    const gp_XYZ up = placement.matrix.Column(3);
+    const gp_XYZ along = Column(axis, 3);
+    const gp_XYZ up = Column(placement, 3);
     const gp_XYZ middle = (box.CornerMin().XYZ() + box.CornerMax().XYZ()) / 2;
-    const gp_XYZ foot = axis.offset + along * (middle - axis.offset).Dot(along);
+    const gp_XYZ foot = Origin(axis) + along * (middle - Origin(axis)).Dot(along);
     TopoDS_Shape result;
     for (const double side : {1.0, -1.0}) {
         Affine half;
         const gp_XYZ aside = along.Crossed(up) * side;
-        half.matrix.SetCols(aside, up.Crossed(aside), up);
-        half.offset = foot;
+        half = occt::ToAffine(aside, up.Crossed(aside), up, foot);
         const Region square{
             Polygon({{0, -reach, 0}, {reach, -reach, 0}, {reach, reach, 0}, {0, reach, 0}}), {}, false};
         TopoDS_Shape part;
         if (!Combine(context, BooleanKind::Common, base, {FaceOf(context, square, half)}, part)) {
             throw Unbuildable("a revolution across its axis");
         }
-        const gp_Ax1 about(gp_Pnt(axis.offset), gp_Dir(along));
+        const gp_Ax1 about(gp_Pnt(Origin(axis)), gp_Dir(along));
         TopoDS_Shape body = std::abs(angle) >= 2 * M_PI - 1e-9
                                 ? BRepPrimAPI_MakeRevol(part, about).Shape()
                                 : BRepPrimAPI_MakeRevol(part, about, angle).Shape();
@@ -177,8 +177,8 @@ TopoDS_Shape RevolveBothSides(const Context& context, const Region& region, cons
 TopoDS_Shape Revolve(Context& context, const Entity& solid, const std::vector<Region>& regions,
                      const Affine& placement)
 {
-    const Affine axis = placement * context.Placement(solid.Ref(2));
-    const gp_Ax1 about(gp_Pnt(axis.offset), gp_Dir(axis.matrix.Column(3)));
+    const Affine axis = Compose(placement, context.Placement(solid.Ref(2)));
+    const gp_Ax1 about(gp_Pnt(Origin(axis)), gp_Dir(Column(axis, 3)));
     const double angle = solid.Real(3) * context.toRadians;
     if (!(std::abs(angle) > 1e-9)) {
         throw Unbuildable("a revolution by nothing");
@@ -204,7 +204,7 @@ Solid RevolveTapered(Context& context, const Entity& solid, const std::vector<Re
 {
     constexpr double Step = 0.1; // radians
     const std::vector<Region> ends = ReadProfile(context, solid.Ref(4));
-    const Affine axis = placement * context.Placement(solid.Ref(2));
+    const Affine axis = Compose(placement, context.Placement(solid.Ref(2)));
     const double angle = std::clamp(solid.Real(3) * context.toRadians, -2 * M_PI + 1e-6, 2 * M_PI - 1e-6);
     if (regions.size() != 1 || ends.size() != 1 || !(std::abs(angle) > 1e-9)) {
         throw Unbuildable("a tapered revolution of several areas or by nothing");
@@ -216,11 +216,11 @@ Solid RevolveTapered(Context& context, const Entity& solid, const std::vector<Re
     for (int i = 0; i <= steps; ++i) {
         const double share = static_cast<double>(i) / steps;
         gp_Trsf turn;
-        turn.SetRotation(gp_Ax1(gp_Pnt(axis.offset), gp_Dir(axis.matrix.Column(3))), angle * share);
+        turn.SetRotation(gp_Ax1(gp_Pnt(Origin(axis)), gp_Dir(Column(axis, 3))), angle * share);
         Section& section = sections.emplace_back(Mixed(from, to, share));
         for (std::vector<gp_XYZ>& loop : section) {
             for (gp_XYZ& point : loop) {
-                point = placement.Point(point);
+                point = Apply(placement, point);
                 turn.Transforms(point);
             }
         }
@@ -351,10 +351,9 @@ Solid SweepAlong(Context& context, const Entity& solid, const std::vector<Region
 {
     const Path path = Moved(ReadDirectrix(context, solid.Ref(2), solid, 3), placement);
     const Entity reference = solid.Ref(5);
-    const gp_XYZ local = reference.Is(Type::IfcDirection)
-                             ? context.Direction(reference, gp_XYZ(0, 0, 1))
-                             : context.Placement(reference.Ref(0)).matrix.Column(3);
-    const gp_XYZ upright = Unit(placement.Direction(local), gp_XYZ(0, 0, 1));
+    const gp_XYZ local = reference.Is(Type::IfcDirection) ? context.Direction(reference, gp_XYZ(0, 0, 1))
+                                                          : Column(context.Placement(reference.Ref(0)), 3);
+    const gp_XYZ upright = Unit(Turned(placement, local), gp_XYZ(0, 0, 1));
     if (path.empty()) {
         throw Unbuildable("a sweep along nothing");
     }
@@ -412,7 +411,7 @@ bool ReadPrism(Context& context, const Entity& solid, Polyhedron& body)
     }
     const Affine placement = context.Placement(solid.Ref(1));
     const gp_XYZ direction = context.Direction(solid.Ref(2), gp_XYZ(0, 0, 1));
-    const gp_XYZ way = placement.Direction(direction * context.PositiveLength(solid, 3));
+    const gp_XYZ way = Turned(placement, direction * context.PositiveLength(solid, 3));
     if (std::abs(direction.Z()) < 1e-9) {
         return false;
     }
@@ -488,7 +487,7 @@ Solid ReadSweptDisk(Context& context, const Entity& solid)
 
 TopoDS_Shape ReadPrimitive(Context& context, const Entity& primitive)
 {
-    const gp_Ax2 axes = context.Placement(primitive.Ref(0)).Axes().Ax2();
+    const gp_Ax2 axes = ToAxes(context.Placement(primitive.Ref(0))).Ax2();
     switch (primitive.Type()) {
     case Type::IfcBlock: // a corner at the origin
         return BRepPrimAPI_MakeBox(axes, context.PositiveLength(primitive, 1),

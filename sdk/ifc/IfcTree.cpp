@@ -151,7 +151,7 @@ void ModelBuilder::BuildObject(Id id, const Pending& parent)
     }
     const bool group = !ShownChildren(id).empty() || IsSpatial(object.TypeName());
     if (!group && shape.size() == 1 && shape.front().shared) {
-        AddInstance(parent.assembly, shape.front().element, at * shape.front().at, name, &properties);
+        AddInstance(parent.assembly, shape.front().element, Compose(at, shape.front().at), name, &properties);
         return;
     }
     if (!group && shape.size() <= 1) {
@@ -176,8 +176,8 @@ void ModelBuilder::AddInstance(const ModelData_Assembly& parent, const ModelData
                                const ModelData_PropertyTable* properties)
 {
     ModelData_Instance instance(element, name);
-    if (!at.IsIdentity()) {
-        instance.SetTransformation(at.Transformation());
+    if (!IsIdentity(at)) {
+        instance.SetTransformation(occt::ToTransformation(at));
     }
     if (properties != nullptr) {
         instance.AddProperties(*properties);
@@ -372,7 +372,7 @@ ModelData_SceneGraphElement ModelBuilder::MapElement(const Entity& map, const Ba
         placed.push_back({part, Affine(), false});
     }
     ModelData_SceneGraphElement element;
-    if (placed.size() == 1 && placed.front().at.IsIdentity() && !placed.front().shared) {
+    if (placed.size() == 1 && IsIdentity(placed.front().at) && !placed.front().shared) {
         element = placed.front().element;
     } else if (!placed.empty()) {
         ModelData_Assembly assembly(own);

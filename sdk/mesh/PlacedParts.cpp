@@ -83,6 +83,19 @@ ModelData_Point Apply(const Affine& affine, const ModelData_Point& point)
             turned[2] + affine.translation[2]};
 }
 
+Affine Inverse(const Affine& affine)
+{
+    // A rotation's inverse is its transpose, to the last digit.
+    const bool isRigid = IsMovement(affine) && std::abs(Determinant(affine.linear) - 1) < 1e-12;
+    Affine inverse;
+    inverse.linear = isRigid ? Transposed(affine.linear) : Inverse(affine.linear);
+    inverse.translation = Multiply(inverse.linear, affine.translation);
+    for (double& value : inverse.translation) {
+        value = -value;
+    }
+    return inverse;
+}
+
 bool IsFinite(const Affine& affine)
 {
     const auto isFinite = [](double value) { return std::isfinite(value); };
@@ -106,6 +119,11 @@ bool IsSimilarity(const Affine& affine)
         }
     }
     return true;
+}
+
+bool IsMovement(const Affine& affine)
+{
+    return IsSimilarity(affine) && Determinant(affine.linear) > 0;
 }
 
 bool IsIdentity(const Affine& affine)

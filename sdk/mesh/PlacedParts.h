@@ -15,9 +15,14 @@ namespace cadex::mesh {
 Affine Compose(const Affine& outer, const Affine& inner);
 ModelData_Point Apply(const Affine& affine, const ModelData_Point& point);
 
+/// Of a matrix that can be inverted.
+Affine Inverse(const Affine& affine);
+
 bool IsFinite(const Affine& affine);
 /// A rotation or mirror with one scale factor other than zero for all directions, within 1e-9.
 bool IsSimilarity(const Affine& affine);
+/// A similarity that mirrors nothing.
+bool IsMovement(const Affine& affine);
 bool IsIdentity(const Affine& affine);
 
 /// A part where it stands in the model.

@@ -33,11 +33,6 @@ Matrix3 Scaled(Matrix3 matrix, double factor)
     return matrix;
 }
 
-Matrix3 Transposed(const Matrix3& m)
-{
-    return {m[0], m[3], m[6], m[1], m[4], m[7], m[2], m[5], m[8]};
-}
-
 Matrix3 InverseTransposed(const Matrix3& m)
 {
     const Matrix3 cofactors{m[4] * m[8] - m[5] * m[7], m[5] * m[6] - m[3] * m[8], m[3] * m[7] - m[4] * m[6],
@@ -102,6 +97,16 @@ double Determinant(const Matrix3& m)
 {
     return m[0] * (m[4] * m[8] - m[5] * m[7]) - m[1] * (m[3] * m[8] - m[5] * m[6]) +
            m[2] * (m[3] * m[7] - m[4] * m[6]);
+}
+
+Matrix3 Transposed(const Matrix3& m)
+{
+    return {m[0], m[3], m[6], m[1], m[4], m[7], m[2], m[5], m[8]};
+}
+
+Matrix3 Inverse(const Matrix3& m)
+{
+    return Transposed(InverseTransposed(m));
 }
 
 Affine AffineOf(const ModelData_Transformation& transformation)

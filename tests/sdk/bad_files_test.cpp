@@ -1,4 +1,5 @@
 // Files that are wrong in one known way, and what the engine leaves behind.
+#include <algorithm>
 #include <csignal>
 #include <functional>
 #include <stdexcept>
@@ -10,6 +11,8 @@
 #include <Standard_DomainError.hxx>
 
 #include <gtest/gtest.h>
+
+#include <cadex/internal/Reports.hxx>
 
 #include "sdk/occt/EngineScope.h"
 #include "tests/sdk/MeshModels.h"
@@ -74,7 +77,8 @@ TEST(BadFiles, AreRefusedAndTheNextIsRead)
     {
         const char* name;
         std::string bytes;
-        bool isRead; ///< what is sound beside the damage
+        bool isRead;             ///< what is sound beside the damage
+        std::string reason = {}; ///< why the file is refused, where it has one of its own
     } Files[] = {
         {"empty.stp", "", false},
         {"cut.stp", step.substr(0, step.size() / 2), false},
@@ -86,12 +90,12 @@ TEST(BadFiles, AreRefusedAndTheNextIsRead)
         {"same_number_twice.stp", Replaced(step, "#11 =", "#12 ="), true},
         {"text_without_start.stp", Replaced(step, "ADVANCED_FACE('", "ADVANCED_FACE("), false},
         {"record_in_a_record.stp", Replaced(step, "ADVANCED_FACE('',(", "ADVANCED_FACE('',(#1=X();"), true},
-        {"contains_itself.stp", Structure(1, {{1, 1}}), false},
-        {"circle.stp", Structure(3, {{1, 2}, {2, 3}, {3, 2}}), false},
-        {"circle_without_root.stp", Structure(2, {{1, 2}, {2, 1}}), false},
+        {"contains_itself.stp", Structure(1, {{1, 1}}), false, "a product contains itself"},
+        {"circle.stp", Structure(3, {{1, 2}, {2, 3}, {3, 2}}), false, "a product contains itself"},
+        {"circle_without_root.stp", Structure(2, {{1, 2}, {2, 1}}), false, "a product contains itself"},
         {"deep.stp", Chain(900, 1), true},
-        {"too_deep.stp", Chain(3000, 1), false},
-        {"a_billion_parts.stp", Chain(40, 2), false},
+        {"too_deep.stp", Chain(3000, 1), false, "products are nested too deep"},
+        {"a_billion_parts.stp", Chain(40, 2), false, "products are used too many times"},
         {"lists_in_lists.stp",
          Replaced(Structure(1, {}), "ENDSEC;\nEND",
                   "#9=X(" + std::string(100000, '(') + std::string(100000, ')') + ");\nENDSEC;\nEND"),
@@ -109,6 +113,13 @@ TEST(BadFiles, AreRefusedAndTheNextIsRead)
         const bool done = Import(path, model);
         EXPECT_EQ(done, file.isRead) << file.name;
         EXPECT_EQ(model.NumberOfRoots() > 0, done) << file.name;
+        const auto reports = internal::Reports::Take();
+        EXPECT_NE(done, std::any_of(reports.begin(), reports.end(),
+                                    [&](const internal::Report& report) {
+                                        return report.kind == internal::Report::Kind::Refused &&
+                                               (file.reason.empty() || report.text == file.reason);
+                                    }))
+            << file.name;
         ModelData_Model next;
         WriteBytes(folder.Path() / "good.stp", step);
         EXPECT_TRUE(Import(folder.Path() / "good.stp", next)) << "after " << file.name;

@@ -21,8 +21,9 @@ Polyhedron Box(const gp_XYZ& low, const gp_XYZ& high, const Affine& placement = 
 {
     Polyhedron box;
     for (int i = 0; i < 8; ++i) {
-        box.points.push_back(placement.Point(
-            {i & 1 ? high.X() : low.X(), i & 2 ? high.Y() : low.Y(), i & 4 ? high.Z() : low.Z()}));
+        const gp_XYZ corner(i & 1 ? high.X() : low.X(), i & 2 ? high.Y() : low.Y(),
+                            i & 4 ? high.Z() : low.Z());
+        box.points.push_back(Apply(placement, corner));
     }
     for (const std::vector<cadex::U32>& face : std::vector<std::vector<cadex::U32>>{
              {0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4}, {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}}) {
