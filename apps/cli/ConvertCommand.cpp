@@ -32,6 +32,7 @@ struct ConvertCommand
     std::string format;
     std::string unit = "mm";
     int jtSplit = ExportSettings::JTSplitNotSet;
+    std::string compression;
     bool force = false;
 
     void Run(Console& console) const;
@@ -47,15 +48,15 @@ std::vector<Conversion> ConvertCommand::Conversions() const
     if (folder.empty() && files.size() != 2) {
         ThrowUsage(QStringLiteral("convert takes one file and the name of another, or --output-folder"));
     }
-    const FormatEntry* to = format.empty() ? nullptr : FormatByName(Text(format));
+    const FormatEntry* to = format.empty() ? nullptr : ExportFormatByName(Text(format));
     if (!format.empty() && !to) {
         ThrowUsage(QStringLiteral("there is no format %1; these are: %2")
-                       .arg(Text(format), FormatNames().join(QStringLiteral(", "))));
+                       .arg(Text(format), ExportFormatNames().join(QStringLiteral(", "))));
     }
     std::vector<Conversion> conversions;
     if (folder.empty()) {
         const QString target = Text(files[1]);
-        to = to ? to : FormatByFileName(target);
+        to = to ? to : ExportFormatByFileName(target);
         if (!to) {
             ThrowUsage(
                 QStringLiteral("the extension of %1 stands for no format; name it with --to").arg(target));
@@ -106,6 +107,9 @@ void ConvertCommand::Convert(const Conversion& conversion, Console& console) con
     ExportSettings settings;
     settings.format = conversion.to;
     settings.jtSplit = jtSplit;
+    settings.packing = compression == "quantize"  ? GlbPacking::Quantize
+                       : compression == "meshopt" ? GlbPacking::Meshopt
+                                                  : GlbPacking::None;
     LengthUnitBySymbol(Text(unit), settings.unit);
     ClearEngineReports();
     bool isWritten = false;
@@ -156,9 +160,10 @@ std::string CheckUnit(const std::string& word)
 void AddConvertCommand(CLI::App& program, Console& console)
 {
     const auto convert = std::make_shared<ConvertCommand>();
-    CLI::App* command =
-        program.add_subcommand("convert", "Import CAD files and export them, as facets, to another format\n"
-                                          "convert IN OUT, or convert IN... --output-folder DIR --to FORMAT");
+    CLI::App* command = program.add_subcommand(
+        "convert",
+        "Import CAD files and export them, as facets, to another format, CAD or GLB, OBJ, PLY, STL\n"
+        "convert IN OUT, or convert IN... --output-folder DIR --to FORMAT");
     command->add_option("FILE", convert->files, "The file to read and the file to write")->required();
     command
         ->add_option("-o,--output-folder", convert->folder,
@@ -174,6 +179,10 @@ void AddConvertCommand(CLI::App& program, Console& console)
         ->capture_default_str();
     command->add_option("--jt-split", convert->jtSplit, "JT only: 0 one file, 1 a file a part")
         ->check(CLI::IsMember({0, 1}));
+    const std::vector<std::string> packings =
+        HasMeshopt() ? std::vector<std::string>{"quantize", "meshopt"} : std::vector<std::string>{"quantize"};
+    command->add_option("--compress", convert->compression, "GLB only: 16 bits a coordinate, or packed too")
+        ->check(CLI::IsMember(packings));
     convert->options.Declare(*command);
     command->callback([convert, &console] { convert->Run(console); });
 }

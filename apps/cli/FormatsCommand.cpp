@@ -25,21 +25,25 @@ void PrintTable()
     column("format", 12);
     column("import", 11);
     column("export", 11) << "extensions\n";
-    for (const FormatEntry& format : AllFormats()) {
-        column(std::string(format.name), 12);
-        column(State(format.CanRead(), true), 11);
-        column(State(format.CanWrite(), format.HasWriter()), 11) << format.extensions << "\n";
+    for (const auto* formats : {&AllFormats(), &SceneFormats()}) {
+        for (const FormatEntry& format : *formats) {
+            column(std::string(format.name), 12);
+            column(State(format.CanRead(), formats == &AllFormats()), 11);
+            column(State(format.CanWrite(), format.HasWriter()), 11) << format.extensions << "\n";
+        }
     }
 }
 
 void PrintJson()
 {
     QJsonArray list;
-    for (const FormatEntry& format : AllFormats()) {
-        list.append(QJsonObject{{"name", format.Name()},
-                                {"import", format.CanRead()},
-                                {"export", format.CanWrite()},
-                                {"extensions", QJsonArray::fromStringList(format.Extensions())}});
+    for (const auto* formats : {&AllFormats(), &SceneFormats()}) {
+        for (const FormatEntry& format : *formats) {
+            list.append(QJsonObject{{"name", format.Name()},
+                                    {"import", format.CanRead()},
+                                    {"export", format.CanWrite()},
+                                    {"extensions", QJsonArray::fromStringList(format.Extensions())}});
+        }
     }
     std::cout << QJsonDocument(list).toJson().toStdString();
 }

@@ -1,6 +1,6 @@
 #include "apps/render/ShapeData.h"
 
-#include "apps/render/PolygonCut.h"
+#include "apps/geometry/PolygonCut.h"
 
 #include "host/CZemtarGeometry.h"
 #include "host/CZemtarTextureCoordinatesTable.h"

@@ -2,6 +2,8 @@
 
 #include <QStringList>
 
+#include <utility>
+
 #if __has_include(<cadex/internal/Reports.hxx>)
 #include <cadex/internal/Reports.hxx>
 #define ZEMTAR_ENGINE_REPORTS 1
@@ -19,6 +21,21 @@ QString EngineReport::Line() const
     return details.isEmpty()
                ? QStringLiteral("%1: %2").arg(kind, text)
                : QStringLiteral("%1 (%2): %3").arg(kind, details.join(QStringLiteral(", ")), text);
+}
+
+namespace {
+
+std::vector<EngineReport>& AddedReports()
+{
+    static std::vector<EngineReport> reports;
+    return reports;
+}
+
+} // namespace
+
+void AddReport(const EngineReport& report)
+{
+    AddedReports().push_back(report);
 }
 
 #ifdef ZEMTAR_ENGINE_REPORTS
@@ -44,12 +61,13 @@ QString NameOf(cadex::internal::Report::Kind kind)
 
 void ClearEngineReports()
 {
+    AddedReports().clear();
     cadex::internal::Reports::Clear();
 }
 
 std::vector<EngineReport> TakeEngineReports()
 {
-    std::vector<EngineReport> reports;
+    std::vector<EngineReport> reports = std::exchange(AddedReports(), {});
     for (const cadex::internal::Report& report : cadex::internal::Reports::Take()) {
         reports.push_back({NameOf(report.kind), QString::fromStdString(report.text),
                            static_cast<qint64>(report.record), static_cast<qint64>(report.count)});
@@ -57,10 +75,13 @@ std::vector<EngineReport> TakeEngineReports()
     return reports;
 }
 #else
-void ClearEngineReports() {}
+void ClearEngineReports()
+{
+    AddedReports().clear();
+}
 
 std::vector<EngineReport> TakeEngineReports()
 {
-    return {};
+    return std::exchange(AddedReports(), {});
 }
 #endif

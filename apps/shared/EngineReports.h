@@ -18,5 +18,8 @@ struct EngineReport
 
 /// Forgets what the engine told so far; called before each import and export.
 void ClearEngineReports();
-/// Takes what the engine told since. Empty with an SDK that tells nothing.
+/// Adds what an export of the programs' own has to tell.
+void AddReport(const EngineReport& report);
+/// Takes what the engine told since, and what was added. Nothing of the engine with an SDK that tells
+/// nothing.
 std::vector<EngineReport> TakeEngineReports();

@@ -1,5 +1,7 @@
 #include "apps/shared/Exchange.h"
 
+#include "apps/shared/EngineReports.h"
+
 #include "common/encoding/CZemtarConvert.h"
 #include "host/CZemtarDocument.h"
 #include "host/CZemtarUnit.h"
@@ -53,6 +55,13 @@ std::unique_ptr<CZemtarDocument> ImportDocument(const QString& file, const Forma
 
 bool ExportDocument(CZemtarDocument& document, const QString& file, const ExportSettings& settings)
 {
+    if (settings.format->scene != SceneFormat::None) {
+        for (const std::string& note : ExportScene(
+                 document, file.toStdString(), {settings.format->scene, settings.unit, settings.packing})) {
+            AddReport({QStringLiteral("noted"), QString::fromStdString(note)});
+        }
+        return true;
+    }
     const FileStamp before{QFileInfo(file)};
     CZemtarCADExchangeWriter writer;
     writer.SetCADWriterType(settings.format->writer);

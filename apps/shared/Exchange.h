@@ -33,8 +33,11 @@ struct ExportSettings
     const FormatEntry* format = nullptr;
     Zemtar::enumLengthUnit unit = Zemtar::eLengthUnitMillimetre;
     int jtSplit = JTSplitNotSet; ///< 0 one file, 1 a file a part
+    GlbPacking packing = GlbPacking::None;
 };
 
-/// Runs the library's export. True when the file was written, which is told by the file, never by the
-/// library's result; the reason of a failure is on standard error. Exceptions of the engine pass through.
+/// Runs the library's export or, for a format of `SceneFormats`, the programs' own, whose failures are a
+/// std::runtime_error and whose notes stand among the engine's reports. True when the file was written, which
+/// is told by the file, never by the library's result; the reason of a failure is on standard error.
+/// Exceptions of the engine pass through.
 bool ExportDocument(Zemtar::CZemtarDocument& document, const QString& file, const ExportSettings& settings);

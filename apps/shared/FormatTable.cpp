@@ -33,6 +33,19 @@ const std::vector<FormatEntry>& AllFormats()
     return formats;
 }
 
+const std::vector<FormatEntry>& SceneFormats()
+{
+    constexpr auto noReader = CZemtarCADExchangeReader::eReaderACIS;
+    constexpr auto noWriter = CZemtarCADExchangeWriter::eWriterACIS;
+    static const std::vector<FormatEntry> formats = {
+        {"GLB", "glb", noReader, noWriter, SceneFormat::GLB},
+        {"OBJ", "obj", noReader, noWriter, SceneFormat::OBJ},
+        {"PLY", "ply", noReader, noWriter, SceneFormat::PLY},
+        {"STL", "stl", noReader, noWriter, SceneFormat::STL},
+    };
+    return formats;
+}
+
 QStringList FormatEntry::Extensions() const
 {
     return QString::fromLatin1(extensions.data(), static_cast<int>(extensions.size())).split(' ');
@@ -41,17 +54,19 @@ QStringList FormatEntry::Extensions() const
 #ifdef ZEMTAR_OPEN_ENGINE
 bool FormatEntry::CanRead() const
 {
-    return cadex::internal::CanRead(static_cast<cadex::internal::Format>(reader));
+    return scene == SceneFormat::None &&
+           cadex::internal::CanRead(static_cast<cadex::internal::Format>(reader));
 }
 
 bool FormatEntry::CanWrite() const
 {
-    return cadex::internal::CanWrite(static_cast<cadex::internal::Format>(writer));
+    return scene != SceneFormat::None ||
+           cadex::internal::CanWrite(static_cast<cadex::internal::Format>(writer));
 }
 #else
 bool FormatEntry::CanRead() const
 {
-    return true;
+    return scene == SceneFormat::None;
 }
 
 bool FormatEntry::CanWrite() const
@@ -66,6 +81,27 @@ bool FormatEntry::HasWriter() const
     return writer != W::eWriterCreo && writer != W::eWriterNX && writer != W::eWriterSolidWorks;
 }
 
+namespace {
+
+const FormatEntry* EntryByName(const std::vector<FormatEntry>& formats, const QString& name)
+{
+    const auto found = std::find_if(formats.begin(), formats.end(), [&](const FormatEntry& format) {
+        return format.Name().compare(name, Qt::CaseInsensitive) == 0;
+    });
+    return found == formats.end() ? nullptr : &*found;
+}
+
+const FormatEntry* EntryByFileName(const std::vector<FormatEntry>& formats, const QString& fileName)
+{
+    const QString extension = QFileInfo(fileName).suffix().toLower();
+    const auto found = std::find_if(formats.begin(), formats.end(), [&](const FormatEntry& format) {
+        return format.Extensions().contains(extension);
+    });
+    return found == formats.end() ? nullptr : &*found;
+}
+
+} // namespace
+
 QStringList FormatNames()
 {
     QStringList names;
@@ -75,23 +111,39 @@ QStringList FormatNames()
     return names;
 }
 
+QStringList ExportFormatNames()
+{
+    QStringList names;
+    for (const auto* formats : {&AllFormats(), &SceneFormats()}) {
+        for (const FormatEntry& format : *formats) {
+            if (format.HasWriter()) {
+                names << format.Name();
+            }
+        }
+    }
+    return names;
+}
+
 const FormatEntry* FormatByName(const QString& name)
 {
-    const auto& formats = AllFormats();
-    const auto found = std::find_if(formats.begin(), formats.end(), [&](const FormatEntry& format) {
-        return format.Name().compare(name, Qt::CaseInsensitive) == 0;
-    });
-    return found == formats.end() ? nullptr : &*found;
+    return EntryByName(AllFormats(), name);
 }
 
 const FormatEntry* FormatByFileName(const QString& fileName)
 {
-    const QString extension = QFileInfo(fileName).suffix().toLower();
-    const auto& formats = AllFormats();
-    const auto found = std::find_if(formats.begin(), formats.end(), [&](const FormatEntry& format) {
-        return format.Extensions().contains(extension);
-    });
-    return found == formats.end() ? nullptr : &*found;
+    return EntryByFileName(AllFormats(), fileName);
+}
+
+const FormatEntry* ExportFormatByName(const QString& name)
+{
+    const FormatEntry* format = FormatByName(name);
+    return format ? format : EntryByName(SceneFormats(), name);
+}
+
+const FormatEntry* ExportFormatByFileName(const QString& fileName)
+{
+    const FormatEntry* format = FormatByFileName(fileName);
+    return format ? format : EntryByFileName(SceneFormats(), fileName);
 }
 
 QList<const FormatEntry*> FormatsByFileName(const QString& fileName)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "apps/export/SceneExport.h"
+
 #include "cadexchange/CZemtarCADExchangeReader.h"
 #include "cadexchange/CZemtarCADExchangeWriter.h"
 
@@ -17,6 +19,8 @@ struct FormatEntry
     std::string_view extensions; ///< lower case, separated by blanks; the first is the usual one
     Zemtar::CZemtarCADExchangeReader::eReaderType reader;
     Zemtar::CZemtarCADExchangeWriter::eWriterType writer;
+    SceneFormat scene =
+        SceneFormat::None; ///< else the format is the programs' own, and the numbers mean nothing
 
     QString Name() const { return QString::fromLatin1(name.data(), static_cast<int>(name.size())); }
     QStringList Extensions() const;
@@ -27,11 +31,16 @@ struct FormatEntry
     bool HasWriter() const;
 };
 
-/// All formats, in the order of their numbers.
+/// All formats of the library, in the order of their numbers.
 const std::vector<FormatEntry>& AllFormats();
 
-/// The formats' names, in the same order.
+/// The formats that the programs write without the library.
+const std::vector<FormatEntry>& SceneFormats();
+
+/// The names of the library's formats, in the same order.
 QStringList FormatNames();
+/// The names of all formats that can be exported to, whatever the engine.
+QStringList ExportFormatNames();
 
 /// Finds a format by its name, in any letter case; null when there is none.
 const FormatEntry* FormatByName(const QString& name);
@@ -39,6 +48,9 @@ const FormatEntry* FormatByName(const QString& name);
 /// Finds a format by a file name's extension, in any letter case; null when no format has it. A ".prt" file
 /// is taken for NX.
 const FormatEntry* FormatByFileName(const QString& fileName);
+/// As above, among the formats of the library and the programs' own: what an export may be written as.
+const FormatEntry* ExportFormatByName(const QString& name);
+const FormatEntry* ExportFormatByFileName(const QString& fileName);
 /// Finds all formats that the extension may stand for, the likelier first: two for ".prt". The version number
 /// that Creo puts behind it ("wheel.prt.3") is passed over.
 QList<const FormatEntry*> FormatsByFileName(const QString& fileName);

@@ -54,10 +54,12 @@ ExportDialog::ExportDialog(const QString& sourceFile, QWidget* parent)
 void ExportDialog::FillChoices()
 {
     const ViewerSettings settings;
-    for (const FormatEntry& format : AllFormats()) {
-        if (format.CanWrite()) {
-            m_format->addItem(QStringLiteral("%1 (*.%2)").arg(format.Name(), format.Extensions().first()),
-                              format.Name());
+    for (const auto* formats : {&AllFormats(), &SceneFormats()}) {
+        for (const FormatEntry& format : *formats) {
+            if (format.CanWrite()) {
+                m_format->addItem(QStringLiteral("%1 (*.%2)").arg(format.Name(), format.Extensions().first()),
+                                  format.Name());
+            }
         }
     }
     m_format->setCurrentIndex(std::max(0, m_format->findData(settings.ExportFormat())));
@@ -103,7 +105,7 @@ void ExportDialog::Arrange()
 
 const FormatEntry& ExportDialog::Format() const
 {
-    return *FormatByName(m_format->currentData().toString());
+    return *ExportFormatByName(m_format->currentData().toString());
 }
 
 QString ExportDialog::File() const
@@ -129,11 +131,13 @@ ExportSettings ExportDialog::Settings() const
 /// Gives the file name the extension of the chosen format, in place of another format's.
 void ExportDialog::UseFormat()
 {
-    const bool isJT = Format().writer == CZemtarCADExchangeWriter::eWriterJT;
+    const bool isJT =
+        Format().scene == SceneFormat::None && Format().writer == CZemtarCADExchangeWriter::eWriterJT;
+    m_unit->setEnabled(Format().scene != SceneFormat::GLB); // which has metres
     m_jtSplit->setVisible(isJT);
     m_jtLabel->setVisible(isJT);
     QString file = File();
-    const FormatEntry* named = FormatByFileName(file);
+    const FormatEntry* named = ExportFormatByFileName(file);
     if (named != &Format() && !file.isEmpty()) {
         if (named) {
             file.chop(QFileInfo(file).suffix().size() + 1);
@@ -146,7 +150,7 @@ void ExportDialog::UseFormat()
 /// Takes the format from the extension that the user typed, where one that can be written has it.
 void ExportDialog::UseExtension()
 {
-    const FormatEntry* named = FormatByFileName(File());
+    const FormatEntry* named = ExportFormatByFileName(File());
     const int index = named ? m_format->findData(named->Name()) : -1;
     if (index >= 0) {
         m_format->setCurrentIndex(index);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/render/Vector.h"
+#include "apps/geometry/Vector.h"
 
 #include <optional>
 

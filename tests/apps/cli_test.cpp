@@ -110,8 +110,8 @@ TEST(Cli, WrongUsageIsToldInTwoLinesAndExitsWithTwo)
         EXPECT_EQ(run.exitCode, 0) << arguments.join(' ').toStdString();
         EXPECT_FALSE(run.out.isEmpty());
     }
-    EXPECT_EQ(Program({"formats"}).out.count('\n'), 11);
-    EXPECT_EQ(QJsonDocument::fromJson(Program({"formats", "--json"}).out.toUtf8()).array().size(), 10);
+    EXPECT_EQ(Program({"formats"}).out.count('\n'), 15);
+    EXPECT_EQ(QJsonDocument::fromJson(Program({"formats", "--json"}).out.toUtf8()).array().size(), 14);
 }
 
 TEST(Cli, AFailureIsTheLibrarysLineAndTheReason)

@@ -1,8 +1,8 @@
 // What is decided before OpenGL draws: the camera, the flattened scene, packed shapes and the draw list.
 
+#include "apps/geometry/PolygonCut.h"
 #include "apps/render/DrawList.h"
 #include "apps/render/Picture.h"
-#include "apps/render/PolygonCut.h"
 #include "apps/render/ShapeData.h"
 #include "tests/support/SceneBuilder.h"
 

@@ -47,12 +47,15 @@ constexpr Room Rooms[] = {
     {"cadexchange/CZemtarCADExchangeReaderHandlerSolidHints.cpp", "cadexchange",
      "std host Qt cadex encoding file image OCCT"},
     {"cadexchange/", "cadexchange", "std host Qt QtWidgets cadex encoding file image"},
-    {"apps/shared/", "shared", "std Qt host cadex encoding file image cadexchange"},
+    {"apps/shared/", "shared", "std Qt host cadex encoding file image cadexchange export"},
+    {"apps/geometry/", "geometry", "std"},
+    {"apps/export/", "export", "std Qt host images geometry meshoptimizer"},
     {"apps/images/", "images", "std Qt host encoding file image"},
-    {"apps/render/", "render", "std Qt host encoding file image shared images"},
-    {"apps/cli/", "cli", "std Qt host cadex encoding file image cadexchange CLI11 shared images render"},
+    {"apps/render/", "render", "std Qt host encoding file image shared images geometry"},
+    {"apps/cli/", "cli",
+     "std Qt host cadex encoding file image cadexchange CLI11 shared images render"},
     {"apps/viewer/", "viewer",
-     "std Qt QtWidgets host cadex encoding file image cadexchange shared images render"},
+     "std Qt QtWidgets host cadex encoding file image cadexchange shared images render geometry"},
 };
 
 bool IsAllowed(const Room& room, std::string_view kind)
@@ -91,6 +94,9 @@ std::string_view KindOf(const std::string& name)
     }
     if (const Room* room = RoomOf(name)) {
         return room->name;
+    }
+    if (name == "meshoptimizer.h") {
+        return "meshoptimizer";
     }
     if (name == "zlib.h") {
         return "zlib";

@@ -1,4 +1,4 @@
-#include "apps/render/PolygonCut.h"
+#include "apps/geometry/PolygonCut.h"
 
 #include <numeric>
 
