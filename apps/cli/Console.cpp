@@ -2,6 +2,7 @@
 
 #include "apps/shared/SafeOutput.h"
 
+#include <csignal>
 #include <iostream>
 
 #include <unistd.h>
@@ -18,6 +19,17 @@ void ToTerminal(const std::string& text)
 {
     std::cerr.flush();
     [[maybe_unused]] const auto written = ::write(STDERR_FILENO, text.data(), text.size());
+}
+
+volatile std::sig_atomic_t interrupted = 0;
+
+void Interrupt(int signal)
+{
+    if (interrupted != 0) {
+        std::signal(signal, SIG_DFL);
+        std::raise(signal);
+    }
+    interrupted = 1;
 }
 
 } // namespace
@@ -43,16 +55,31 @@ void Console::Detail(const QString& message) const
 }
 
 StageLine::StageLine(const Console& console, const QString& text)
-    : m_shown(!console.quiet && isatty(STDERR_FILENO) != 0)
+    : m_text(text), m_shown(!console.quiet && isatty(STDERR_FILENO) != 0)
 {
-    if (m_shown) {
-        ToTerminal(Printable(text).toStdString());
-    }
+    Write(m_text + QStringLiteral(" ..."));
+    static const bool isCaught = std::signal(SIGINT, Interrupt) != SIG_ERR;
+    static_cast<void>(isCaught);
 }
 
 StageLine::~StageLine()
 {
+    Write(QString());
+}
+
+void StageLine::Show(const QString& stage, double fraction)
+{
+    Write(QStringLiteral("%1: %2 %3 %").arg(m_text, stage).arg(static_cast<int>(fraction * 100)));
+}
+
+bool StageLine::WasInterrupted()
+{
+    return interrupted != 0;
+}
+
+void StageLine::Write(const QString& line) const
+{
     if (m_shown) {
-        ToTerminal("\r\033[K");
+        ToTerminal("\r\033[K" + Printable(line).toStdString());
     }
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QString>
+#include "apps/shared/ExchangeWatch.h"
 
 /// How much the program says, and where; and its exit code, which only gets worse.
 class Console
@@ -23,16 +23,26 @@ private:
     int m_exitCode = 0;
 };
 
-/// A line on standard error while a stage of long work runs, taken away when the stage ends. Silent where
-/// standard error is no terminal.
-class StageLine
+/// A line on standard error while long work runs, with how far it is, taken away when the work ends. Silent
+/// where standard error is no terminal. From the first line on Ctrl-C cancels the work, and ends the program
+/// when pressed again.
+class StageLine : public ExchangeWatch
 {
 public:
     StageLine(const Console& console, const QString& text);
-    ~StageLine();
+    ~StageLine() override;
     StageLine(const StageLine&) = delete;
     StageLine& operator=(const StageLine&) = delete;
 
+    void Show(const QString& stage, double fraction) override;
+    bool IsCancelled() const override { return WasInterrupted(); }
+
+    /// Whether Ctrl-C was pressed during this or an earlier line of the program.
+    static bool WasInterrupted();
+
 private:
+    void Write(const QString& line) const;
+
+    QString m_text;
     bool m_shown;
 };

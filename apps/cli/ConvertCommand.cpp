@@ -115,13 +115,17 @@ void ConvertCommand::Convert(const Conversion& conversion, Console& console) con
     bool isWritten = false;
     QString reason;
     try {
-        const StageLine stage(
-            console, QStringLiteral("Exporting %1 ...").arg(QFileInfo(conversion.target).fileName()));
+        StageLine stage(console, QStringLiteral("Exporting %1").arg(QFileInfo(conversion.target).fileName()));
+        settings.watch = &stage;
         isWritten = ExportDocument(*imported.document, conversion.target, settings);
     } catch (const std::exception& error) {
         reason = QString::fromUtf8(error.what());
     }
     const std::vector<EngineReport> reports = TakeEngineReports();
+    if (!isWritten && StageLine::WasInterrupted()) {
+        console.Error(QStringLiteral("%1: cancelled").arg(conversion.target));
+        return;
+    }
     TellReports(conversion.target, reports, console);
     if (isWritten) {
         console.Detail(QStringLiteral("%1 is written").arg(conversion.target));
@@ -143,6 +147,10 @@ void ConvertCommand::Run(Console& console) const
         return;
     }
     for (const Conversion& conversion : conversions) {
+        if (StageLine::WasInterrupted()) {
+            console.Error(QStringLiteral("cancelled before %1").arg(conversion.source));
+            return;
+        }
         Convert(conversion, console);
     }
 }

@@ -88,6 +88,10 @@ void ImportCommand::Run(Console& console) const
     }
     QJsonArray list;
     for (std::size_t i = 0; i < files.size(); ++i) {
+        if (StageLine::WasInterrupted()) {
+            console.Error(QStringLiteral("cancelled before %1").arg(Text(files[i])));
+            break;
+        }
         const QString file = Text(files[i]);
         const ImportedFile imported = options.Import(file, *formats[i], console);
         if (json) {

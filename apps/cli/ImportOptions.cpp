@@ -69,7 +69,8 @@ ImportedFile ImportOptions::Import(const QString& file, const FormatEntry& forma
     timer.start();
     ClearEngineReports();
     try {
-        const StageLine stage(console, QStringLiteral("Importing %1 ...").arg(QFileInfo(file).fileName()));
+        StageLine stage(console, QStringLiteral("Importing %1").arg(QFileInfo(file).fileName()));
+        settings.watch = &stage;
         imported.document = ImportDocument(file, format, settings);
     } catch (const std::exception& error) {
         imported.reason = QString::fromUtf8(error.what());
@@ -79,6 +80,9 @@ ImportedFile ImportOptions::Import(const QString& file, const FormatEntry& forma
     if (imported.document) {
         TellReports(file, imported.reports, console);
         return imported;
+    }
+    if (StageLine::WasInterrupted()) {
+        imported.reason = QStringLiteral("cancelled");
     }
     for (const QString& reason : {WhyNotReadable(file, format), RefusalOf(imported.reports)}) {
         imported.reason = imported.reason.isEmpty() ? reason : imported.reason;

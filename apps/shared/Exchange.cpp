@@ -11,6 +11,12 @@
 #include <QFileInfo>
 
 #include <iostream>
+#include <optional>
+
+#if __has_include(<cadex/internal/Progress.hxx>)
+#include <cadex/internal/Progress.hxx>
+#define ZEMTAR_ENGINE_PROGRESS 1
+#endif
 
 using namespace Zemtar;
 
@@ -30,12 +36,91 @@ struct FileStamp
     bool operator==(const FileStamp&) const = default;
 };
 
+#ifdef ZEMTAR_ENGINE_PROGRESS
+QString NameOf(cadex::internal::ProgressStage stage)
+{
+    using Stage = cadex::internal::ProgressStage;
+    switch (stage) {
+    case Stage::Reading:
+        return QStringLiteral("reading");
+    case Stage::Building:
+        return QStringLiteral("building");
+    case Stage::Meshing:
+        return QStringLiteral("meshing");
+    case Stage::Writing:
+        break;
+    }
+    return QStringLiteral("writing");
+}
+
+/// Hands what the engine tells to a watch, which may be null.
+class Listening
+{
+public:
+    explicit Listening(ExchangeWatch* watch)
+    {
+        if (watch) {
+            m_listening.emplace([watch](cadex::internal::ProgressStage stage, double fraction) {
+                watch->Show(NameOf(stage), fraction);
+                return !watch->IsCancelled();
+            });
+        }
+    }
+
+private:
+    std::optional<cadex::internal::ProgressListening> m_listening;
+};
+#else
+class Listening
+{
+public:
+    explicit Listening(ExchangeWatch*) {}
+};
+#endif
+
+/// What stands in a folder that an import writes textures to, so that a cancelled one can take its own away.
+class TextureFolder
+{
+public:
+    explicit TextureFolder(const QString& path)
+        : m_path(path), m_existed(QFileInfo::exists(path)), m_files(Files())
+    {
+    }
+
+    void RemoveNewFiles() const
+    {
+        if (m_path.isEmpty()) {
+            return;
+        }
+        for (const QString& file : Files()) {
+            if (!m_files.contains(file)) {
+                QFile::remove(QDir(m_path).filePath(file));
+            }
+        }
+        if (!m_existed) {
+            QDir().rmdir(m_path); // which keeps a folder that holds anything
+        }
+    }
+
+private:
+    QStringList Files() const
+    {
+        return m_path.isEmpty() ? QStringList()
+                                : QDir(m_path).entryList(QDir::Files | QDir::Hidden | QDir::System);
+    }
+
+    QString m_path;
+    bool m_existed;
+    QStringList m_files;
+};
+
 } // namespace
 
 std::unique_ptr<CZemtarDocument> ImportDocument(const QString& file, const FormatEntry& format,
                                                 const ImportSettings& settings)
 {
     QString textures = settings.textureFolder;
+    const TextureFolder before(textures);
     if (!textures.isEmpty() && !QDir().mkpath(textures)) {
         std::cerr << "Cannot make the folder " << textures.toStdString() << std::endl;
         return nullptr;
@@ -50,7 +135,13 @@ std::unique_ptr<CZemtarDocument> ImportDocument(const QString& file, const Forma
     reader.setUseParallelProcessing(settings.parallel);
     reader.setImportPolyLines(settings.polylines);
     reader.setTextureOutputDirectory(CZemtarConvert::QStringToCZemtarString(textures));
-    return std::unique_ptr<CZemtarDocument>(reader.Import(CZemtarConvert::QStringToCZemtarString(file)));
+    const Listening listening(settings.watch);
+    std::unique_ptr<CZemtarDocument> document(reader.Import(CZemtarConvert::QStringToCZemtarString(file)));
+    if (settings.watch && settings.watch->IsCancelled()) {
+        document.reset(); // meshes that were cancelled are missing in it
+        before.RemoveNewFiles();
+    }
+    return document;
 }
 
 bool ExportDocument(CZemtarDocument& document, const QString& file, const ExportSettings& settings)
@@ -63,6 +154,7 @@ bool ExportDocument(CZemtarDocument& document, const QString& file, const Export
         return true;
     }
     const FileStamp before{QFileInfo(file)};
+    const Listening listening(settings.watch);
     CZemtarCADExchangeWriter writer;
     writer.SetCADWriterType(settings.format->writer);
     writer.SetJTExportMethod(settings.jtSplit);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "apps/shared/ExchangeWatch.h"
 #include "apps/shared/FormatTable.h"
 #include "host/enumLengthUnit.h"
 
@@ -17,10 +18,12 @@ struct ImportSettings
     bool polylines = false;
     /// Where the model's textures are written; made when missing. Empty: nowhere named.
     QString textureFolder;
+    ExchangeWatch* watch = nullptr; ///< may be null
 };
 
 /// Runs the library's import, on the main thread, as it asks. Null on failure; the reason is then on standard
-/// error. Exceptions of the engine pass through.
+/// error. Exceptions of the engine pass through. A cancelled import gives null too; texture files that it
+/// made are removed, and the texture folder when it made that.
 std::unique_ptr<Zemtar::CZemtarDocument> ImportDocument(const QString& file, const FormatEntry& format,
                                                         const ImportSettings& settings);
 
@@ -34,6 +37,7 @@ struct ExportSettings
     Zemtar::enumLengthUnit unit = Zemtar::eLengthUnitMillimetre;
     int jtSplit = JTSplitNotSet; ///< 0 one file, 1 a file a part
     GlbPacking packing = GlbPacking::None;
+    ExchangeWatch* watch = nullptr; ///< may be null
 };
 
 /// Runs the library's export or, for a format of `SceneFormats`, the programs' own, whose failures are a

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <csignal>
 
 namespace {
 
@@ -187,6 +188,26 @@ TEST(Cli, ManyFilesGoIntoAFolder)
                        "-o", folder.filePath("out"), "--to", "ifc"});
     EXPECT_EQ(run.exitCode, 1) << "one is missing";
     EXPECT_EQ(QDir(folder.filePath("out")).entryList(QDir::Files), (QStringList{"bracket.ifc", "pump.ifc"}));
+}
+
+TEST(Cli, AnInterruptCancelsInPeace)
+{
+    const QTemporaryDir folder;
+    QStringList arguments{"import", "--textures", folder.filePath("textures")};
+    for (int i = 0; i < 200; ++i) {
+        arguments << Example;
+    }
+    QProcess process;
+    process.start(QStringLiteral(ZEMTAR_BINARY_DIR "/bin/zemtar-cad"), arguments);
+    ASSERT_TRUE(process.waitForReadyRead(300000)) << "the first file's tree";
+    ::kill(static_cast<pid_t>(process.processId()), SIGINT);
+    ASSERT_TRUE(process.waitForFinished(300000));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 1);
+    const QByteArray errors = process.readAllStandardError();
+    EXPECT_TRUE(errors.contains("cancelled")) << errors.toStdString();
+    EXPECT_FALSE(errors.contains('%')) << "a line of progress where no terminal is";
+    EXPECT_LT(process.readAllStandardOutput().count(Example.toUtf8()), 200);
 }
 
 TEST(Cli, ControlCharactersOfAFileReachNoTerminal)
