@@ -15,6 +15,7 @@
 #include <TColgp_Array1OfPnt2d.hxx>
 #include <gp_Circ.hxx>
 
+#include "sdk/brep/SurfaceEvaluator.h"
 #include "sdk/brep/SurfaceProjection.h"
 #include "sdk/brep/Tolerances.h"
 
@@ -173,7 +174,10 @@ bool Fits(const Surface& surface, const BodyEdge& edge, const Geom2d_Curve& give
 class Projector
 {
 public:
-    Projector(const Surface& surface, const BodyEdge& edge) : mySurface(surface), myEdge(edge) {}
+    Projector(const Surface& surface, const BodyEdge& edge)
+        : mySurface(surface), myEvaluator(surface), myEdge(edge)
+    {
+    }
 
     ResolveStatus Run(CurveOnSurface& curve)
     {
@@ -242,7 +246,7 @@ private:
         if (seed != nullptr) {
             node.place = seed->place;
         }
-        if (!(Project(mySurface, node.point, node.place, myLoose, seed != nullptr) <= myLoose)) {
+        if (!(Project(myEvaluator, node.point, node.place, myLoose, seed != nullptr) <= myLoose)) {
             return false;
         }
         if (seed != nullptr) {
@@ -251,7 +255,7 @@ private:
         gp_Pnt point;
         gp_Vec tangent, du, dv;
         myEdge.D1(node.t, point, tangent);
-        mySurface.D1(node.place, point, du, dv);
+        myEvaluator.D1(node.place, point, du, dv);
         const double uu = du.SquareMagnitude(), uv = du.Dot(dv), vv = dv.SquareMagnitude();
         const double determinant = uu * vv - uv * uv;
         constexpr double Flat = 1e-10;
@@ -333,14 +337,14 @@ private:
                 Node node;
                 node.t = (a.t + b.t) / 2;
                 node.point = myEdge.Value(node.t);
-                const double off = mySurface.Value(seed.place).Distance(node.point);
+                const double off = myEvaluator.Value(seed.place).Distance(node.point);
                 if (off <= myTight || next.size() + myNodes.size() - i > MostNodes) {
                     continue;
                 }
                 if (!Solve(node, &seed)) {
                     return ResolveStatus::EdgeOffSurface;
                 }
-                const double best = mySurface.Value(node.place).Distance(node.point);
+                const double best = myEvaluator.Value(node.place).Distance(node.point);
                 if (off > 2 * best + tolerance::SameAxis) {
                     next.push_back(node);
                     isRefined = true;
@@ -361,7 +365,7 @@ private:
         for (std::size_t i = 0; i + 1 < myNodes.size(); ++i) {
             const double t = (myNodes[i].t + myNodes[i + 1].t) / 2;
             const gp_Pnt2d place = Middle(myNodes[i], myNodes[i + 1]);
-            if (!(mySurface.Value(place).Distance(myEdge.Value(t)) <= myLoose)) {
+            if (!(myEvaluator.Value(place).Distance(myEdge.Value(t)) <= myLoose)) {
                 return false;
             }
         }
@@ -386,7 +390,7 @@ private:
         return std::all_of(myNodes.begin(), myNodes.end(), [&](const Node& node) {
             const double part = (node.t - myEdge.first) / (myEdge.last - myEdge.first);
             const gp_Pnt2d place(from.XY() + (to.XY() - from.XY()) * part);
-            return mySurface.Value(place).Distance(node.point) < exact;
+            return myEvaluator.Value(place).Distance(node.point) < exact;
         });
     }
 
@@ -417,6 +421,7 @@ private:
     }
 
     const Surface& mySurface;
+    const SurfaceEvaluator myEvaluator;
     const BodyEdge& myEdge;
     std::vector<Node> myNodes;
     double myLoose = 0;

@@ -4,7 +4,7 @@
 //     const Surface surface = MakeSurface(new Geom_SphericalSurface(axes, 10));
 //     surface.kind == SurfaceKind::Sphere; surface.period[0] == 2 * M_PI; surface.poles.size() == 2;
 //     gp_Pnt2d place;
-//     const double distance = Project(surface, point, place);
+//     const double distance = Project(SurfaceEvaluator(surface), point, place);
 //
 // A swept surface that is a plane, cylinder, cone, sphere or torus becomes one; offsets of elementary
 // surfaces become elementary; Bezier patches become splines; closed splines become periodic; trimmed surfaces
@@ -54,6 +54,7 @@ struct Pole
 };
 
 class ProjectionGrid;
+class SurfaceEvaluator;
 
 struct Surface
 {
@@ -101,7 +102,7 @@ Surface WithAxes(const Surface& sphere, const gp_Ax3& axes);
 /// The place of the point of the surface that is nearest to the given one, as far as it is found, and the
 /// distance in between. Periodic parameters are in no certain period. With a seed the search starts from
 /// `place`; it ends when the distance is `enough`.
-double Project(const Surface& surface, const gp_Pnt& point, gp_Pnt2d& place, double enough = 1e-6,
+double Project(const SurfaceEvaluator& evaluator, const gp_Pnt& point, gp_Pnt2d& place, double enough = 1e-6,
                bool hasSeed = false);
 
 /// The pole that the point lies in, within `reach`; null when it lies in none. Of two poles at one point (the

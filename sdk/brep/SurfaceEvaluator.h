@@ -23,6 +23,8 @@ public:
         }
     }
 
+    const Surface& TheSurface() const { return mySurface; }
+
     gp_Pnt Value(const gp_Pnt2d& place) const
     {
         return myHasSpline ? mySpline.Value(place.X(), place.Y()) : mySurface.Value(place);

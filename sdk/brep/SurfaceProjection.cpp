@@ -11,6 +11,7 @@
 #include <Geom_SurfaceOfRevolution.hxx>
 #include <Precision.hxx>
 
+#include "sdk/brep/SurfaceEvaluator.h"
 #include "sdk/brep/Tolerances.h"
 
 namespace cadex::brep {
@@ -64,8 +65,9 @@ gp_Pnt2d Stepped(const Surface& surface, const gp_Pnt2d& at, const gp_Vec2d& ste
 }
 
 /// Searches from `place` and leaves the best place found there.
-double Search(const Surface& surface, const gp_Pnt& point, gp_Pnt2d& place)
+double Search(const SurfaceEvaluator& evaluator, const gp_Pnt& point, gp_Pnt2d& place)
 {
+    const Surface& surface = evaluator.TheSurface();
     constexpr int Steps = 20;
     constexpr double Still = 1e-18; // square millimetres
     gp_Pnt2d at = place;
@@ -73,7 +75,7 @@ double Search(const Surface& surface, const gp_Pnt& point, gp_Pnt2d& place)
     for (int i = 0; i < Steps; ++i) {
         gp_Pnt on;
         gp_Vec du, dv;
-        surface.D1(at, on, du, dv);
+        evaluator.D1(at, on, du, dv);
         const gp_Vec rest(on, point);
         if (rest.Magnitude() < best) {
             best = rest.Magnitude();
@@ -87,7 +89,7 @@ double Search(const Surface& surface, const gp_Pnt& point, gp_Pnt2d& place)
             break;
         }
     }
-    const double last = surface.Value(at).Distance(point);
+    const double last = evaluator.Value(at).Distance(point);
     if (last < best) {
         best = last;
         place = at;
@@ -161,8 +163,9 @@ std::vector<Start> GridStarts(const Surface& surface, const gp_Pnt& point)
     return starts;
 }
 
-double ProjectGeneral(const Surface& surface, const gp_Pnt& point, gp_Pnt2d& place, double enough)
+double ProjectGeneral(const SurfaceEvaluator& evaluator, const gp_Pnt& point, gp_Pnt2d& place, double enough)
 {
+    const Surface& surface = evaluator.TheSurface();
     const bool isSwept = surface.kind == SurfaceKind::Revolution || surface.kind == SurfaceKind::Extrusion;
     std::vector<Start> starts = isSwept ? SweptStarts(surface, point) : GridStarts(surface, point);
     constexpr std::size_t Attempts = 6;
@@ -172,7 +175,7 @@ double ProjectGeneral(const Surface& surface, const gp_Pnt& point, gp_Pnt2d& pla
     double best = Infinite;
     for (auto start = starts.begin(); start != end && best > enough; ++start) {
         gp_Pnt2d found = start->place;
-        const double distance = Search(surface, point, found);
+        const double distance = Search(evaluator, point, found);
         if (distance < best) {
             best = distance;
             place = found;
@@ -255,19 +258,21 @@ double ProjectElementary(const Surface& surface, const gp_Pnt& point, gp_Pnt2d& 
     }
 }
 
-double Project(const Surface& surface, const gp_Pnt& point, gp_Pnt2d& place, double enough, bool hasSeed)
+double Project(const SurfaceEvaluator& evaluator, const gp_Pnt& point, gp_Pnt2d& place, double enough,
+               bool hasSeed)
 {
+    const Surface& surface = evaluator.TheSurface();
     if (IsElementary(surface.kind)) {
         return ProjectElementary(surface, point, place);
     }
     if (!hasSeed) {
-        return ProjectGeneral(surface, point, place, enough);
+        return ProjectGeneral(evaluator, point, place, enough);
     }
     gp_Pnt2d nearby = place;
-    const double distance = Search(surface, point, nearby);
+    const double distance = Search(evaluator, point, nearby);
     double anywhere = Infinite;
     if (distance > enough) {
-        anywhere = ProjectGeneral(surface, point, place, enough);
+        anywhere = ProjectGeneral(evaluator, point, place, enough);
     }
     if (distance <= anywhere) {
         place = nearby;

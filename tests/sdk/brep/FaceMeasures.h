@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "sdk/brep/ResolvedFace.h"
+#include "sdk/brep/SurfaceEvaluator.h"
 
 namespace cadex::brep {
 
@@ -48,7 +49,7 @@ inline std::vector<std::vector<gp_Pnt2d>> OutlinesOf(const Body& body, const Res
                 const double t = use.first + (use.last - use.first) * part;
                 gp_Pnt2d place = use.curve.Value(t);
                 if (face.surface->kind == SurfaceKind::Plane) {
-                    Project(*face.surface, face.EdgeOf(body, use).Value(t), place);
+                    Project(SurfaceEvaluator(*face.surface), face.EdgeOf(body, use).Value(t), place);
                 }
                 outlines.back().push_back(place);
             }
