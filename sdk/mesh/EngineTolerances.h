@@ -10,8 +10,8 @@ inline constexpr double Coincident = 1e-7;
 /// Coordinates, lengths and radii beyond this are no geometry: damaged files have them (millimetres).
 inline constexpr double LargestCoordinate = 1e12;
 
-/// A volume that is this small beside the sum of its triangles' or faces' shares, signs left aside, is rounding
-/// noise (a ratio).
+/// A volume that is this small beside the sum of its triangles' or faces' shares, signs left aside, is
+/// rounding noise (a ratio).
 inline constexpr double NoVolume = 1e-9;
 
 /// Ends of loose curves that lie this near are one point of a polyline (millimetres).

@@ -52,8 +52,7 @@ constexpr Room Rooms[] = {
     {"apps/export/", "export", "std Qt host images geometry meshoptimizer"},
     {"apps/images/", "images", "std Qt host encoding file image"},
     {"apps/render/", "render", "std Qt host encoding file image shared images geometry"},
-    {"apps/cli/", "cli",
-     "std Qt host cadex encoding file image cadexchange CLI11 shared images render"},
+    {"apps/cli/", "cli", "std Qt host cadex encoding file image cadexchange CLI11 shared images render"},
     {"apps/viewer/", "viewer",
      "std Qt QtWidgets host cadex encoding file image cadexchange shared images render geometry"},
 };
