@@ -8,7 +8,7 @@ namespace cadex::rhino {
 namespace {
 
 /// From this version of the writing library on, edges and trims have a domain of their own.
-constexpr std::uint32_t LibraryWithDomains = 200206180;
+constexpr std::uint32_t ToolkitWithDomains = 200206180;
 
 constexpr double LargestTolerance = 1; ///< of a vertex or edge, as a fraction of nothing: millimetres
 
@@ -64,7 +64,7 @@ std::vector<Item> ReadTable(Chunk& data, std::size_t itemSize, Read read)
 void ReadBrepTables(Chunk& data, double millimetres, FileBrep& brep)
 {
     const ArchiveFacts& facts = data.Facts();
-    const bool hasDomains = facts.version >= 3 && facts.library >= LibraryWithDomains;
+    const bool hasDomains = facts.version >= 3 && facts.toolkit >= ToolkitWithDomains;
     brep.curves2d = ReadObjects<Curve>(data, [](Chunk& list) { return ReadCurveObject(list, 1); });
     brep.curves3d = ReadObjects<Curve>(data, [&](Chunk& list) { return ReadCurveObject(list, millimetres); });
     brep.surfaces =

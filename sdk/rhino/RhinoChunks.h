@@ -119,7 +119,7 @@ struct ArchiveFacts
 {
     const char* bytes = nullptr;
     int version = 0;           ///< of the format: 2 to 4, then 50, 60, 70, 80
-    std::uint32_t library = 0; ///< that wrote the file; layouts depend on it
+    std::uint32_t toolkit = 0; ///< that wrote the file; layouts depend on it
     std::size_t budget = 0;    ///< bytes that may still come out of compressed buffers
     int depth = 0;             ///< of the objects that are being read inside each other
 };

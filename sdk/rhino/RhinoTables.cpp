@@ -12,9 +12,9 @@ constexpr Uuid DocumentStringsId("06f3218e-f5ec-4f6c-b74c-14583f0ed7bc");
 constexpr int DeepestObject = 32;
 
 // Versions of the writing library from which layouts differ.
-constexpr std::uint32_t LibraryWithItems = 200712190;
-constexpr std::uint32_t LibraryWithParents = 200505110;
-constexpr std::uint32_t LibraryWithComponents = 2348833910;
+constexpr std::uint32_t ToolkitWithItems = 200712190;
+constexpr std::uint32_t ToolkitWithParents = 200505110;
+constexpr std::uint32_t ToolkitWithComponents = 2348833910;
 
 /// Millimetres of the numbered units of length; 0 where there is none.
 constexpr double Millimetres[] = {0,       1e-3, 1,    10,   1e3, 1e6, 2.54e-5, 0.0254, 25.4, 304.8,
@@ -321,7 +321,7 @@ Base_UTF16String NumberedName(const Base_UTF16String& name, std::size_t number)
 void ReadProperty(Chunk& record, Document& document)
 {
     if (record.Code() == code::LibraryVersion) {
-        record.Facts().library = static_cast<std::uint32_t>(record.Value());
+        record.Facts().toolkit = static_cast<std::uint32_t>(record.Value());
     } else if (record.Code() == code::Notes) {
         record.ByteVersion();
         record.Skip(4);
@@ -389,7 +389,7 @@ Layer ReadLayer(Chunk& record)
         if (minor >= 5) {
             layer.id = data.Id();
         }
-        if (minor >= 6 && record.Facts().library > LibraryWithParents) {
+        if (minor >= 6 && record.Facts().toolkit > ToolkitWithParents) {
             layer.parent = data.Id();
         }
         data.SkipRest();
@@ -404,7 +404,7 @@ Material ReadMaterial(Chunk& record)
     ReadObject(record, [&](const Uuid&, Chunk& data) {
         const ArchiveFacts& facts = data.Facts();
         Chunk::Version version;
-        if (facts.version >= 60 && facts.library >= LibraryWithComponents) {
+        if (facts.version >= 60 && facts.toolkit >= ToolkitWithComponents) {
             Chunk chunk = data.Versioned(version);
             ReadComponent(chunk, material.id, material.index, material.name);
             ReadMaterialBody(chunk, material);
@@ -464,7 +464,7 @@ Attributes ReadAttributes(Chunk& chunk)
     Attributes attributes;
     const Chunk::Version version = chunk.ByteVersion();
     attributes.id = chunk.Id();
-    if (chunk.Facts().version >= 5 && chunk.Facts().library >= LibraryWithItems) {
+    if (chunk.Facts().version >= 5 && chunk.Facts().toolkit >= ToolkitWithItems) {
         attributes.layer = chunk.I32();
         ReadAttributeItems(chunk, attributes);
     } else {
