@@ -2,6 +2,7 @@
 
 #include <iterator>
 
+#include "sdk/mesh/StreamedWriterEngine.h"
 #include "sdk/occt/EngineScope.h"
 #include "sdk/rhino/RhinoTree.h"
 #include "sdk/rhino/RhinoWriter.h"
@@ -45,38 +46,13 @@ private:
     rhino::RhinoFile myFile;
 };
 
-class RhinoWriterEngine final : public WriterEngine
-{
-public:
-    bool Transfer(const ModelData_Model& model, const Base_WriterParameters& parameters) override
-    {
-        myOptions.unit = parameters.LengthUnit();
-        return myPlan.Build(model);
-    }
-
-    bool WriteFile(const std::filesystem::path& file) override
-    {
-        text::AtomicFile target(file);
-        return target.IsOpen() && rhino::RhinoWriter(target, myPlan, myOptions).Write() && target.Commit();
-    }
-
-    bool WriteStream(std::ostream& stream) override
-    {
-        text::StreamSink sink(stream);
-        return rhino::RhinoWriter(sink, myPlan, myOptions).Write() && stream.flush();
-    }
-
-private:
-    mesh::ExportPlan myPlan;
-    mesh::ExportOptions myOptions;
-};
-
 } // namespace
 
 void RegisterRhinoEngines(EngineRegistry& registry)
 {
     registry.SetReader(Format::Rhino, [] { return std::make_unique<RhinoReaderEngine>(); });
-    registry.SetWriter(Format::Rhino, [] { return std::make_unique<RhinoWriterEngine>(); });
+    registry.SetWriter(Format::Rhino,
+                       [] { return std::make_unique<mesh::StreamedWriterEngine<rhino::RhinoWriter>>(); });
 }
 
 } // namespace internal

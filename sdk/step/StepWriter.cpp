@@ -27,8 +27,6 @@ using text::LengthUnitText;
 
 namespace {
 
-/// Points nearer than this are the same, in millimetres.
-
 std::string_view RepresentationType(const std::vector<StepShapeItem>& items)
 {
     const auto all = [&](StepShapeKind kind) {
