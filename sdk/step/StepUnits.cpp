@@ -1,5 +1,6 @@
 #include "sdk/step/StepUnits.h"
 
+#include <array>
 #include <cmath>
 #include <string_view>
 #include <vector>
@@ -13,26 +14,46 @@ namespace {
 constexpr double MillimetresPerMetre = 1000.0;
 constexpr int MaximalNesting = 4; // of conversion-based units
 
-double LengthFactor(const ClearText& text, RecordId unit, int nesting)
+/// A quantity whose units are read: the SI unit's name, what one of it is here, and the records that give a
+/// measure of it.
+struct Quantity
+{
+    std::string_view siName;
+    double siFactor;
+    std::array<std::string_view, 2> measures;
+};
+
+constexpr Quantity Length{"METRE", MillimetresPerMetre, {"LENGTH_MEASURE_WITH_UNIT", "MEASURE_WITH_UNIT"}};
+constexpr Quantity PlaneAngle{"RADIAN", 1.0, {"PLANE_ANGLE_MEASURE_WITH_UNIT", "MEASURE_WITH_UNIT"}};
+
+double SiFactor(Cursor si, const Quantity& quantity)
+{
+    const auto isName = [&](Cursor at) {
+        return at.Next() == Cursor::Kind::Enumerator && at.Enumerator() == quantity.siName;
+    };
+    // A simple instance has the derived dimensions first.
+    if (si.Next() == Cursor::Kind::Omitted) {
+        Cursor ahead = si;
+        ahead.Skip();
+        if (!isName(ahead)) {
+            si.Skip();
+        }
+    }
+    // Some writers leave the prefix out where they mean none: SI_UNIT(.METRE.).
+    if (isName(si)) {
+        return quantity.siFactor;
+    }
+    const double prefix =
+        si.Next() == Cursor::Kind::Enumerator ? text::SiPrefixOf(Cursor(si).Enumerator()).factor : 1.0;
+    si.Skip();
+    return isName(si) ? prefix * quantity.siFactor : 0.0;
+}
+
+double UnitFactor(const ClearText& text, RecordId unit, const Quantity& quantity, int nesting = 0)
 {
     bool found = false;
-    if (Cursor si = text.Arguments(unit, "SI_UNIT", found); found) {
-        // A simple instance has the derived dimensions first.
-        if (si.Next() == Cursor::Kind::Omitted) {
-            Cursor ahead = si;
-            ahead.Skip();
-            if (ahead.Next() != Cursor::Kind::Enumerator || Cursor(ahead).Enumerator() != "METRE") {
-                si.Skip();
-            }
-        }
-        // Some writers leave the prefix out where they mean none: SI_UNIT(.METRE.).
-        if (si.Next() == Cursor::Kind::Enumerator && Cursor(si).Enumerator() == "METRE") {
-            return MillimetresPerMetre;
-        }
-        const double prefix =
-            si.Next() == Cursor::Kind::Enumerator ? text::SiPrefixOf(Cursor(si).Enumerator()).factor : 1.0;
-        si.Skip();
-        return si.Enumerator() == "METRE" ? prefix * MillimetresPerMetre : 0.0;
+    if (const Cursor si = text.Arguments(unit, "SI_UNIT", found); found) {
+        return SiFactor(si, quantity);
     }
     Cursor conversion = text.Arguments(unit, "CONVERSION_BASED_UNIT", found);
     if (!found || nesting > MaximalNesting) {
@@ -40,7 +61,7 @@ double LengthFactor(const ClearText& text, RecordId unit, int nesting)
     }
     conversion.Skip();
     const RecordId measure = conversion.Reference();
-    for (const std::string_view type : {"LENGTH_MEASURE_WITH_UNIT", "MEASURE_WITH_UNIT"}) {
+    for (const std::string_view type : quantity.measures) {
         Cursor arguments = text.Arguments(measure, type, found);
         if (!found || !arguments.More()) {
             continue;
@@ -50,8 +71,8 @@ double LengthFactor(const ClearText& text, RecordId unit, int nesting)
         if (typed) {
             arguments.Leave();
         }
-        const double factor = LengthFactor(text, arguments.Reference(), nesting + 1);
-        return arguments.Failed() || !(value > 0.0) ? 0.0 : value * factor;
+        const double factor = value * UnitFactor(text, arguments.Reference(), quantity, nesting + 1);
+        return !arguments.Failed() && factor > 0.0 && std::isfinite(factor) ? factor : 0.0;
     }
     return 0.0;
 }
@@ -60,7 +81,12 @@ double LengthFactor(const ClearText& text, RecordId unit, int nesting)
 
 double LengthUnitFactor(const ClearText& text, RecordId unit)
 {
-    return LengthFactor(text, unit, 0);
+    return UnitFactor(text, unit, Length);
+}
+
+double AngleUnitFactor(const ClearText& text, RecordId unit)
+{
+    return UnitFactor(text, unit, PlaneAngle);
 }
 
 double MeasureFactor(const ClearText& text, RecordId unit)
