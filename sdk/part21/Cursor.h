@@ -49,6 +49,12 @@ public:
     std::string_view Enumerator();
     /// Fills the references of a list; anything else in it is left out.
     void References(std::vector<RecordId>& ids);
+    std::vector<RecordId> References()
+    {
+        std::vector<RecordId> ids;
+        References(ids);
+        return ids;
+    }
     /// Fills up to `count` numbers of a list; false when there are fewer.
     bool Reals(double* values, int count);
     /// Appends all numbers of the next argument, a number or a list of them, nested ones flattened. Stops at

@@ -258,8 +258,7 @@ private:
                     continue;
                 }
                 Cursor arguments = myRecords.Named(*record);
-                std::vector<RecordId> items;
-                arguments.References(items);
+                const std::vector<RecordId> items = arguments.References();
                 for (const RecordId item : items) {
                     AddMappedItem(number, representation, item);
                 }

@@ -169,8 +169,7 @@ void StepBodyReader::ReadRepresentation(RecordId id, const Looks& looks)
     } else {
         arguments = myRecords.Named(record);
     }
-    std::vector<RecordId> items;
-    arguments.References(items);
+    const std::vector<RecordId> items = arguments.References();
     const StepScale scale = ContextScale(myRecords.Text(), arguments.Reference());
     if (!(scale == myGeometry.Units())) {
         ForgetShared();
@@ -324,8 +323,7 @@ void StepBodyReader::ReadSolid(const StepRecords::Record& record, bool hasVoids,
 void StepBodyReader::ReadShells(const StepRecords::Record& record, const Looks& looks)
 {
     Cursor arguments = myRecords.Named(record);
-    std::vector<RecordId> shells;
-    arguments.References(shells);
+    const std::vector<RecordId> shells = arguments.References();
     Expect(arguments, record);
     for (const RecordId shell : shells) {
         Keep(shell, [&] { AddSheet(shell, looks); });
@@ -374,8 +372,7 @@ void StepBodyReader::AddPatch(RecordId id, const Looks& looks)
 void StepBodyReader::ReadSet(const StepRecords::Record& record, const Looks& looks)
 {
     Cursor arguments = myRecords.Named(record);
-    std::vector<RecordId> members;
-    arguments.References(members);
+    const std::vector<RecordId> members = arguments.References();
     Expect(arguments, record);
     for (const RecordId id : members) {
         const StepType type = myRecords.TypeOf(id);
@@ -427,8 +424,7 @@ int StepBodyReader::AddPiece(const CurvePiece& piece, int previous, const ModelD
 void StepBodyReader::ReadEdges(const StepRecords::Record& record, const Looks& looks)
 {
     Cursor arguments = myRecords.Named(record);
-    std::vector<RecordId> members;
-    arguments.References(members);
+    const std::vector<RecordId> members = arguments.References();
     Expect(arguments, record);
     for (const RecordId id : members) {
         if (myRecords.TypeOf(id) == StepType::EdgeSet) {
@@ -446,8 +442,7 @@ void StepBodyReader::ReadEdges(const StepRecords::Record& record, const Looks& l
 void StepBodyReader::ReadWires(const StepRecords::Record& record, const Looks& looks)
 {
     Cursor arguments = myRecords.Named(record);
-    std::vector<RecordId> members;
-    arguments.References(members);
+    const std::vector<RecordId> members = arguments.References();
     Expect(arguments, record);
     for (const RecordId id : members) {
         const StepType type = myRecords.TypeOf(id);
@@ -456,8 +451,7 @@ void StepBodyReader::ReadWires(const StepRecords::Record& record, const Looks& l
         } else if (type == StepType::EdgeLoop) {
             const StepRecords::Record& loop = myRecords.Get(id);
             Cursor cursor = myRecords.Named(loop);
-            std::vector<RecordId> edges;
-            cursor.References(edges);
+            const std::vector<RecordId> edges = cursor.References();
             for (const RecordId edge : edges) {
                 AddLooseEdge(edge, LooksOf(id, looks));
             }

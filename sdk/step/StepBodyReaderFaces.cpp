@@ -107,8 +107,7 @@ int StepBodyReader::FaceOf(RecordId id, Looks looks, bool& forward, int depth)
 brep::Face StepBodyReader::MakeFace(const StepRecords::Record& record, bool hasSurface)
 {
     Cursor arguments = myRecords.Named(record);
-    std::vector<RecordId> bounds;
-    arguments.References(bounds);
+    const std::vector<RecordId> bounds = arguments.References();
     brep::Face face;
     RecordId surface = 0;
     if (hasSurface) {
@@ -133,8 +132,7 @@ brep::Face StepBodyReader::MakeBoundedFace(const StepRecords::Record& record)
 {
     Cursor arguments = myRecords.Named(record);
     const RecordId surface = arguments.Reference();
-    std::vector<RecordId> boundaries;
-    arguments.References(boundaries);
+    const std::vector<RecordId> boundaries = arguments.References();
     Expect(arguments, record);
     brep::Face face;
     face.surface = SurfaceOf(surface);
@@ -247,8 +245,7 @@ Handle(Geom2d_Curve) StepBodyReader::CurveOn(RecordId edge, RecordId surface, co
     }
     Cursor members = myRecords.Named(*curve);
     members.Skip();
-    std::vector<RecordId> associated;
-    members.References(associated);
+    const std::vector<RecordId> associated = members.References();
     RecordId found = 0;
     for (const RecordId id : associated) {
         const StepRecords::Record* pcurve = myRecords.Text().Find(id);
@@ -280,8 +277,7 @@ Handle(Geom2d_Curve) StepBodyReader::CurveOn(RecordId edge, RecordId surface, co
 brep::Loop StepBodyReader::PolyLoopOf(const StepRecords::Record& record)
 {
     Cursor arguments = myRecords.Named(record);
-    std::vector<RecordId> points;
-    arguments.References(points);
+    const std::vector<RecordId> points = arguments.References();
     Expect(arguments, record);
     std::vector<int> corners;
     for (const RecordId point : points) {

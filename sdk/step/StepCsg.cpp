@@ -296,8 +296,7 @@ TopoDS_Face StepCsg::AreaOf(RecordId id)
     // Name, basis surface, boundaries.
     Cursor arguments = myRecords.Named(record);
     const BasisSurface basis = myGeometry.Surface(arguments.Reference());
-    std::vector<RecordId> boundaries;
-    arguments.References(boundaries);
+    const std::vector<RecordId> boundaries = arguments.References();
     Expect(arguments, record);
     const auto plane = Handle(Geom_Plane)::DownCast(basis.surface);
     if (plane.IsNull() || boundaries.empty()) {

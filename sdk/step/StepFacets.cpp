@@ -79,8 +79,7 @@ private:
         }
         Cursor arguments = myText.Arguments(*record);
         arguments.Skip();
-        std::vector<RecordId> items;
-        arguments.References(items);
+        const std::vector<RecordId> items = arguments.References();
         myUnit = ContextLengthFactor(myText, arguments.Reference());
         for (const RecordId item : items) {
             if (!(myUnit > 0.0) || !ReadItem(item)) {
@@ -426,8 +425,7 @@ private:
 
     bool ReadCurves(Cursor& arguments, const StepStyle* setStyle)
     {
-        std::vector<RecordId> members;
-        arguments.References(members);
+        const std::vector<RecordId> members = arguments.References();
         for (const RecordId id : members) {
             bool found = false;
             Cursor polyline = myText.Arguments(id, "POLYLINE", found);

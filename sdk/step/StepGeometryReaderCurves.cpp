@@ -303,8 +303,7 @@ BasisCurve StepGeometryReader::OffsetCurve(const StepRecords::Record& record)
 std::vector<gp_Pnt> StepGeometryReader::PolylinePoints(const StepRecords::Record& record)
 {
     Cursor arguments = myRecords.Named(record);
-    std::vector<RecordId> ids;
-    arguments.References(ids);
+    const std::vector<RecordId> ids = arguments.References();
     Expect(arguments, record);
     std::vector<gp_Pnt> points;
     for (const RecordId id : ids) {
@@ -493,8 +492,7 @@ std::vector<CurvePiece> StepGeometryReader::TrimmedPieces(const StepRecords::Rec
 void StepGeometryReader::AppendSegments(const StepRecords::Record& record, std::vector<CurvePiece>& pieces)
 {
     Cursor arguments = myRecords.Named(record);
-    std::vector<RecordId> segments;
-    arguments.References(segments);
+    const std::vector<RecordId> segments = arguments.References();
     Expect(arguments, record);
     for (const RecordId id : segments) {
         CountStep();
@@ -516,8 +514,7 @@ Handle(Geom2d_Curve) StepGeometryReader::Curve2d(const StepRecords::Record& pcur
     Cursor arguments = myRecords.Named(pcurve);
     arguments.Skip();
     Cursor definition = myRecords.Named(myRecords.Get(arguments.Reference()));
-    std::vector<RecordId> items;
-    definition.References(items);
+    const std::vector<RecordId> items = definition.References();
     if (items.empty()) {
         throw Damaged("a curve on a surface without the curve", pcurve.id);
     }

@@ -55,8 +55,7 @@ public:
             }
         } else if (type == "COMPOUND_REPRESENTATION_ITEM") {
             arguments.EnterTyped();
-            std::vector<RecordId> members;
-            arguments.References(members);
+            const std::vector<RecordId> members = arguments.References();
             for (const RecordId member : members) {
                 Read(member, nesting + 1);
             }
@@ -216,8 +215,7 @@ void StepProperties::Read(const ClearText& text, const StepStructure& structure)
         }
         Cursor arguments = text.Arguments(*representation);
         const std::string_view representationName = arguments.String();
-        std::vector<RecordId> items;
-        arguments.References(items);
+        const std::vector<RecordId> items = arguments.References();
         ItemReader reader(text, *table, IsBlankText(representationName) ? propertyName : representationName,
                           propertyName == "material property");
         reader.SetLengthFactor(ContextLengthFactor(text, arguments.Reference()));

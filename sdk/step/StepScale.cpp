@@ -14,8 +14,7 @@ StepScale ContextScale(const ClearText& text, RecordId context)
     }
     bool found = false;
     Cursor arguments = text.Arguments(context, "GLOBAL_UNIT_ASSIGNED_CONTEXT", found);
-    std::vector<RecordId> units;
-    arguments.References(units);
+    const std::vector<RecordId> units = arguments.References();
     for (const RecordId unit : units) {
         if (const double angle = AngleUnitFactor(text, unit); angle > 0) {
             scale.angle = angle;

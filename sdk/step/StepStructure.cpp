@@ -169,8 +169,7 @@ void StepStructure::FindAssemblies(const ClearText& text)
         Cursor arguments = text.Arguments(record);
         if (arguments.String() == "assembly") {
             arguments.Skip();
-            std::vector<RecordId> members;
-            arguments.References(members);
+            const std::vector<RecordId> members = arguments.References();
             for (const RecordId member : members) {
                 assemblies.emplace(member, true);
             }

@@ -72,8 +72,7 @@ void StepStyles::ReadItem(const ClearText& text, const StepStructure& structure,
 {
     Cursor arguments = text.Arguments(record);
     arguments.Skip();
-    std::vector<RecordId> assignments;
-    arguments.References(assignments);
+    const std::vector<RecordId> assignments = arguments.References();
     const RecordId item = arguments.Reference();
     Colours colours;
     std::size_t instance = 0;
@@ -89,8 +88,7 @@ void StepStyles::ReadItem(const ClearText& text, const StepStructure& structure,
     }
     if (text.Is(record, "CONTEXT_DEPENDENT_OVER_RIDING_STYLED_ITEM")) {
         arguments.Skip();
-        std::vector<RecordId> contexts;
-        arguments.References(contexts);
+        const std::vector<RecordId> contexts = arguments.References();
         for (const RecordId context : contexts) {
             ofInstance = InstanceOfContext(text, structure, context, instance) || ofInstance;
         }
@@ -121,8 +119,7 @@ void StepStyles::Collect(const ClearText& text, RecordId id, int depth, Colours&
     const std::string_view type = text.TypeName(*record);
     Cursor arguments = text.Arguments(*record);
     const auto collectList = [&] {
-        std::vector<RecordId> ids;
-        arguments.References(ids);
+        const std::vector<RecordId> ids = arguments.References();
         for (const RecordId next : ids) {
             Collect(text, next, depth + 1, colours);
         }

@@ -130,8 +130,7 @@ void StepTessellated::ReadItem(RecordId id, Looks looks, int depth)
 
 void StepTessellated::ReadMembers(Cursor arguments, const Looks& looks, int depth)
 {
-    std::vector<RecordId> members;
-    arguments.References(members);
+    const std::vector<RecordId> members = arguments.References();
     for (const RecordId member : members) {
         ReadItem(member, looks, depth + 1);
     }

@@ -96,8 +96,7 @@ double MeasureFactor(const ClearText& text, RecordId unit)
     }
     bool found = false;
     Cursor derived = text.Arguments(unit, "DERIVED_UNIT", found);
-    std::vector<RecordId> elements;
-    derived.References(elements);
+    const std::vector<RecordId> elements = derived.References();
     double factor = 1.0;
     for (const RecordId element : elements) {
         Cursor arguments = text.Arguments(element, "DERIVED_UNIT_ELEMENT", found);
@@ -115,8 +114,7 @@ double ContextLengthFactor(const ClearText& text, RecordId context)
 {
     bool found = false;
     Cursor arguments = text.Arguments(context, "GLOBAL_UNIT_ASSIGNED_CONTEXT", found);
-    std::vector<RecordId> units;
-    arguments.References(units);
+    const std::vector<RecordId> units = arguments.References();
     for (const RecordId unit : units) {
         if (const double factor = LengthUnitFactor(text, unit); factor > 0.0) {
             return factor;
