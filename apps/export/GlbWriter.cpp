@@ -166,7 +166,7 @@ private:
 class GlbWriter
 {
 public:
-    GlbWriter(SceneParts& scene, const std::string& file, GlbPacking packing)
+    GlbWriter(SceneParts& scene, OutputFile& file, GlbPacking packing)
         : m_scene(scene), m_packing(packing), m_file(file)
     {
     }
@@ -215,7 +215,7 @@ private:
 
     SceneParts& m_scene;
     GlbPacking m_packing;
-    OutputFile m_file;
+    OutputFile& m_file;
     std::vector<std::uint32_t> m_meshOfPart;
     std::vector<Mesh> m_meshes;
     std::map<std::pair<std::uint32_t, std::uint32_t>, std::uint32_t> m_meshNumbers;
@@ -917,12 +917,11 @@ void GlbWriter::Run()
     }
     m_file.Patch(8, static_cast<std::uint32_t>(size));
     m_file.Patch(12, static_cast<std::uint32_t>(jsonSize));
-    m_file.Commit();
 }
 
 } // namespace
 
-void WriteGlb(SceneParts& scene, const std::string& file, GlbPacking packing)
+void WriteGlb(SceneParts& scene, OutputFile& file, GlbPacking packing)
 {
     if (packing == GlbPacking::Meshopt && !HasMeshopt()) {
         throw std::runtime_error("this build has no meshopt compressor");

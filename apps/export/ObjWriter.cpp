@@ -31,12 +31,13 @@ std::string OneWord(const std::string& name)
 class ObjWriter
 {
 public:
-    ObjWriter(const SceneParts& scene, const std::string& path, double unitsPerMetre)
+    ObjWriter(const SceneParts& scene, OutputFile& file, const std::function<bool()>& isCancelled,
+              double unitsPerMetre)
         : m_scene(scene),
           m_unitsPerMetre(unitsPerMetre),
-          m_file(path),
-          m_library(std::filesystem::path(path).replace_extension(".mtl")),
-          m_materials(m_library.string())
+          m_file(file),
+          m_library(std::filesystem::path(file.Name()).replace_extension(".mtl")),
+          m_materials(m_library.string(), isCancelled)
     {
     }
 
@@ -48,9 +49,7 @@ public:
         ForEachPlacedShape(
             m_scene, m_unitsPerMetre,
             [this](const ScenePart& part, const PlacedShape& placed) { WritePart(part, placed); });
-        // The file that names the other one comes last.
         m_materials.Commit();
-        m_file.Commit();
     }
 
 private:
@@ -157,7 +156,7 @@ private:
 
     const SceneParts& m_scene;
     double m_unitsPerMetre;
-    OutputFile m_file;
+    OutputFile& m_file;
     std::filesystem::path m_library;
     OutputFile m_materials;
     std::map<const CZemtarMaterial*, std::string> m_names;
@@ -170,7 +169,7 @@ private:
 
 } // namespace
 
-void WriteObj(SceneParts& scene, const std::string& file, double unitsPerMetre)
+void WriteObj(SceneParts& scene, OutputFile& file, const SceneExportSettings& settings, double unitsPerMetre)
 {
-    ObjWriter(scene, file, unitsPerMetre).Run();
+    ObjWriter(scene, file, settings.isCancelled, unitsPerMetre).Run();
 }

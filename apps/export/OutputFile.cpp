@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -30,7 +31,8 @@ std::string Resolved(const std::string& target)
 
 } // namespace
 
-OutputFile::OutputFile(const std::string& target) : m_target(Resolved(target))
+OutputFile::OutputFile(const std::string& target, std::function<bool()> isCancelled)
+    : m_name(target), m_target(Resolved(target)), m_isCancelled(std::move(isCancelled))
 {
     std::error_code error;
     if (fs::exists(m_target, error) && !fs::is_regular_file(m_target, error)) {
@@ -94,6 +96,9 @@ void OutputFile::Align(char filler)
 
 void OutputFile::Flush()
 {
+    if (m_isCancelled && m_isCancelled()) {
+        throw std::runtime_error("cancelled");
+    }
     if (std::fwrite(m_buffer.data(), 1, m_buffer.size(), m_file) != m_buffer.size()) {
         Fail();
     }

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,8 +17,9 @@
 class OutputFile
 {
 public:
-    /// `target`: UTF-8. A link is followed; what is there must be a file.
-    explicit OutputFile(const std::string& target);
+    /// `target`: UTF-8. A link is followed; what is there must be a file. `isCancelled` may be empty; it is
+    /// asked every 64 kB or so, and true is a failure.
+    explicit OutputFile(const std::string& target, std::function<bool()> isCancelled = {});
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
@@ -34,14 +36,18 @@ public:
     /// Writes over what stands at `offset`.
     void Patch(long offset, std::uint32_t value);
     std::uint64_t Size() const { return m_size; }
+    /// As it was given.
+    const std::string& Name() const { return m_name; }
     void Commit();
 
 private:
     void Flush();
     [[noreturn]] void Fail() const;
 
-    std::string m_target;
+    std::string m_name;
+    std::string m_target; ///< what its links lead to
     std::string m_part;
+    std::function<bool()> m_isCancelled;
     std::FILE* m_file = nullptr;
     std::vector<char> m_buffer;
     std::uint64_t m_size = 0;

@@ -62,7 +62,7 @@ void WriteVertices(OutputFile& file, const ScenePart& part, const PlacedShape& p
 
 } // namespace
 
-void WritePly(SceneParts& scene, const std::string& path, double unitsPerMetre)
+void WritePly(SceneParts& scene, OutputFile& file, double unitsPerMetre)
 {
     const std::uint32_t faces = WorldTriangleCount(scene);
     const auto isWritten = [](const PlacedShape& placed) { return placed.Shape().TriangleCount() > 0; };
@@ -73,7 +73,6 @@ void WritePly(SceneParts& scene, const std::string& path, double unitsPerMetre)
     if (vertices > std::numeric_limits<std::uint32_t>::max()) {
         throw std::runtime_error("the format counts no more than 4,294,967,295 vertices");
     }
-    OutputFile file(path);
     WriteHeader(file, vertices, faces);
     ForEachPlacedShape(scene, unitsPerMetre, [&](const ScenePart& part, const PlacedShape& placed) {
         if (isWritten(placed)) {
@@ -87,5 +86,4 @@ void WritePly(SceneParts& scene, const std::string& path, double unitsPerMetre)
         });
         first += isWritten(placed) ? placed.Shape().VertexCount() : 0;
     });
-    file.Commit();
 }

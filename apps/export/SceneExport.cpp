@@ -1,5 +1,6 @@
 #include "apps/export/SceneExport.h"
 
+#include "apps/export/OutputFile.h"
 #include "apps/export/SceneParts.h"
 #include "apps/export/Writers.h"
 
@@ -27,21 +28,23 @@ std::vector<std::string> ExportScene(const CZemtarDocument& document, const std:
     }
     const CZemtarLengthRatio metres = CZemtarUnit::MetreRatio(settings.unit);
     const double unitsPerMetre = metres.denominator / metres.numerator;
+    OutputFile output(file, settings.isCancelled);
     switch (settings.format) {
     case SceneFormat::None:
         throw std::runtime_error("no format is chosen");
     case SceneFormat::GLB:
-        WriteGlb(scene, file, settings.packing);
+        WriteGlb(scene, output, settings.packing);
         break;
     case SceneFormat::OBJ:
-        WriteObj(scene, file, unitsPerMetre);
+        WriteObj(scene, output, settings, unitsPerMetre);
         break;
     case SceneFormat::PLY:
-        WritePly(scene, file, unitsPerMetre);
+        WritePly(scene, output, unitsPerMetre);
         break;
     case SceneFormat::STL:
-        WriteStl(scene, file, unitsPerMetre);
+        WriteStl(scene, output, unitsPerMetre);
         break;
     }
+    output.Commit();
     return std::move(scene.Notes());
 }

@@ -2,6 +2,7 @@
 
 #include "host/enumLengthUnit.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,7 @@ struct SceneExportSettings
     SceneFormat format = SceneFormat::GLB;
     Zemtar::enumLengthUnit unit = Zemtar::eLengthUnitMillimetre; ///< GLB has metres whatever it says
     GlbPacking packing = GlbPacking::None;                       ///< GLB alone
+    std::function<bool()> isCancelled = {};                      ///< true ends the export as a failure
 };
 
 /// Writes a document to a file, which is whole or not there; with OBJ, both files. The document is streamed:

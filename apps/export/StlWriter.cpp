@@ -21,10 +21,9 @@ void Put(float* to, const Vec3& v)
 
 } // namespace
 
-void WriteStl(SceneParts& scene, const std::string& path, double unitsPerMetre)
+void WriteStl(SceneParts& scene, OutputFile& file, double unitsPerMetre)
 {
     const std::uint32_t count = WorldTriangleCount(scene);
-    OutputFile file(path);
     char header[80] = "binary triangles, zemtar-cad " ZEMTAR_VERSION; // not "solid", which begins text
     file.Write(header, sizeof(header));
     file.WriteValue(count);
@@ -43,5 +42,4 @@ void WriteStl(SceneParts& scene, const std::string& path, double unitsPerMetre)
             file.Write(&facet, FacetSize);
         });
     });
-    file.Commit();
 }

@@ -5,13 +5,15 @@
 #include <charconv>
 #include <string>
 
+class OutputFile;
 class SceneParts;
 
-/// The formats' writers; contracts as `ExportScene`.
-void WriteGlb(SceneParts& scene, const std::string& file, GlbPacking packing);
-void WriteObj(SceneParts& scene, const std::string& file, double unitsPerMetre);
-void WritePly(SceneParts& scene, const std::string& file, double unitsPerMetre);
-void WriteStl(SceneParts& scene, const std::string& file, double unitsPerMetre);
+/// The formats' writers fill a file that the caller commits; contracts as `ExportScene`. The MTL file of an
+/// OBJ is put in place before, since the OBJ names it.
+void WriteGlb(SceneParts& scene, OutputFile& file, GlbPacking packing);
+void WriteObj(SceneParts& scene, OutputFile& file, const SceneExportSettings& settings, double unitsPerMetre);
+void WritePly(SceneParts& scene, OutputFile& file, double unitsPerMetre);
+void WriteStl(SceneParts& scene, OutputFile& file, double unitsPerMetre);
 
 /// Appends a number in the fewest digits that give it back.
 template <class Number>

@@ -147,8 +147,11 @@ std::unique_ptr<CZemtarDocument> ImportDocument(const QString& file, const Forma
 bool ExportDocument(CZemtarDocument& document, const QString& file, const ExportSettings& settings)
 {
     if (settings.format->scene != SceneFormat::None) {
-        for (const std::string& note : ExportScene(
-                 document, file.toStdString(), {settings.format->scene, settings.unit, settings.packing})) {
+        SceneExportSettings scene{settings.format->scene, settings.unit, settings.packing};
+        if (settings.watch) {
+            scene.isCancelled = [watch = settings.watch] { return watch->IsCancelled(); };
+        }
+        for (const std::string& note : ExportScene(document, file.toStdString(), scene)) {
             AddReport({QStringLiteral("noted"), QString::fromStdString(note)});
         }
         return true;

@@ -292,6 +292,9 @@ TEST_F(SceneExport, AFileIsWholeOrNotThere)
             EXPECT_THROW(Export(target, {.format = format}), std::runtime_error) << target;
         }
     }
+    for (const SceneFormat format : formats) {
+        EXPECT_THROW(Export("x", {.format = format, .isCancelled = [] { return true; }}), std::runtime_error);
+    }
     EXPECT_EQ(QDir(folder.path()).entryList(), before);
     EXPECT_THROW(ExportScene(*model, "/dev/full", {}), std::runtime_error);
     QFile::link(folder.filePath("real.glb"), folder.filePath("link.glb"));
