@@ -3,6 +3,7 @@
 #include "sdk/acis/AcisEngines.h"
 #include "sdk/iges/IgesEngines.h"
 #include "sdk/model/EngineRegistry.h"
+#include "sdk/parasolid/ParasolidEngines.h"
 #include "sdk/rhino/RhinoEngines.h"
 #include "sdk/step/StepEngines.h"
 #ifdef CADEX_WITH_IFC
@@ -15,6 +16,7 @@ namespace internal {
 void RegisterEngines(EngineRegistry& registry)
 {
     RegisterAcisEngines(registry);
+    RegisterParasolidEngines(registry);
     RegisterRhinoEngines(registry);
     RegisterStepEngines(registry);
     RegisterIgesEngines(registry);

@@ -5,9 +5,6 @@
 #include <numeric>
 #include <unordered_map>
 
-#include <BndLib_AddSurface.hxx>
-#include <Bnd_Box.hxx>
-#include <GeomAdaptor_Surface.hxx>
 #include <Geom_BSplineSurface.hxx>
 #include <Geom_ConicalSurface.hxx>
 #include <Geom_SphericalSurface.hxx>
@@ -15,6 +12,7 @@
 #include <Standard_Failure.hxx>
 
 #include "sdk/acis/AcisGeometry.h"
+#include "sdk/brep/Shells.h"
 #include "sdk/model/AppearanceCache.h"
 #include "sdk/text/PlainText.h"
 
@@ -482,7 +480,7 @@ private:
     /// Shells whose faces have a side of material and hang together bound solids; others are sheets.
     void FinishShells()
     {
-        std::vector<int> uses(myTarget.edges.size());
+        brep::ClosedShells closedShells(myTarget);
         std::unordered_map<int, std::vector<int>> solids; // shells by lump
         std::vector<int> lumps;
         for (std::size_t i = 0; i < myTarget.shells.size(); ++i) {
@@ -490,69 +488,24 @@ private:
             if (shell.faces.empty()) {
                 continue;
             }
-            const auto forEachUse = [&](const auto& visit) {
-                for (const brep::FaceUse& face : shell.faces) {
-                    for (const brep::Loop& loop : myTarget.faces[At(face.face)].loops) {
-                        for (const brep::EdgeUse& use : loop.uses) {
-                            visit(uses[At(use.edge)]);
-                        }
-                    }
-                }
-            };
-            forEachUse([](int& count) { ++count; });
-            bool isClosed = myShellEntries[i].isSingle && myShellEntries[i].isWhole;
-            forEachUse([&](int& count) { isClosed = isClosed && count % 2 == 0; });
-            forEachUse([](int& count) { count = 0; });
-            shell.closed = isClosed;
+            const auto index = static_cast<int>(i);
+            shell.closed = myShellEntries[i].isSingle && myShellEntries[i].isWhole && closedShells.Has(index);
             const int lump = myShellEntries[i].lump;
-            if (!isClosed) {
-                myTarget.sheets.push_back(static_cast<int>(i));
+            if (!shell.closed) {
+                myTarget.sheets.push_back(index);
             } else if (lump == None) {
-                myTarget.solids.push_back({static_cast<int>(i), {}});
+                myTarget.solids.push_back({index, {}});
             } else {
                 std::vector<int>& shells = solids[lump];
                 if (shells.empty()) {
                     lumps.push_back(lump);
                 }
-                shells.push_back(static_cast<int>(i));
+                shells.push_back(index);
             }
         }
         for (const int lump : lumps) {
-            AddSolid(std::move(solids[lump]));
+            myTarget.solids.push_back(brep::SolidOf(myTarget, std::move(solids[lump])));
         }
-    }
-
-    /// The largest shell of a lump is the outer one.
-    void AddSolid(std::vector<int> shells)
-    {
-        if (shells.size() > 1) {
-            const auto largest = std::max_element(shells.begin(), shells.end(), [&](int a, int b) {
-                return ExtentOf(myTarget.shells[At(a)]) < ExtentOf(myTarget.shells[At(b)]);
-            });
-            std::iter_swap(shells.begin(), largest);
-        }
-        myTarget.solids.push_back({shells.front(), {shells.begin() + 1, shells.end()}});
-    }
-
-    double ExtentOf(const brep::Shell& shell) const
-    {
-        Bnd_Box box;
-        for (const brep::FaceUse& use : shell.faces) {
-            const brep::Face& face = myTarget.faces[At(use.face)];
-            if (face.loops.empty()) {
-                BndLib_AddSurface::Add(GeomAdaptor_Surface(myTarget.surfaces[At(face.surface)]), 0, box);
-            }
-            for (const brep::Loop& loop : face.loops) {
-                for (const brep::EdgeUse& edgeUse : loop.uses) {
-                    const brep::Edge& edge = myTarget.edges[At(edgeUse.edge)];
-                    box.Add(myTarget.vertices[At(edge.start)].point);
-                    if (!edge.curve.IsNull()) {
-                        box.Add(edge.curve->Value((edge.first + edge.last) / 2));
-                    }
-                }
-            }
-        }
-        return box.IsVoid() ? 0 : box.SquareExtent();
     }
 
     const Records& myRecords;

@@ -5,10 +5,8 @@
 
 #include <GeomConvert.hxx>
 #include <Geom_BSplineCurve.hxx>
-#include <Geom_Circle.hxx>
 #include <Geom_ConicalSurface.hxx>
 #include <Geom_CylindricalSurface.hxx>
-#include <Geom_Ellipse.hxx>
 #include <Geom_Line.hxx>
 #include <Geom_Plane.hxx>
 #include <Geom_RectangularTrimmedSurface.hxx>
@@ -22,13 +20,19 @@
 #include <TColgp_Array1OfPnt.hxx>
 #include <TColgp_Array2OfPnt.hxx>
 
+#include "sdk/brep/Conics.h"
+
 namespace cadex::acis {
 
 namespace {
 
 constexpr int HighestDegree = 25; // of the kernel
-constexpr double FarAway = 1e15;
-constexpr double RoundWithin = 1e-10; ///< ratio of the axes
+using brep::AxesOf;
+using brep::FarAway;
+using brep::IsDirection;
+using brep::IsSound;
+using brep::MakeEllipse;
+using brep::RoundWithin;
 
 gp_XYZ ReadTriple(Fields& fields)
 {
@@ -36,29 +40,6 @@ gp_XYZ ReadTriple(Fields& fields)
     const double y = fields.Number();
     const double z = fields.Number();
     return {x, y, z};
-}
-
-bool IsSound(const gp_XYZ& point)
-{
-    return std::abs(point.X()) < FarAway && std::abs(point.Y()) < FarAway && std::abs(point.Z()) < FarAway;
-}
-
-bool IsDirection(const gp_XYZ& vector)
-{
-    return IsSound(vector) && vector.SquareModulus() > 1e-24;
-}
-
-/// Any x direction where the file's makes no sense; nothing without a normal.
-std::optional<gp_Ax3> AxesOf(const gp_XYZ& origin, const gp_XYZ& normal, const gp_XYZ& x)
-{
-    if (!IsSound(origin) || !IsDirection(normal)) {
-        return std::nullopt;
-    }
-    if (!IsDirection(x) ||
-        normal.CrossSquareMagnitude(x) < 1e-20 * normal.SquareModulus() * x.SquareModulus()) {
-        return gp_Ax3(gp_Pnt(origin), gp_Dir(normal));
-    }
-    return gp_Ax3(gp_Pnt(origin), gp_Dir(normal), gp_Dir(x));
 }
 
 struct Knots
@@ -221,21 +202,6 @@ Fields BlockOf(const Records& records, Fields& fields, bool& isReversed)
         fields.Skip(1);
     }
     return fields.AtEnd() ? fields : records.Block(fields.Position());
-}
-
-/// An ellipse about the first axes' z direction, of which one axis is `radius` long and the other `ratio`
-/// times that; the axes are turned where the second is the longer one.
-Handle(Geom_Curve) MakeEllipse(const gp_Ax3& axes, double radius, double ratio)
-{
-    const gp_Ax2 plane = axes.Ax2();
-    if (std::abs(ratio - 1) < RoundWithin) {
-        return new Geom_Circle(plane, radius);
-    }
-    if (ratio < 1) {
-        return new Geom_Ellipse(plane, radius, radius * ratio);
-    }
-    return new Geom_Ellipse(gp_Ax2(plane.Location(), plane.Direction(), plane.YDirection()), radius * ratio,
-                            radius);
 }
 
 } // namespace
