@@ -31,13 +31,12 @@ std::string OneWord(const std::string& name)
 class ObjWriter
 {
 public:
-    ObjWriter(const SceneParts& scene, OutputFile& file, const std::function<bool()>& isCancelled,
-              double unitsPerMetre)
+    ObjWriter(const SceneParts& scene, OutputFile& file, double unitsPerMetre)
         : m_scene(scene),
           m_unitsPerMetre(unitsPerMetre),
           m_file(file),
           m_library(std::filesystem::path(file.Name()).replace_extension(".mtl")),
-          m_materials(m_library.string(), isCancelled)
+          m_materials(m_library.string())
     {
     }
 
@@ -45,14 +44,32 @@ public:
     {
         m_file.Write("# zemtar-cad " ZEMTAR_VERSION "\nmtllib " + OneLine(m_library.filename().string()) +
                      "\n");
+        m_file.Expect(RoughSize());
         m_materials.Write("# zemtar-cad " ZEMTAR_VERSION "\n");
         ForEachPlacedShape(
             m_scene, m_unitsPerMetre,
             [this](const ScenePart& part, const PlacedShape& placed) { WritePart(part, placed); });
+        m_file.GoOn(); // the last time: from here on both come
         m_materials.Commit();
     }
 
 private:
+    /// What the lines take in files as they are.
+    std::uint64_t RoughSize() const
+    {
+        constexpr std::uint64_t vertexBytes = 28;
+        constexpr std::uint64_t faceBytes = 32;
+        std::uint64_t size = 0;
+        for (const ScenePart& part : m_scene.Parts()) {
+            if (part.shape != ScenePart::None) {
+                const ShapeView& shape = m_scene.ShapeOf(part);
+                size += vertexBytes * (shape.HasNormals() ? 2U : 1U) * shape.VertexCount() +
+                        faceBytes * shape.TriangleCount();
+            }
+        }
+        return size;
+    }
+
     void WritePart(const ScenePart& part, const PlacedShape& placed)
     {
         const std::string& material = MaterialName(SceneParts::MaterialOf(part));
@@ -169,7 +186,7 @@ private:
 
 } // namespace
 
-void WriteObj(SceneParts& scene, OutputFile& file, const SceneExportSettings& settings, double unitsPerMetre)
+void WriteObj(SceneParts& scene, OutputFile& file, double unitsPerMetre)
 {
-    ObjWriter(scene, file, settings.isCancelled, unitsPerMetre).Run();
+    ObjWriter(scene, file, unitsPerMetre).Run();
 }

@@ -1,5 +1,6 @@
 #include "apps/export/OutputFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -31,8 +32,8 @@ std::string Resolved(const std::string& target)
 
 } // namespace
 
-OutputFile::OutputFile(const std::string& target, std::function<bool()> isCancelled)
-    : m_name(target), m_target(Resolved(target)), m_isCancelled(std::move(isCancelled))
+OutputFile::OutputFile(const std::string& target, Progress progress)
+    : m_name(target), m_target(Resolved(target)), m_progress(std::move(progress))
 {
     std::error_code error;
     if (fs::exists(m_target, error) && !fs::is_regular_file(m_target, error)) {
@@ -75,7 +76,8 @@ void OutputFile::Write(const void* data, std::size_t size)
 {
     m_size += size;
     if (m_buffer.size() + size > BufferSize) {
-        Flush();
+        GoOn();
+        WriteOut();
     }
     if (size >= BufferSize) {
         if (std::fwrite(data, 1, size, m_file) != size) {
@@ -94,11 +96,17 @@ void OutputFile::Align(char filler)
     }
 }
 
-void OutputFile::Flush()
+void OutputFile::GoOn() const
 {
-    if (m_isCancelled && m_isCancelled()) {
+    const double fraction =
+        m_expected == 0 ? 0.0 : std::min(1.0, static_cast<double>(m_size) / static_cast<double>(m_expected));
+    if (m_progress && !m_progress(fraction)) {
         throw std::runtime_error("cancelled");
     }
+}
+
+void OutputFile::WriteOut()
+{
     if (std::fwrite(m_buffer.data(), 1, m_buffer.size(), m_file) != m_buffer.size()) {
         Fail();
     }
@@ -107,7 +115,7 @@ void OutputFile::Flush()
 
 void OutputFile::Patch(long offset, std::uint32_t value)
 {
-    Flush();
+    WriteOut();
     if (std::fseek(m_file, offset, SEEK_SET) != 0 || std::fwrite(&value, sizeof(value), 1, m_file) != 1 ||
         std::fseek(m_file, 0, SEEK_END) != 0) {
         Fail();
@@ -116,7 +124,7 @@ void OutputFile::Patch(long offset, std::uint32_t value)
 
 void OutputFile::Commit()
 {
-    Flush();
+    WriteOut();
     std::FILE* const file = m_file;
     m_file = nullptr;
     if (std::fclose(file) != 0 || std::rename(m_part.c_str(), m_target.c_str()) != 0) {

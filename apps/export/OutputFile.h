@@ -17,9 +17,12 @@
 class OutputFile
 {
 public:
-    /// `target`: UTF-8. A link is followed; what is there must be a file. `isCancelled` may be empty; it is
-    /// asked every 64 kB or so, and true is a failure.
-    explicit OutputFile(const std::string& target, std::function<bool()> isCancelled = {});
+    /// Is told the fraction that is written, 0 to 1; false ends the writing as a failure.
+    using Progress = std::function<bool(double fraction)>;
+
+    /// `target`: UTF-8. A link is followed; what is there must be a file. `progress` may be empty; it is
+    /// called every 64 kB or so, and no more once the file is committed.
+    explicit OutputFile(const std::string& target, Progress progress = {});
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
@@ -36,19 +39,24 @@ public:
     /// Writes over what stands at `offset`.
     void Patch(long offset, std::uint32_t value);
     std::uint64_t Size() const { return m_size; }
+    /// Says how large the file will be, roughly; before, the fraction that is told is 0.
+    void Expect(std::uint64_t size) { m_expected = size; }
+    /// Tells the progress where nothing is written for long; a failure when it says so.
+    void GoOn() const;
     /// As it was given.
     const std::string& Name() const { return m_name; }
     void Commit();
 
 private:
-    void Flush();
+    void WriteOut();
     [[noreturn]] void Fail() const;
 
     std::string m_name;
     std::string m_target; ///< what its links lead to
     std::string m_part;
-    std::function<bool()> m_isCancelled;
+    Progress m_progress;
     std::FILE* m_file = nullptr;
     std::vector<char> m_buffer;
     std::uint64_t m_size = 0;
+    std::uint64_t m_expected = 0;
 };

@@ -74,6 +74,7 @@ void WritePly(SceneParts& scene, OutputFile& file, double unitsPerMetre)
         throw std::runtime_error("the format counts no more than 4,294,967,295 vertices");
     }
     WriteHeader(file, vertices, faces);
+    file.Expect(vertices * sizeof(PlyVertex) + faces * sizeof(PlyFace));
     ForEachPlacedShape(scene, unitsPerMetre, [&](const ScenePart& part, const PlacedShape& placed) {
         if (isWritten(placed)) {
             WriteVertices(file, part, placed);

@@ -28,7 +28,8 @@ std::vector<std::string> ExportScene(const CZemtarDocument& document, const std:
     }
     const CZemtarLengthRatio metres = CZemtarUnit::MetreRatio(settings.unit);
     const double unitsPerMetre = metres.denominator / metres.numerator;
-    OutputFile output(file, settings.isCancelled);
+    OutputFile output(file, settings.progress);
+    output.GoOn();
     switch (settings.format) {
     case SceneFormat::None:
         throw std::runtime_error("no format is chosen");
@@ -36,7 +37,7 @@ std::vector<std::string> ExportScene(const CZemtarDocument& document, const std:
         WriteGlb(scene, output, settings.packing);
         break;
     case SceneFormat::OBJ:
-        WriteObj(scene, output, settings, unitsPerMetre);
+        WriteObj(scene, output, unitsPerMetre);
         break;
     case SceneFormat::PLY:
         WritePly(scene, output, unitsPerMetre);

@@ -36,7 +36,8 @@ struct SceneExportSettings
     SceneFormat format = SceneFormat::GLB;
     Zemtar::enumLengthUnit unit = Zemtar::eLengthUnitMillimetre; ///< GLB has metres whatever it says
     GlbPacking packing = GlbPacking::None;                       ///< GLB alone
-    std::function<bool()> isCancelled = {};                      ///< true ends the export as a failure
+    /// Is told the fraction that is written, 0 to 1; false ends the export as a failure.
+    std::function<bool(double fraction)> progress = {};
 };
 
 /// Writes a document to a file, which is whole or not there; with OBJ, both files. The document is streamed:

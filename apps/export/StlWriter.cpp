@@ -24,6 +24,7 @@ void Put(float* to, const Vec3& v)
 void WriteStl(SceneParts& scene, OutputFile& file, double unitsPerMetre)
 {
     const std::uint32_t count = WorldTriangleCount(scene);
+    file.Expect(sizeof(std::uint32_t) + 80 + std::uint64_t{count} * FacetSize);
     char header[80] = "binary triangles, zemtar-cad " ZEMTAR_VERSION; // not "solid", which begins text
     file.Write(header, sizeof(header));
     file.WriteValue(count);

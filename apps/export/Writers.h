@@ -11,7 +11,7 @@ class SceneParts;
 /// The formats' writers fill a file that the caller commits; contracts as `ExportScene`. The MTL file of an
 /// OBJ is put in place before, since the OBJ names it.
 void WriteGlb(SceneParts& scene, OutputFile& file, GlbPacking packing);
-void WriteObj(SceneParts& scene, OutputFile& file, const SceneExportSettings& settings, double unitsPerMetre);
+void WriteObj(SceneParts& scene, OutputFile& file, double unitsPerMetre);
 void WritePly(SceneParts& scene, OutputFile& file, double unitsPerMetre);
 void WriteStl(SceneParts& scene, OutputFile& file, double unitsPerMetre);
 

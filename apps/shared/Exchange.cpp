@@ -8,6 +8,7 @@
 
 #include <QDateTime>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 
 #include <iostream>
@@ -21,6 +22,9 @@
 using namespace Zemtar;
 
 namespace {
+
+/// Between two calls of a watch, as the engine keeps it.
+constexpr qint64 ShowMilliseconds = 50;
 
 /// What identifies one writing of a file.
 struct FileStamp
@@ -149,7 +153,13 @@ bool ExportDocument(CZemtarDocument& document, const QString& file, const Export
     if (settings.format->scene != SceneFormat::None) {
         SceneExportSettings scene{settings.format->scene, settings.unit, settings.packing};
         if (settings.watch) {
-            scene.isCancelled = [watch = settings.watch] { return watch->IsCancelled(); };
+            scene.progress = [watch = settings.watch, shown = QElapsedTimer()](double fraction) mutable {
+                if (!shown.isValid() || shown.hasExpired(ShowMilliseconds)) {
+                    watch->Show(QStringLiteral("writing"), fraction);
+                    shown.start();
+                }
+                return !watch->IsCancelled();
+            };
         }
         for (const std::string& note : ExportScene(document, file.toStdString(), scene)) {
             AddReport({QStringLiteral("noted"), QString::fromStdString(note)});

@@ -293,7 +293,8 @@ TEST_F(SceneExport, AFileIsWholeOrNotThere)
         }
     }
     for (const SceneFormat format : formats) {
-        EXPECT_THROW(Export("x", {.format = format, .isCancelled = [] { return true; }}), std::runtime_error);
+        EXPECT_THROW(Export("x", {.format = format, .progress = [](double) { return false; }}),
+                     std::runtime_error);
     }
     EXPECT_EQ(QDir(folder.path()).entryList(), before);
     EXPECT_THROW(ExportScene(*model, "/dev/full", {}), std::runtime_error);
