@@ -3,6 +3,7 @@
 #include "apps/viewer/BusyWindow.h"
 #include "apps/viewer/StandardErrorLog.h"
 #include "apps/viewer/ViewerSettings.h"
+#include "apps/viewer/WorkQueue.h"
 #include "cadexchange/CZemtarCADExchangeImportDlg.h"
 #include "cadexchange/CZemtarCADExchangeReaderHandler.h"
 #include "host/CZemtarDocument.h"
@@ -69,8 +70,8 @@ QString RunImport(ImportedFile& imported, ImportSettings settings, const Standar
     return lines.isEmpty() ? Importer::tr("The library gave no reason.") : lines.join('\n');
 }
 
-Importer::Importer(QWidget* window, const StandardErrorLog& log)
-    : QObject(window), m_window(window), m_log(log)
+Importer::Importer(QWidget* window, const StandardErrorLog& log, WorkQueue& work)
+    : QObject(window), m_window(window), m_log(log), m_work(work)
 {
 }
 
@@ -82,7 +83,7 @@ void Importer::Import(const QStringList& files)
         m_imported = 0;
         m_settings.clear();
         m_refused.clear();
-        Later(&Importer::Next);
+        Later([this] { Next(); });
     }
 }
 
@@ -92,12 +93,16 @@ void Importer::Cancel()
     if (m_dialog) {
         m_dialog->reject();
     }
+    if (m_busy) {
+        m_busy->reject();
+    }
 }
 
-/// Calls a step when the event at hand has been dealt with, so that no dialog is closed from within itself.
-void Importer::Later(void (Importer::*step)())
+/// Calls a step when the event at hand has been dealt with, so that no dialog is closed from within itself,
+/// and no other work runs.
+void Importer::Later(std::function<void()> step)
 {
-    QMetaObject::invokeMethod(this, step, Qt::QueuedConnection);
+    m_work.Post(this, std::move(step));
 }
 
 void Importer::Next()
@@ -144,9 +149,10 @@ void Importer::AskForFormat(const QString& file, const QList<const FormatEntry*>
     m_dialog = dialog;
     connect(dialog, &QDialog::finished, this, [this, dialog, choices, file](int result) {
         if (result == QDialog::Accepted) {
-            AskForSettings(file, *choices.value(dialog->textValue()));
+            const FormatEntry* format = choices.value(dialog->textValue());
+            Later([this, file, format] { AskForSettings(file, *format); });
         } else {
-            Later(&Importer::Next);
+            Later([this] { Next(); });
         }
     });
     dialog->open();
@@ -155,7 +161,7 @@ void Importer::AskForFormat(const QString& file, const QList<const FormatEntry*>
 void Importer::AskForSettings(const QString& file, const FormatEntry& format)
 {
     if (m_refused.contains(&format)) {
-        Later(&Importer::Next);
+        Later([this] { Next(); });
         return;
     }
     if (m_settings.contains(&format)) {
@@ -173,7 +179,7 @@ void Importer::AskForSettings(const QString& file, const FormatEntry& format)
             m_refused << &format;
         }
         dialog->deleteLater(); // stores its values
-        Later(&Importer::Next);
+        Later([this] { Next(); });
     });
     dialog->open();
 }
@@ -187,8 +193,17 @@ void Importer::Run(const QString& file, const FormatEntry& format, ImportSetting
     QString reason;
     {
         BusyWindow busy(m_window, tr("Importing %1").arg(name));
-        busy.ShowStage(tr("Reading and meshing %1 ...").arg(name));
+        m_busy = &busy;
+        busy.ShowStage(tr("Reading and meshing ..."));
+        settings.watch = &busy;
         reason = RunImport(*imported, std::move(settings), m_log);
+        if (busy.IsCancelled()) {
+            m_files.clear();
+            emit Cancelled(file);
+            Later([this] { Next(); });
+            return;
+        }
+        busy.EndCancelling();
         if (imported->document) {
             busy.ShowStage(tr("Preparing the view ..."));
             emit Imported(imported);
@@ -201,5 +216,5 @@ void Importer::Run(const QString& file, const FormatEntry& format, ImportSetting
         }
         emit Failed(file, reason);
     }
-    Later(&Importer::Next);
+    Later([this] { Next(); });
 }

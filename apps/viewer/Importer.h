@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <deque>
+#include <functional>
 #include <memory>
 
 class BusyWindow;
@@ -15,6 +16,7 @@ class QDialog;
 class QTemporaryDir;
 class QWidget;
 class StandardErrorLog;
+class WorkQueue;
 
 /// A document with what is known of its coming.
 struct ImportedFile
@@ -40,13 +42,14 @@ QString RunImport(ImportedFile& imported, ImportSettings settings, const Standar
 
 /// Imports files one after the other: finds the format, or asks for it where the name does not tell, shows
 /// the library's import dialog once a format and batch, shows a busy window and runs the library. Dialogs are
-/// windows of the parent and do not block; when the parent is closed meanwhile, `Cancel` ends everything.
+/// windows of the parent and do not block; when the parent is closed meanwhile, `Cancel` ends everything. An
+/// import that the user cancels leaves nothing, and ends its batch: files that came in before stay.
 class Importer : public QObject
 {
     Q_OBJECT
 
 public:
-    Importer(QWidget* window, const StandardErrorLog& log);
+    Importer(QWidget* window, const StandardErrorLog& log, WorkQueue& work);
 
     void Import(const QStringList& files);
     /// Forgets what has not begun and closes an open dialog.
@@ -58,6 +61,8 @@ signals:
     void Imported(const std::shared_ptr<ImportedFile>& imported);
     /// A file could not be imported.
     void Failed(const QString& file, const QString& reason);
+    /// The user cancelled the import of a file, and with it the rest of the batch.
+    void Cancelled(const QString& file);
     /// All files of the batch are done; `imported` came in.
     void Finished(int imported);
 
@@ -67,14 +72,16 @@ private:
     void AskForFormat(const QString& file, const QList<const FormatEntry*>& candidates);
     void AskForSettings(const QString& file, const FormatEntry& format);
     void Run(const QString& file, const FormatEntry& format, ImportSettings settings);
-    void Later(void (Importer::*step)());
+    void Later(std::function<void()> step);
 
     QWidget* m_window;
     const StandardErrorLog& m_log;
+    WorkQueue& m_work;
     std::deque<QString> m_files;
     QMap<const FormatEntry*, ImportSettings> m_settings; ///< of this batch
     QList<const FormatEntry*> m_refused;                 ///< whose dialog was closed in this batch
     QPointer<QDialog> m_dialog;
+    QPointer<BusyWindow> m_busy;
     bool m_running = false;
     int m_imported = 0;
 };

@@ -76,7 +76,7 @@ void ShowMessage(QWidget* parent, QMessageBox::Icon icon, const QString& title, 
 
 } // namespace
 
-MainWindow::MainWindow() : m_importer(new Importer(this, m_log))
+MainWindow::MainWindow() : m_importer(new Importer(this, m_log, m_work))
 {
     setWindowTitle(BrandingText(CZemtarBranding::ApplicationTitle));
     setWindowIcon(Icons::Application());
@@ -90,6 +90,10 @@ MainWindow::MainWindow() : m_importer(new Importer(this, m_log))
     connect(m_importer, &Importer::Imported, this, &MainWindow::AddPage);
     connect(m_importer, &Importer::Failed, this, [this](const QString& file, const QString& reason) {
         m_failures.append({file, reason});
+    });
+    connect(m_importer, &Importer::Cancelled, this, [this](const QString& file) {
+        statusBar()->showMessage(tr("The import of %1 is cancelled.").arg(QFileInfo(file).fileName()),
+                                 StatusMilliseconds);
     });
     connect(m_importer, &Importer::Finished, this, &MainWindow::ShowFailures);
     ShowCurrentPage();
@@ -287,28 +291,34 @@ void MainWindow::AskForExport()
     connect(dialog, &QDialog::accepted, page, [this, page, dialog] {
         const QString file = dialog->File();
         const ExportSettings settings = dialog->Settings();
-        QMetaObject::invokeMethod(
-            page, [this, page, file, settings] { Export(*page, file, settings); }, Qt::QueuedConnection);
+        m_work.Post(page, [this, page, file, settings] { Export(*page, file, settings); });
     });
     dialog->open();
 }
 
-void MainWindow::Export(DocumentPage& page, const QString& file, const ExportSettings& settings)
+void MainWindow::Export(DocumentPage& page, const QString& file, ExportSettings settings)
 {
     const QString name = QFileInfo(file).fileName();
     const int mark = m_log.Mark();
     QElapsedTimer timer;
     bool written = false;
+    bool cancelled = false;
     QString reason;
     {
         BusyWindow busy(this, tr("Exporting %1").arg(name));
         busy.ShowStage(tr("Writing %1 ...").arg(name));
         timer.start();
+        settings.watch = &busy;
         try {
             written = ExportDocument(page.Document(), file, settings);
         } catch (const std::exception& error) {
             reason = QString::fromUtf8(error.what());
         }
+        cancelled = busy.IsCancelled();
+    }
+    if (!written && cancelled) {
+        statusBar()->showMessage(tr("The export of %1 is cancelled.").arg(name), StatusMilliseconds);
+        return;
     }
     if (written) {
         const QLocale locale;
@@ -408,6 +418,15 @@ void MainWindow::ShowDocks(bool on)
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
+    if (m_work.IsWorking()) { // it ends first, in the midst of which this event came
+        m_importer->Cancel();
+        if (auto* busy = findChild<BusyWindow*>()) {
+            busy->reject();
+        }
+        m_work.Post(this, [this] { QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection); });
+        event->ignore();
+        return;
+    }
     m_importer->Cancel();
     for (QDialog* dialog : findChildren<QDialog*>()) {
         dialog->reject();

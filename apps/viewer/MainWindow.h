@@ -1,6 +1,7 @@
 #pragma once
 
 #include "apps/viewer/StandardErrorLog.h"
+#include "apps/viewer/WorkQueue.h"
 
 #include <QMainWindow>
 #include <QStringList>
@@ -8,6 +9,7 @@
 #include <functional>
 #include <memory>
 
+class BusyWindow;
 class DocumentPage;
 class ExportDialog;
 class ImageWindow;
@@ -59,7 +61,7 @@ private:
     void ShowFailures();
     void AskForFiles();
     void AskForExport();
-    void Export(DocumentPage& page, const QString& file, const ExportSettings& settings);
+    void Export(DocumentPage& page, const QString& file, ExportSettings settings);
     void AskForImage();
     void ShowImages(const QString& file);
     void ShowAbout();
@@ -91,6 +93,7 @@ private:
                             std::function<void(DocumentPage&)> run, Needs needs = Needs::Document);
 
     StandardErrorLog m_log;
+    WorkQueue m_work;
     Importer* m_importer;
     QStackedWidget* m_centre = nullptr;
     StartPage* m_startPage = nullptr;

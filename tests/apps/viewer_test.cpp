@@ -1,6 +1,7 @@
 // The viewer's windows as a user works with them, on a real display.
 
 #include "apps/render/Picture.h"
+#include "apps/viewer/BusyWindow.h"
 #include "apps/viewer/DocumentPage.h"
 #include "apps/viewer/ExportDialog.h"
 #include "apps/viewer/LogPanel.h"
@@ -25,16 +26,21 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QProcess>
+#include <QProgressBar>
+#include <QPushButton>
 #include <QSettings>
 #include <QSlider>
+#include <QStatusBar>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
 #include <QTreeWidget>
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <iostream>
 
 using namespace Zemtar;
@@ -125,6 +131,20 @@ protected:
         QApplication::sendEvent(window.get(), &enter);
         QDropEvent event(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(window.get(), &event);
+    }
+    /// Calls `act` once, as soon as the work behind a busy window tells how far it is.
+    void WhenBusy(std::function<void(BusyWindow&)> act)
+    {
+        auto* watch = new QTimer(window.get());
+        QObject::connect(watch, &QTimer::timeout, watch, [this, watch, act = std::move(act)] {
+            auto* busy = Find<BusyWindow>("busy");
+            if (busy && busy->findChild<QProgressBar*>()->maximum() > 0) {
+                watch->deleteLater();
+                watch->stop();
+                act(*busy);
+            }
+        });
+        watch->start(0);
     }
     QString FileWith(const char* name, const QByteArray& content)
     {
@@ -249,6 +269,60 @@ TEST_F(Viewer, AnExportComesBackTheSame)
     dialog->SetFile(folder.filePath("no/such/folder.stp"));
     dialog->accept();
     EXPECT_TRUE(TakeMessage().contains("Failed to write the file"));
+}
+
+TEST_F(Viewer, CancelDuringAnImportLeavesNothing)
+{
+    const QString textures = folder.filePath("textures");
+    ViewerSettings().SetTextureFolder(textures);
+    WhenBusy([this](BusyWindow& busy) {
+        window->Open({Bracket}); // joins the batch, which goes too
+        QTest::mouseClick(busy.findChild<QPushButton*>("cancel"), Qt::LeftButton);
+    });
+    window->Open({Pump, Pump});
+    AwaitWidget<CZemtarCADExchangeImportDlg>()->accept();
+    AwaitPages(0);
+    EXPECT_TRUE(window->findChild<QStatusBar*>()->currentMessage().contains("cancelled"));
+    EXPECT_FALSE(Find<QDialog>());
+    EXPECT_TRUE(ViewerSettings().RecentFiles().isEmpty());
+    EXPECT_FALSE(QFileInfo::exists(textures));
+    ViewerSettings().SetTextureFolder({});
+
+    WhenBusy([](BusyWindow& busy) { QTest::keyClick(&busy, Qt::Key_Escape); });
+    window->Open({Bracket});
+    AwaitWidget<CZemtarCADExchangeImportDlg>()->accept();
+    AwaitPages(0);
+    EXPECT_TRUE(Import(Bracket)) << "the next import works as ever";
+}
+
+TEST_F(Viewer, CancelDuringAnExportKeepsWhatWasThere)
+{
+    Import(Pump);
+    for (const char* name : {"kept.step", "kept.glb", "kept.obj"}) {
+        const QString file = FileWith(name, "before");
+        bool isDuring = false;
+        WhenBusy([&](BusyWindow& busy) {
+            isDuring = true;
+            busy.reject();
+        });
+        Trigger("export");
+        auto* dialog = AwaitWidget<ExportDialog>();
+        dialog->SetFile(file);
+        dialog->accept();
+        AwaitWidget<QMessageBox>()->button(QMessageBox::Yes)->click();
+        ASSERT_TRUE(Await("the cancelled export", [&] { return isDuring && !Find<QDialog>(); }));
+        EXPECT_EQ(QFileInfo(file).size(), 6) << name;
+    }
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 3);
+}
+
+TEST_F(Viewer, ClosingDuringAnImportEndsBoth)
+{
+    WhenBusy([this](BusyWindow&) { window->close(); });
+    window->Open({Pump});
+    AwaitWidget<CZemtarCADExchangeImportDlg>()->accept();
+    EXPECT_TRUE(Await("the closed window", [&] { return !window->isVisible(); }));
+    EXPECT_EQ(window->findChild<QTabWidget*>()->count(), 0);
 }
 
 TEST_F(Viewer, FailuresAreToldAndTheWindowLives)
