@@ -75,7 +75,7 @@ cadex::Base_Writer* MakeJTWriter(enumLengthUnit unit, int exportMethod)
 
 } // namespace
 
-CZemtarCADExchangeWriter::CZemtarCADExchangeWriter() : m_jtExportMethod(JTExportMethodNotSet) {}
+CZemtarCADExchangeWriter::CZemtarCADExchangeWriter() : m_JTExportMethod(JTExportMethodNotSet) {}
 
 int CZemtarCADExchangeWriter::TranslateUnit(enumLengthUnit unit)
 {
@@ -97,7 +97,7 @@ cadex::Base_Writer* CZemtarCADExchangeWriter::GetCADWriter(enumLengthUnit unit)
     case eWriterIGES:
         return MakeWriter<cadex::IGES_Writer>(unit);
     case eWriterJT:
-        return MakeJTWriter(unit, m_jtExportMethod);
+        return MakeJTWriter(unit, m_JTExportMethod);
     case eWriterParasolid:
         return new cadex::Para_Writer; // the format is always in metres
     case eWriterRhino:

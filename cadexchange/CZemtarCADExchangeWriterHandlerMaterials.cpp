@@ -37,10 +37,10 @@ cadex::ModelData_Appearance* CZemtarCADExchangeWriterHandler::CreateMaterial(CZe
     if (!general) {
         return nullptr;
     }
-    constexpr float Shininess = 0.0f;
+    constexpr float shininess = 0.0f;
     const cadex::ModelData_Material look(ColorOf(general->AmbientColor()), ColorOf(general->DiffuseColor()),
                                          ColorOf(general->SpecularColor()), ColorOf(general->EmissiveColor()),
-                                         Shininess);
+                                         shininess);
     return &m_appearances.emplace(material, cadex::ModelData_Appearance(look)).first->second;
 }
 

@@ -5,6 +5,7 @@
 #include "sdk/model/EngineRegistry.h"
 #include "sdk/parasolid/ParasolidEngines.h"
 #include "sdk/rhino/RhinoEngines.h"
+#include "sdk/solidworks/SldEngines.h"
 #include "sdk/step/StepEngines.h"
 #ifdef CADEX_WITH_IFC
 #include "sdk/ifc/IfcEngines.h"
@@ -18,6 +19,7 @@ void RegisterEngines(EngineRegistry& registry)
     RegisterAcisEngines(registry);
     RegisterParasolidEngines(registry);
     RegisterRhinoEngines(registry);
+    RegisterSolidWorksEngines(registry);
     RegisterStepEngines(registry);
     RegisterIgesEngines(registry);
 #ifdef CADEX_WITH_IFC

@@ -75,6 +75,12 @@ bool IsJt(const QByteArray& head)
     return head.startsWith("Version ") && head.left(80).contains("JT");
 }
 
+/// The archives of SolidWorks: a number of the file, 4, headers of blocks.
+bool IsSolidWorks(const QByteArray& head)
+{
+    return head.mid(4, 4) == QByteArray("\0\0\0\4", 4) && head.contains(QByteArray("\x14\0\6\0\x08\0", 6));
+}
+
 /// ACIS text: a line of four numbers, the first the version times 100.
 bool IsAcisText(const QByteArray& head)
 {
@@ -117,10 +123,11 @@ FileContent ProbeContent(const QByteArray& head)
         }
         return content;
     }
-    return IsIges(head)       ? Content("IGES", "IGES")
-           : IsJt(text)       ? Content("JT", "JT")
-           : IsAcisText(text) ? Content("ACIS", "ACIS")
-                              : FileContent();
+    return IsIges(head)         ? Content("IGES", "IGES")
+           : IsJt(text)         ? Content("JT", "JT")
+           : IsAcisText(text)   ? Content("ACIS", "ACIS")
+           : IsSolidWorks(head) ? Content("SolidWorks", "SolidWorks")
+                                : FileContent();
 }
 
 QString WhyNotReadable(const QString& file, const FormatEntry& format)

@@ -9,8 +9,6 @@
 
 #include <cadex/ACIS_Reader.hxx>
 #include <cadex/ACIS_Writer.hxx>
-#include <cadex/ModelAlgo_BRepMesher.hxx>
-#include <cadex/ModelAlgo_BRepMesherParameters.hxx>
 #include <cadex/ModelAlgo_ValidationProperty.hxx>
 #include <cadex/ModelAlgo_ValidationPropertyData.hxx>
 #include <cadex/ModelData_Model.hxx>
@@ -19,6 +17,7 @@
 #include "sdk/model/Elements.h"
 #include "sdk/occt/EngineBRep.h"
 #include "sdk/occt/EngineScope.h"
+#include "tests/support/DamagedFiles.h"
 
 namespace acistest {
 
@@ -160,19 +159,7 @@ inline int AddFrustum(SatText& sat, int version, const Frustum& f, int transform
 /// Nothing when the file is refused. Bodies are not meshed.
 inline std::optional<cadex::ModelData_Model> Read(const std::string& bytes)
 {
-    cadex::ACIS_Reader reader;
-    std::istringstream stream(bytes);
-    cadex::ModelData_Model model;
-    if (!reader.ReadFile(stream) || !reader.Transfer(model)) {
-        return std::nullopt;
-    }
-    return model;
-}
-
-inline void Mesh(const cadex::ModelData_Model& model)
-{
-    cadex::ModelAlgo_BRepMesherParameters parameters(cadex::ModelAlgo_BRepMesherParameters::Fine, true);
-    cadex::ModelAlgo_BRepMesher(parameters).Compute(model, true);
+    return cadex::test::ReadBytes<cadex::ACIS_Reader>(bytes);
 }
 
 inline std::vector<cadex::ModelData_Instance> InstancesOf(const cadex::ModelData_Model& model)

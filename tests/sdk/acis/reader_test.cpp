@@ -57,7 +57,7 @@ TEST(AcisReader, NamesColoursPropertiesAndTransforms)
                          switches + sat.Text("Norm") + " " + sat.Text("ISO4014"));
         const auto model = Read(sat.Str());
         ASSERT_TRUE(model);
-        Mesh(*model);
+        cadex::test::MeshBodies(*model);
         const std::string outline = cadex::test::Outline::Of(*model);
         EXPECT_NE(outline.find("instance 'Wélle' at 7000 8000 9000 x axis 0 2 0"), std::string::npos)
             << outline;
@@ -186,7 +186,7 @@ TEST(AcisReader, RealFilesMatchTheirTwins)
         << "a wrong count in the header";
     const auto wire = Read(cadex::test::BytesOf(samples / "single_beam_sesam.sat"));
     ASSERT_TRUE(wire);
-    Mesh(*wire);
+    cadex::test::MeshBodies(*wire);
     EXPECT_NE(cadex::test::Outline::Of(*wire).find("2 points"), std::string::npos);
 }
 

@@ -1,9 +1,9 @@
 // The public readers and writers against engines put in for the test.
+#include <cadex/Creo_Reader.hxx>
 #include <cadex/JT_Reader.hxx>
 #include <cadex/JT_Writer.hxx>
 #include <cadex/ModelData_Model.hxx>
 #include <cadex/ModelData_Part.hxx>
-#include <cadex/SLD_Reader.hxx>
 
 #include <gtest/gtest.h>
 
@@ -136,12 +136,12 @@ TEST_F(EngineBorder, WritersPassTheirOwnParameters)
 
 TEST(Formats, WithoutAnEngineFail)
 {
-    EXPECT_FALSE(internal::CanRead(Format::SolidWorks));
+    EXPECT_FALSE(internal::CanRead(Format::Creo));
     EXPECT_FALSE(internal::CanRead(static_cast<Format>(99)) || internal::CanWrite(Format::None));
     EXPECT_TRUE(internal::CanWrite(Format::STEP));
-    SLD_Reader reader;
+    Creo_Reader reader;
     ModelData_Model model;
-    EXPECT_FALSE(reader.ReadFile("part.sldprt"));
+    EXPECT_FALSE(reader.ReadFile("part.prt"));
     EXPECT_FALSE(reader.Transfer(model));
     JT_Writer writer;
     EXPECT_FALSE(writer.Transfer(model));

@@ -7,11 +7,11 @@
 #include <sstream>
 #include <string>
 
-#include <cadex/ModelAlgo_BRepMesher.hxx>
-#include <cadex/ModelAlgo_BRepMesherParameters.hxx>
 #include <cadex/ModelData_Model.hxx>
 #include <cadex/Rhino_Reader.hxx>
 #include <cadex/Rhino_Writer.hxx>
+
+#include "tests/support/DamagedFiles.h"
 
 namespace rhinotest {
 
@@ -29,13 +29,7 @@ inline std::string Fixture(const std::string& name)
 /// Nothing when the file is refused. Bodies are not meshed.
 inline std::optional<cadex::ModelData_Model> Read(const std::string& bytes)
 {
-    cadex::Rhino_Reader reader;
-    std::istringstream stream(bytes);
-    cadex::ModelData_Model model;
-    if (!reader.ReadFile(stream) || !reader.Transfer(model)) {
-        return std::nullopt;
-    }
-    return model;
+    return cadex::test::ReadBytes<cadex::Rhino_Reader>(bytes);
 }
 
 /// The file of a model; empty on failure.
@@ -46,12 +40,6 @@ inline std::string Written(const cadex::ModelData_Model& model,
     writer.Parameters().LengthUnit() = unit;
     std::ostringstream stream;
     return writer.Transfer(model) && writer.WriteFile(stream) ? stream.str() : std::string();
-}
-
-inline void Mesh(const cadex::ModelData_Model& model)
-{
-    cadex::ModelAlgo_BRepMesherParameters parameters(cadex::ModelAlgo_BRepMesherParameters::Fine, true);
-    cadex::ModelAlgo_BRepMesher(parameters).Compute(model, true);
 }
 
 } // namespace rhinotest

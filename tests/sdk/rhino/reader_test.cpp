@@ -1,7 +1,7 @@
 // Reading of files that another implementation wrote (make_fixtures.js), and of real ones where they are at
 // hand.
+#include "tests/sdk/TreeText.h"
 #include "tests/sdk/rhino/Files3dm.h"
-#include "tests/sdk/rhino/TreeText.h"
 
 #include <algorithm>
 #include <array>
@@ -18,6 +18,8 @@
 
 namespace rhinotest {
 namespace {
+
+using cadex::test::TreeText;
 
 using cadex::internal::Report;
 using cadex::internal::Reports;

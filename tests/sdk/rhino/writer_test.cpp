@@ -1,6 +1,6 @@
 // Files that we wrote, read back: the tree, what is shared, looks, properties, exact points.
+#include "tests/sdk/TreeText.h"
 #include "tests/sdk/rhino/Files3dm.h"
-#include "tests/sdk/rhino/TreeText.h"
 #include "tests/support/ModelBuilder.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +10,8 @@
 
 namespace rhinotest {
 namespace {
+
+using cadex::test::TreeText;
 
 using namespace cadex;
 using Zemtar::Test::MakeAssembly;

@@ -21,7 +21,7 @@
 
 #include "tests/sdk/PropertyText.h"
 
-namespace rhinotest {
+namespace cadex::test {
 
 class TreeText final : public cadex::ModelData_Model::ElementVisitor
 {
@@ -123,4 +123,4 @@ private:
     std::size_t myDepth = 0;
 };
 
-} // namespace rhinotest
+} // namespace cadex::test
