@@ -2,6 +2,7 @@
 // itself.
 #include "sdk/acis/AcisEngines.h"
 #include "sdk/iges/IgesEngines.h"
+#include "sdk/jt/JtEngines.h"
 #include "sdk/model/EngineRegistry.h"
 #include "sdk/parasolid/ParasolidEngines.h"
 #include "sdk/rhino/RhinoEngines.h"
@@ -18,6 +19,7 @@ void RegisterEngines(EngineRegistry& registry)
 {
     RegisterAcisEngines(registry);
     RegisterParasolidEngines(registry);
+    RegisterJtEngines(registry);
     RegisterRhinoEngines(registry);
     RegisterSolidWorksEngines(registry);
     RegisterStepEngines(registry);

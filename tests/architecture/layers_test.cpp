@@ -41,7 +41,8 @@ constexpr Room Rooms[] = {
     {"sdk/acis/", "acis", Kernel},
     {"sdk/parasolid/", "parasolid", Kernel},
     {"sdk/solidworks/", "solidworks", "std cadex model text part21 mesh occt brep parasolid OCCT zlib"},
-    {"sdk/Engines.cpp", "engines", "model step iges ifc rhino acis parasolid solidworks"},
+    {"sdk/jt/", "jt", "std cadex model text part21 mesh occt brep parasolid OCCT zlib lzma"},
+    {"sdk/Engines.cpp", "engines", "model step iges ifc rhino acis parasolid solidworks jt"},
     {"common/ZemtarExport.h", "export", ""},
     {"common/encoding/", "encoding", "std host Qt uchardet"},
     {"common/file/", "file", "std host Qt encoding"},
@@ -101,6 +102,9 @@ std::string_view KindOf(const std::string& name)
     }
     if (name == "zlib.h") {
         return "zlib";
+    }
+    if (name == "lzma.h") {
+        return "lzma";
     }
     if (name.starts_with("CLI/")) {
         return "CLI11";
