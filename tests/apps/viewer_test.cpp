@@ -328,11 +328,11 @@ TEST_F(Viewer, ClosingDuringAnImportEndsBoth)
 TEST_F(Viewer, FailuresAreToldAndTheWindowLives)
 {
     const QString damaged = FileWith("damaged.step", "ISO-10303-21;\nHEADER;\nDATA;\n#1=PRODUCT(");
-    const QString noEngine = FileWith("noengine.jt", "JT");
+    const QString noEngine = FileWith("noengine.xpr", "Creo");
     Drop({damaged, noEngine});
     AwaitWidget<CZemtarCADExchangeImportDlg>()->accept();
-    ASSERT_TRUE(Await("the dialog of JT",
-                      [&] { return Find<QDialog>() && Find<QDialog>()->windowTitle().contains("JT"); }));
+    ASSERT_TRUE(Await("the dialog of Creo",
+                      [&] { return Find<QDialog>() && Find<QDialog>()->windowTitle().contains("Creo"); }));
     AwaitWidget<CZemtarCADExchangeImportDlg>()->accept();
     const QString message = TakeMessage();
     EXPECT_TRUE(message.contains("Failed to read the file " + damaged)) << message.toStdString();
