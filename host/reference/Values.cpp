@@ -39,9 +39,9 @@ constexpr std::string_view UuidPattern = "hhhhhhhh-hhhh-hhhh-hhhh-hhhhhhhhhhhh";
 
 int HexDigit(char digit)
 {
-    constexpr std::string_view digits = "0123456789abcdef";
+    constexpr std::string_view HexDigits = "0123456789abcdef";
     const char lower = digit >= 'A' && digit <= 'F' ? static_cast<char>(digit - 'A' + 'a') : digit;
-    const std::size_t value = digits.find(lower);
+    const std::size_t value = HexDigits.find(lower);
     return value == std::string_view::npos ? -1 : static_cast<int>(value);
 }
 
@@ -119,7 +119,7 @@ CZemtarUUID::CZemtarUUID(const CZemtarString& text)
 
 CZemtarUUID::operator CZemtarString() const
 {
-    constexpr std::string_view digits = "0123456789abcdef";
+    constexpr std::string_view HexDigits = "0123456789abcdef";
     std::string text = "{";
     std::size_t nibble = 0;
     for (const char place : UuidPattern) {
@@ -128,7 +128,7 @@ CZemtarUUID::operator CZemtarString() const
             continue;
         }
         const unsigned byte = m_bytes[nibble / 2];
-        text += digits[nibble % 2 == 0 ? byte >> 4 : byte & 0xFU];
+        text += HexDigits[nibble % 2 == 0 ? byte >> 4 : byte & 0xFU];
         ++nibble;
     }
     return CZemtarString(text + "}");

@@ -116,7 +116,7 @@ public:
     using Corners = MeshTopology::Corners;
 
     Builder(MeshTopology& result, const TriangleSetImpl& mesh, const Matrix3& linear)
-        : my(result), myMesh(mesh), myLinear(linear), myTriangleNb(mesh.indices.size() / 3)
+        : myTopology(result), myMesh(mesh), myLinear(linear), myTriangleNb(mesh.indices.size() / 3)
     {
         Weld();
         Groups groups = Connect();
@@ -130,21 +130,21 @@ public:
 private:
     void Weld()
     {
-        Welder welder(myMesh.points, my.pointOf);
-        my.vertexOf.assign(myMesh.points.size(), MeshTopology::Unused);
+        Welder welder(myMesh.points, myTopology.pointOf);
+        myTopology.vertexOf.assign(myMesh.points.size(), MeshTopology::Unused);
         for (const U32 point : myMesh.indices) {
-            if (my.vertexOf[point] == MeshTopology::Unused &&
+            if (myTopology.vertexOf[point] == MeshTopology::Unused &&
                 IsUsable(Mapped(myLinear, myMesh.points[point]))) {
-                my.vertexOf[point] = welder.VertexOf(point);
+                myTopology.vertexOf[point] = welder.VertexOf(point);
             }
         }
     }
 
     Groups Connect() const
     {
-        Groups groups(my.pointOf.size());
+        Groups groups(myTopology.pointOf.size());
         for (U32 i = 0; i < myTriangleNb; ++i) {
-            if (const Corners v = my.CornersOf(myMesh, i); !IsCollapsed(v)) {
+            if (const Corners v = myTopology.CornersOf(myMesh, i); !IsCollapsed(v)) {
                 groups.Join(v[0], v[1]);
                 groups.Join(v[0], v[2]);
             }
@@ -154,10 +154,10 @@ private:
 
     void Gather(Groups& groups)
     {
-        myTallyOf.assign(my.pointOf.size(), MeshTopology::Unused);
-        my.triangles.reserve(myTriangleNb);
+        myTallyOf.assign(myTopology.pointOf.size(), MeshTopology::Unused);
+        myTopology.triangles.reserve(myTriangleNb);
         for (U32 i = 0; i < myTriangleNb; ++i) {
-            const Corners v = my.CornersOf(myMesh, i);
+            const Corners v = myTopology.CornersOf(myMesh, i);
             if (IsCollapsed(v)) {
                 continue;
             }
@@ -172,7 +172,7 @@ private:
             piece.edges += EdgeValue(v[0], v[1]) + EdgeValue(v[1], v[2]) + EdgeValue(v[2], v[0]);
             piece.volume += Dot(normal, Minus(a, piece.origin)) / 6;
             if (normal != Vector3{}) {
-                my.triangles.push_back(i);
+                myTopology.triangles.push_back(i);
             } else {
                 AddSplit(v);
             }
@@ -198,17 +198,17 @@ private:
     void CloseGaps()
     {
         std::size_t kept = 0;
-        for (const U32 triangle : my.triangles) {
-            const Corners v = my.CornersOf(myMesh, triangle);
+        for (const U32 triangle : myTopology.triangles) {
+            const Corners v = myTopology.CornersOf(myMesh, triangle);
             if (FindSplit(v) == 3) {
-                my.triangles[kept++] = triangle;
+                myTopology.triangles[kept++] = triangle;
             } else {
                 Cut(v, triangle);
             }
         }
-        my.triangles.resize(kept);
-        for (std::size_t i = 0; i < my.cuts.size(); ++i) {
-            my.triangles.push_back(static_cast<U32>(myTriangleNb + i));
+        myTopology.triangles.resize(kept);
+        for (std::size_t i = 0; i < myTopology.cuts.size(); ++i) {
+            myTopology.triangles.push_back(static_cast<U32>(myTriangleNb + i));
         }
     }
 
@@ -236,8 +236,8 @@ private:
                 waiting.push_back({split->second, v[(k + 1) % 3], v[(k + 2) % 3]});
                 mySplits.erase(split);
             } else if (!IsCollapsed(v) && NormalOf(v) != Vector3{}) {
-                my.cuts.push_back(v);
-                my.cutFrom.push_back(triangle);
+                myTopology.cuts.push_back(v);
+                myTopology.cutFrom.push_back(triangle);
             }
         }
     }
@@ -245,25 +245,25 @@ private:
     void Sort(Groups& groups)
     {
         const auto tallyOf = [&](U32 triangle) -> Tally& {
-            return myTallies[myTallyOf[groups.Find(my.CornersOf(myMesh, triangle)[0])]];
+            return myTallies[myTallyOf[groups.Find(myTopology.CornersOf(myMesh, triangle)[0])]];
         };
-        for (const U32 triangle : my.triangles) {
+        for (const U32 triangle : myTopology.triangles) {
             ++tallyOf(triangle).triangles;
         }
         const double sign = Determinant(myLinear) < 0 ? -1 : 1;
         std::size_t first = 0;
         for (Tally& tally : myTallies) {
             if (tally.triangles != 0) {
-                tally.piece = my.pieces.size();
-                my.pieces.push_back({first, first, tally.edges == 0, sign * tally.volume});
+                tally.piece = myTopology.pieces.size();
+                myTopology.pieces.push_back({first, first, tally.edges == 0, sign * tally.volume});
                 first += tally.triangles;
             }
         }
-        std::vector<U32> sorted(my.triangles.size());
-        for (const U32 triangle : my.triangles) {
-            sorted[my.pieces[tallyOf(triangle).piece].last++] = triangle;
+        std::vector<U32> sorted(myTopology.triangles.size());
+        for (const U32 triangle : myTopology.triangles) {
+            sorted[myTopology.pieces[tallyOf(triangle).piece].last++] = triangle;
         }
-        my.triangles.swap(sorted);
+        myTopology.triangles.swap(sorted);
     }
 
     static bool IsCollapsed(const Corners& v)
@@ -272,13 +272,13 @@ private:
                v[1] == MeshTopology::Unused || v[2] == MeshTopology::Unused;
     }
     static std::uint64_t EdgeKey(U32 from, U32 to) { return std::uint64_t{from} << 32 | to; }
-    Vector3 Position(U32 vertex) const { return Mapped(myLinear, myMesh.points[my.pointOf[vertex]]); }
+    Vector3 Position(U32 vertex) const { return Mapped(myLinear, myMesh.points[myTopology.pointOf[vertex]]); }
     Vector3 NormalOf(const Corners& v) const
     {
         return AreaNormal(Position(v[0]), Position(v[1]), Position(v[2]));
     }
 
-    MeshTopology& my;
+    MeshTopology& myTopology;
     const TriangleSetImpl& myMesh;
     const Matrix3& myLinear;
     const std::size_t myTriangleNb;

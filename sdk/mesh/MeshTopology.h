@@ -72,8 +72,8 @@ Vector3 AreaNormal(const Vector3& a, const Vector3& b, const Vector3& c);
 /// Whether a mapped point can stand in a file: finite, and not so far off that areas overflow.
 inline bool IsUsable(const Vector3& point)
 {
-    constexpr double far = 1e100;
-    return std::abs(point[0]) < far && std::abs(point[1]) < far && std::abs(point[2]) < far;
+    constexpr double Far = 1e100;
+    return std::abs(point[0]) < Far && std::abs(point[1]) < Far && std::abs(point[2]) < Far;
 }
 
 inline Vector3 Mapped(const Matrix3& linear, const ModelData_Point& point)

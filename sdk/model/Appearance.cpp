@@ -76,9 +76,9 @@ const Impl& Read(const ModelData_BaseObject& handle)
 
 std::size_t BytesPerPixel(ModelData_PixelFormat format)
 {
-    static constexpr std::size_t bytes[] = {0, 3, 4, 1, 1, 2};
+    static constexpr std::size_t Bytes[] = {0, 3, 4, 1, 1, 2};
     const auto index = static_cast<std::size_t>(format);
-    return index < std::size(bytes) ? bytes[index] : 0;
+    return index < std::size(Bytes) ? Bytes[index] : 0;
 }
 
 void Mix(std::size_t& seed, std::size_t value)
@@ -256,10 +256,10 @@ ModelData_PixMap::ModelData_PixMap(const unsigned char* theData, std::size_t the
                                    ModelData_PixelFormat theFormat)
 {
     auto& own = Ensure<PixMapImpl>(*this);
-    constexpr std::size_t mostPixels = static_cast<std::size_t>(-1) / 4;
+    constexpr std::size_t MostPixels = static_cast<std::size_t>(-1) / 4;
     const std::size_t pixelSize = BytesPerPixel(theFormat);
     if (theData == nullptr || pixelSize == 0 || theWidth == 0 || theHeight == 0 ||
-        theHeight > mostPixels / theWidth) {
+        theHeight > MostPixels / theWidth) {
         return;
     }
     own.data.assign(theData, theData + theWidth * theHeight * pixelSize);

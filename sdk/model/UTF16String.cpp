@@ -98,8 +98,8 @@ std::string Base_UTF16String::ToUTF8() const
 
 const UTF16* Base_UTF16String::Data() const
 {
-    static constexpr UTF16 empty = 0;
-    return myUnits.empty() ? &empty : myUnits.data();
+    static constexpr UTF16 Empty = 0;
+    return myUnits.empty() ? &Empty : myUnits.data();
 }
 
 Base_UTF16String Base_UTF16String::operator+(const Base_UTF16String& other) const

@@ -63,9 +63,9 @@ public:
 
     bool Run()
     {
-        constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-        if (myText.myBytes.starts_with(byteOrderMark)) {
-            myPosition += byteOrderMark.size();
+        constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
+        if (myText.myBytes.starts_with(ByteOrderMark)) {
+            myPosition += ByteOrderMark.size();
         }
         if (!SkipToStatement() || !Rest().starts_with("ISO-10303-21")) {
             return Refuse("the file is no exchange structure of ISO 10303-21");

@@ -46,14 +46,14 @@ struct Uuid
     /// From the usual text with hyphens.
     constexpr explicit Uuid(std::string_view text)
     {
-        constexpr std::size_t order[16] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+        constexpr std::size_t Order[16] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
         std::size_t digit = 0;
         for (const char c : text) {
             if (c == '-' || digit >= 32) {
                 continue;
             }
             const int value = c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10;
-            std::uint8_t& byte = bytes[order[digit / 2]];
+            std::uint8_t& byte = bytes[Order[digit / 2]];
             byte = static_cast<std::uint8_t>((byte << 4) | value);
             ++digit;
         }

@@ -569,9 +569,9 @@ Handle(Geom2d_Curve) StepGeometryReader::CurveOnSurface(RecordId pcurve, const B
 
 Handle(Geom_Curve) StepGeometryReader::OfPcurve(const StepRecords::Record& record)
 {
-    constexpr double tolerance = 1e-5;
-    constexpr int segments = 200;
-    constexpr int degree = 8;
+    constexpr double Tolerance = 1e-5;
+    constexpr int Segments = 200;
+    constexpr int Degree = 8;
     Cursor arguments = myRecords.Named(record);
     const BasisSurface surface = Surface(arguments.Reference());
     const Handle(Geom2d_Curve) curve = CurveOnSurface(record.id, surface);
@@ -580,7 +580,7 @@ Handle(Geom_Curve) StepGeometryReader::OfPcurve(const StepRecords::Record& recor
     }
     const Handle(Adaptor3d_CurveOnSurface) onSurface = new Adaptor3d_CurveOnSurface(
         new Geom2dAdaptor_Curve(curve), new GeomAdaptor_Surface(surface.surface));
-    const Approx_Curve3d approximation(onSurface, tolerance, GeomAbs_C1, segments, degree);
+    const Approx_Curve3d approximation(onSurface, Tolerance, GeomAbs_C1, Segments, Degree);
     if (!approximation.HasResult()) {
         throw Unsupported("a curve that is given on its surface alone", record.id);
     }

@@ -211,11 +211,11 @@ void StepTessellated::ReadFace(const StepRecords::Record& record, Cursor argumen
     Expect(arguments, record);
     const bool hasNormals = !normals.empty() && (normals.size() == 1 || normals.size() == count);
     occt::FacetGroup& group = myFacets[GroupOf(looks.surface, hasNormals)];
-    constexpr U32 unset = ~U32{0};
-    std::vector<U32> made(count, unset);
+    constexpr U32 Unset = ~U32{0};
+    std::vector<U32> made(count, Unset);
     const auto corner = [&](int number) {
         const std::size_t place = Index(number, count, record.id);
-        if (made[place] == unset) {
+        if (made[place] == Unset) {
             const std::size_t point =
                 indices.empty() ? place : Index(indices[place], coordinates.points.size(), record.id);
             made[place] = static_cast<U32>(group.points.size());
