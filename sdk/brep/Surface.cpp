@@ -199,7 +199,7 @@ std::optional<Handle(Geom_Surface)> RevolvedLine(const gp_Lin& line, const gp_Ax
     const gp_XYZ origin = axis.Location().XYZ(), along = axis.Direction().XYZ();
     const gp_XYZ foot = origin + along * (line.Location().XYZ() - origin).Dot(along);
     const gp_Ax3 axes(gp_Pnt(foot), axis.Direction());
-    if (std::abs(rise) > 1 - tolerance::SameAxis * tolerance::SameAxis) {
+    if (line.Direction().IsParallel(axis.Direction(), tolerance::SameAxis)) {
         const double radius = (line.Location().XYZ() - foot).Modulus();
         if (radius < tolerance::Coincident) {
             return std::nullopt;

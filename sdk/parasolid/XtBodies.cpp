@@ -5,12 +5,11 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include <Geom_BSplineSurface.hxx>
 #include <Geom_ConicalSurface.hxx>
 #include <Geom_SphericalSurface.hxx>
-#include <Geom_ToroidalSurface.hxx>
 
 #include "sdk/brep/Conics.h"
+#include "sdk/brep/KernelTasks.h"
 #include "sdk/brep/Shells.h"
 
 namespace cadex::parasolid {
@@ -54,6 +53,8 @@ private:
     {
         int index = brep::None;
         bool isAligned = true; ///< runs as the file's edge
+        int fin = 0;           ///< whose curve in its surface the edge was made of
+        Handle(Geom2d_Curve) inSurface = {};
     };
     struct ShellEntry
     {
@@ -149,6 +150,9 @@ private:
     bool ReadFace(const Node& source, brep::Face& face)
     {
         const int surfaceNode = source.Pointer(Field::Surface);
+        if (myNodes.At(surfaceNode).Type() == type::Blend) {
+            return ReadBlendFace(source, face);
+        }
         const Surface& surface = myGeometry.SurfaceOf(surfaceNode);
         if (surface.surface.IsNull() || !AddLoops(source, surface, face)) {
             return false;
@@ -167,11 +171,81 @@ private:
         return true;
     }
 
+    /// The surface of a blend is made as far as the face needs it; the loops tell its sense.
+    bool ReadBlendFace(const Node& source, brep::Face& face)
+    {
+        constexpr double Within = 1e-4;
+        const std::optional<Blend> blend = myGeometry.BlendOf(source.Pointer(Field::Surface));
+        if (!blend || !AddLoops(source, {}, face) || face.loops.empty()) {
+            return false;
+        }
+        std::optional<bool> isForward;
+        Handle(Geom_Surface) surface;
+        brep::Try([&] {
+            std::vector<std::vector<gp_Pnt>> loops;
+            std::vector<gp_Pnt> all;
+            for (const brep::Loop& loop : face.loops) {
+                loops.push_back(PointsOf(loop));
+                all.insert(all.end(), loops.back().begin(), loops.back().end());
+            }
+            surface = MakeBlendSurface(*blend, all, Within);
+            if (!surface.IsNull()) {
+                isForward = RunsAboutNormal(brep::MakeSurface(surface), loops);
+            }
+        });
+        if (!isForward) {
+            return false;
+        }
+        face.surface = myTarget.AddSurface(surface);
+        face.sameSense = *isForward;
+        face.appearance = myAttributes.LookOf(source.Index());
+        face.record = At(source.Index());
+        return true;
+    }
+
+    /// Some points along the loop, in its sense.
+    std::vector<gp_Pnt> PointsOf(const brep::Loop& loop) const
+    {
+        constexpr int Steps = 12;
+        std::vector<gp_Pnt> points;
+        for (const brep::EdgeUse& use : loop.uses) {
+            const brep::Edge& edge = myTarget.edges[At(use.edge)];
+            const auto [first, last] = RangeOf(edge);
+            for (int i = 0; i < Steps; ++i) {
+                const double part = static_cast<double>(use.forward ? i : Steps - i) / Steps;
+                points.push_back(edge.curve->Value(first + (last - first) * part));
+            }
+        }
+        return points;
+    }
+
+    std::pair<double, double> RangeOf(const brep::Edge& edge) const
+    {
+        const Geom_Curve& curve = *edge.curve;
+        if (edge.first < edge.last) {
+            return {edge.first, edge.last};
+        }
+        if (edge.start == brep::None) {
+            return {curve.FirstParameter(), curve.LastParameter()};
+        }
+        const Tube around{edge.curve, 0};
+        const double first = around.Nearest(myTarget.vertices[At(edge.start)].point, {}).value_or(0);
+        double last = around.Nearest(myTarget.vertices[At(edge.end)].point, {}).value_or(first);
+        if (edge.start == edge.end && !curve.IsPeriodic()) {
+            return {curve.FirstParameter(), curve.LastParameter()};
+        }
+        if (curve.IsPeriodic() && last <= first + 1e-9) {
+            last += curve.Period();
+        }
+        return {first, last};
+    }
+
     static bool IsBounded(const Handle(Geom_Surface) & surface)
     {
-        return surface->IsKind(STANDARD_TYPE(Geom_SphericalSurface)) ||
-               surface->IsKind(STANDARD_TYPE(Geom_ToroidalSurface)) ||
-               surface->IsKind(STANDARD_TYPE(Geom_BSplineSurface));
+        double bounds[4];
+        surface->Bounds(bounds[0], bounds[1], bounds[2], bounds[3]);
+        return std::all_of(std::begin(bounds), std::end(bounds),
+                           [](double bound) { return std::abs(bound) < brep::FarAway; });
     }
 
     bool AddLoops(const Node& source, const Surface& surface, brep::Face& face)
@@ -203,12 +277,14 @@ private:
                     return false;
                 }
                 const bool isForward = node.Character(Field::Sense) != '-';
-                loop.uses.push_back({edge.index, isForward == edge.isAligned, {}});
+                loop.uses.push_back({edge.index, isForward == edge.isAligned,
+                                     fin == edge.fin ? edge.inSurface : Handle(Geom2d_Curve)()});
             }
             fin = node.Pointer(Field::Forward);
         } while (fin != first && fin != 0);
-        const bool hasPoles = surface.surface->IsKind(STANDARD_TYPE(Geom_ConicalSurface)) ||
-                              surface.surface->IsKind(STANDARD_TYPE(Geom_SphericalSurface));
+        const bool hasPoles =
+            !surface.surface.IsNull() && (surface.surface->IsKind(STANDARD_TYPE(Geom_ConicalSurface)) ||
+                                          surface.surface->IsKind(STANDARD_TYPE(Geom_SphericalSurface)));
         if (!loop.uses.empty()) {
             loop.vertex = brep::None;
             face.loops.push_back(std::move(loop));
@@ -286,17 +362,60 @@ private:
         }
         edge.tolerance = ToleranceOf(source);
         edge.record = At(source.Index());
-        const Curve& curve = myGeometry.CurveOf(source.Pointer(Field::Curve));
-        if (curve.curve.IsNull()) {
+        if (const int curveNode = source.Pointer(Field::Curve); myNodes.At(curveNode)) {
+            const Curve& curve = myGeometry.CurveOf(curveNode);
+            edge.curve = curve.curve;
+            entry.isAligned = !curve.isReversed;
+        } else {
+            TakeFinCurve(fins, edge, entry);
+        }
+        if (edge.curve.IsNull()) {
             return entry;
         }
-        edge.curve = curve.curve;
-        entry.isAligned = !curve.isReversed;
-        if (curve.isReversed) {
+        if (!entry.isAligned) {
             std::swap(edge.start, edge.end);
         }
         entry.index = myTarget.AddEdge(std::move(edge));
         return entry;
+    }
+
+    /// A tolerant edge has a curve in the surface of each of its fins; it becomes the first that makes sense.
+    /// The curve runs as its fin, or where the vertices say so against it.
+    void TakeFinCurve(const EdgeFins& fins, brep::Edge& edge, EdgeEntry& entry)
+    {
+        for (const Node& fin : {fins.along, fins.against}) {
+            const SurfaceCurve curve = myGeometry.SurfaceCurveOf(fin.Pointer(Field::Curve));
+            if (curve.inSpace.IsNull()) {
+                continue;
+            }
+            edge.curve = curve.inSpace;
+            edge.first = curve.first;
+            edge.last = curve.last;
+            entry.fin = fin.Index();
+            entry.inSurface = curve.inSurface;
+            entry.isAligned = curve.isReversed == (fin.Character(Field::Sense) == '-');
+            if (edge.start != brep::None) {
+                FitEnds(edge, entry);
+            }
+            return;
+        }
+    }
+
+    /// Turns the edge where its ends are the other way round, and lets the vertices reach them.
+    void FitEnds(const brep::Edge& edge, EdgeEntry& entry)
+    {
+        const gp_Pnt from = edge.curve->Value(edge.first);
+        const gp_Pnt to = edge.curve->Value(edge.last);
+        brep::Vertex& start = myTarget.vertices[At(edge.start)];
+        brep::Vertex& end = myTarget.vertices[At(edge.end)];
+        const double along = start.point.Distance(from) + end.point.Distance(to);
+        const double against = start.point.Distance(to) + end.point.Distance(from);
+        if (edge.start != edge.end) {
+            entry.isAligned = along <= against;
+        }
+        const bool isAligned = entry.isAligned;
+        start.tolerance = std::max(start.tolerance, start.point.Distance(isAligned ? from : to));
+        end.tolerance = std::max(end.tolerance, end.point.Distance(isAligned ? to : from));
     }
 
     /// Edges without a face: wires.

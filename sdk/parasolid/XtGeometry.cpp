@@ -193,10 +193,14 @@ const Surface& GeometryReader::SurfaceOf(int index)
 const brep::Surface& GeometryReader::EvaluatedSurface(int index)
 {
     const auto [place, isNew] = myEvaluated.try_emplace(index);
+    brep::Surface& result = place->second;
     if (isNew) {
-        place->second = brep::MakeSurface(SurfaceOf(index).surface);
+        const Handle(Geom_Surface) surface = SurfaceOf(index).surface;
+        if (!surface.IsNull()) {
+            result = brep::MakeSurface(surface);
+        }
     }
-    return place->second;
+    return result;
 }
 
 Curve GeometryReader::ReadCurve(const Node& node)
@@ -239,8 +243,6 @@ Surface GeometryReader::ReadSurface(const Node& node)
         return ReadSpun(node);
     case type::Offset:
         return ReadOffset(node);
-    case type::Blend:
-        return ReadBlend(node);
     default:
         return {};
     }

@@ -5,6 +5,7 @@
 //     if (!curve.curve.IsNull()) { ... }
 #pragma once
 
+#include <optional>
 #include <unordered_map>
 
 #include <Geom2d_BSplineCurve.hxx>
@@ -14,6 +15,7 @@
 #include <gp_Pnt.hxx>
 
 #include "sdk/brep/Surface.h"
+#include "sdk/parasolid/XtBlends.h"
 #include "sdk/parasolid/XtNodes.h"
 
 namespace cadex::parasolid {
@@ -43,8 +45,6 @@ struct Surface
 {
     Handle(Geom_Surface) surface = {}; ///< null when it makes no sense or is of an unknown kind
     bool isReversed = false;           ///< the file's normal is opposite to the kernel's
-    /// The sense of the file's normal is not known: it follows from the loops of the face.
-    bool isSenseOpen = false;
     ParameterMap map = {};
 };
 
@@ -67,6 +67,9 @@ public:
     /// Any index; what is no curve gives one without geometry.
     const Curve& CurveOf(int index);
     const Surface& SurfaceOf(int index);
+    /// Of a rolling-ball blend of one radius, on two surfaces along a spine that can be evaluated. It refers
+    /// to surfaces of the reader. What SurfaceOf gives for one has no geometry: that depends on the face.
+    std::optional<Blend> BlendOf(int index);
     /// Of a fin: a curve in a surface, or a piece of one.
     SurfaceCurve SurfaceCurveOf(int index);
 
@@ -74,14 +77,13 @@ private:
     Curve ReadCurve(const Node& node);
     Surface ReadSurface(const Node& node);
     Curve ReadTrimmed(const Node& node);
-    Curve ReadSplineCurve(const Node& node) const;
     Curve ReadIntersection(const Node& node);
-    Surface ReadSplineSurface(const Node& node) const;
     Surface ReadSwept(const Node& node);
     Surface ReadSpun(const Node& node);
     Surface ReadOffset(const Node& node);
-    Surface ReadBlend(const Node& node);
-    Handle(Geom2d_BSplineCurve) ReadPlaneSpline(const Node& node, const ParameterMap& map) const;
+    std::optional<Blend> ReadBlend(const Node& node);
+    std::optional<Blend> BlendBeside(const Node& intersection);
+    Support SupportOf(int index);
     /// As the room of bodies evaluates it; its geometry is null when it cannot.
     const brep::Surface& EvaluatedSurface(int index);
 
@@ -89,6 +91,7 @@ private:
     std::unordered_map<int, Curve> myCurves;
     std::unordered_map<int, Surface> mySurfaces;
     std::unordered_map<int, brep::Surface> myEvaluated;
+    std::unordered_map<int, std::optional<Blend>> myBlends;
     int myDepth = 0; ///< of geometry made of other geometry
 };
 

@@ -1,0 +1,1 @@
+#include "tests/sdk/parasolid/XtShapes.h"
