@@ -94,6 +94,9 @@ private:
     TopTools_DataMapOfShapeInteger myNumbers;
 };
 
+/// Edges with more points are of damaged geometry; the kernel would take gigabytes for them.
+constexpr int MostEdgePoints = 20000;
+
 /// The step of the kernel's mesher that divides edges: takes the division that is there.
 class GivenEdges : public IMeshTools_ModelAlgo
 {
@@ -140,6 +143,10 @@ private:
             const Handle(IMeshTools_CurveTessellator) tessellator =
                 BRepMesh_EdgeDiscret::CreateEdgeTessellator(edge, curve->GetOrientation(), curve->GetFace(),
                                                             parameters);
+            if (tessellator->PointsNb() > MostEdgePoints) {
+                edge->SetStatus(IMeshData_Failure);
+                return;
+            }
             BRepMesh_EdgeDiscret::Tessellate3d(edge, tessellator, true);
         }
         BRepMesh_EdgeDiscret::Tessellate2d(edge, true);

@@ -302,7 +302,7 @@ private:
             return place->second;
         }
         const gp_XYZ point = myNodes.At(vertex.Pointer(Field::Point)).Vector(Field::Pvec) * Millimetres;
-        if (brep::IsSound(point)) {
+        if (IsInBox(point)) {
             place->second = myTarget.AddVertex(gp_Pnt(point), ToleranceOf(vertex));
         }
         return place->second;

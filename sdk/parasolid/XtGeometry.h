@@ -5,6 +5,7 @@
 //     if (!curve.curve.IsNull()) { ... }
 #pragma once
 
+#include <cmath>
 #include <optional>
 #include <unordered_map>
 
@@ -21,6 +22,13 @@
 namespace cadex::parasolid {
 
 inline constexpr double Millimetres = 1000; ///< in a unit of length of the format
+
+/// Parts lie within a box of a kilometre; points beyond twice that are damage (millimetres).
+inline constexpr double SizeBox = 1e6;
+inline bool IsInBox(const gp_XYZ& point)
+{
+    return std::abs(point.X()) <= SizeBox && std::abs(point.Y()) <= SizeBox && std::abs(point.Z()) <= SizeBox;
+}
 
 struct Curve
 {

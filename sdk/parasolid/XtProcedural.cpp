@@ -14,8 +14,6 @@ namespace cadex::parasolid {
 
 namespace {
 
-using brep::IsSound;
-
 /// How near the splines come to what they stand for (millimetres).
 constexpr double FitWithin = 1e-5;
 /// Points of a chart that lie this near are one.
@@ -27,7 +25,7 @@ std::vector<FitNode> ChartNodes(std::span<const double> numbers)
     std::vector<FitNode> nodes;
     for (std::size_t i = 0; i + 2 < numbers.size(); i += 3) {
         const gp_XYZ point = gp_XYZ(numbers[i], numbers[i + 1], numbers[i + 2]) * Millimetres;
-        if (!IsSound(point)) {
+        if (!IsInBox(point)) {
             return {};
         }
         if (nodes.empty() || nodes.back().point.Distance(gp_Pnt(point)) > SamePoint) {

@@ -5,20 +5,17 @@
 #include <cmath>
 #include <map>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include <cadex/ModelAlgo_BRepMesher.hxx>
-#include <cadex/ModelAlgo_BRepMesherParameters.hxx>
 #include <cadex/ModelAlgo_ValidationProperty.hxx>
 #include <cadex/ModelAlgo_ValidationPropertyData.hxx>
 #include <cadex/ModelData_Model.hxx>
 #include <cadex/Para_Reader.hxx>
 
 #include "sdk/mesh/DistinctParts.h"
-#include "sdk/model/Elements.h"
 #include "tests/sdk/parasolid/XtText.h"
+#include "tests/support/DamagedFiles.h"
 
 namespace xttest {
 
@@ -53,14 +50,16 @@ public:
     /// No vertices: a ring.
     int Edge(int curve, int start = 0, int end = 0, double tolerance = Null)
     {
-        const int edge = myXt.Add(type::Edge, {{Field::Curve, {1. * curve}}, {Field::Tolerance, {tolerance}}});
+        const int edge =
+            myXt.Add(type::Edge, {{Field::Curve, {1. * curve}}, {Field::Tolerance, {tolerance}}});
         myEdges.push_back(edge);
         myEnds[edge] = {start, end};
         return edge;
     }
     int Face(int surface, char sense, const std::vector<std::vector<Use>>& loops)
     {
-        const int face = myXt.Add(type::Face, {{Field::Surface, {1. * surface}}, {Field::Sense, {1. * sense}}});
+        const int face =
+            myXt.Add(type::Face, {{Field::Surface, {1. * surface}}, {Field::Sense, {1. * sense}}});
         const int behind = myKind == 1 ? mySolid.shell : myVoid.shell;
         myXt.Set(face, Field::Shell, {1. * behind});
         myXt.Set(face, Field::FrontShell, {1. * myVoid.shell});
@@ -137,10 +136,10 @@ private:
     {
         const auto [start, end] = myEnds.at(use.edge);
         const int fin = myXt.Add(type::Fin, {{Field::Loop, {1. * loop}},
-                                           {Field::Edge, {1. * use.edge}},
-                                           {Field::Curve, {1. * use.curve}},
-                                           {Field::Vertex, {1. * (use.forward ? end : start)}},
-                                           {Field::Sense, {use.forward ? 1. * '+' : 1. * '-'}}});
+                                             {Field::Edge, {1. * use.edge}},
+                                             {Field::Curve, {1. * use.curve}},
+                                             {Field::Vertex, {1. * (use.forward ? end : start)}},
+                                             {Field::Sense, {use.forward ? 1. * '+' : 1. * '-'}}});
         myFins[use.edge].push_back(fin);
         return fin;
     }
@@ -222,24 +221,24 @@ inline int AddSplineCircle(XtText& xt, const CircleSpline& circle, int dimension
 /// A straight line of degree 1 in the parameters of a surface.
 inline int AddPlaneLine(XtText& xt, const Values& from, const Values& to)
 {
-    const int nurbs = xt.Add(
-        type::NurbsCurve,
-        {{Field::Degree, {1}},
-         {Field::NVertices, {2}},
-         {Field::VertexDim, {2}},
-         {Field::NKnots, {2}},
-         {Field::BSplineVertices,
-          {1. * xt.Add(type::SplineVertices, {{Field::Vertices, {from[0], from[1], to[0], to[1]}}})}},
-         {Field::KnotMult, {1. * xt.Add(type::Multiplicities, {{Field::Mult, {2, 2}}})}},
-         {Field::Knots, {1. * xt.Add(type::Knots, {{Field::Knots, {0, 1}}})}}});
+    const int nurbs =
+        xt.Add(type::NurbsCurve,
+               {{Field::Degree, {1}},
+                {Field::NVertices, {2}},
+                {Field::VertexDim, {2}},
+                {Field::NKnots, {2}},
+                {Field::BSplineVertices,
+                 {1. * xt.Add(type::SplineVertices, {{Field::Vertices, {from[0], from[1], to[0], to[1]}}})}},
+                {Field::KnotMult, {1. * xt.Add(type::Multiplicities, {{Field::Mult, {2, 2}}})}},
+                {Field::Knots, {1. * xt.Add(type::Knots, {{Field::Knots, {0, 1}}})}}});
     return xt.Add(type::SplineCurve, {{Field::Nurbs, {1. * nurbs}}});
 }
 
 /// A whole curve in a surface as tolerant edges have them: a trimmed one.
 inline int AddFinCurve(XtText& xt, int surface, int planeCurve)
 {
-    const int curve = xt.Add(type::CurveInSurface,
-                             {{Field::Surface, {1. * surface}}, {Field::BCurve, {1. * planeCurve}}});
+    const int curve =
+        xt.Add(type::CurveInSurface, {{Field::Surface, {1. * surface}}, {Field::BCurve, {1. * planeCurve}}});
     return xt.Add(type::TrimmedCurve,
                   {{Field::BasisCurve, {1. * curve}}, {Field::Parm1, {0}}, {Field::Parm2, {1}}});
 }
@@ -285,6 +284,45 @@ inline int AddCylinderBody(XtText& xt, double radius, double height)
                     AddCylinder(xt, radius));
 }
 
+/// A cylinder whose upper edge is rounded by a rolling ball.
+struct Puck
+{
+    double radius;
+    double height;
+    double ball;
+    bool isSpline;  ///< the spine is a spline, not a circle
+    bool hasCharts; ///< the edges are the curves where the ball touches, from coarse charts, not circles
+};
+
+inline int AddPuck(XtText& xt, const Puck& puck)
+{
+    XtBodyText body(xt);
+    const double inner = puck.radius - puck.ball;
+    const double side = puck.height - puck.ball;
+    const int wall = AddCylinder(xt, puck.radius);
+    const int roof = AddPlane(xt, {0, 0, puck.height}, {0, 0, 1});
+    const int spine =
+        puck.isSpline ? AddSplineCircle(xt, CircleSpline(inner), 3, side) : AddCircle(xt, side, inner);
+    const int blend = xt.Add(type::Blend, {{Field::BlendType, {'R'}},
+                                           {Field::Surface, {1. * wall, 1. * roof}},
+                                           {Field::Spine, {1. * spine}},
+                                           {Field::Range, {-puck.ball, -puck.ball}}});
+    const int bound = xt.Add(type::BlendBound, {{Field::Boundary, {0}}, {Field::Blend, {1. * blend}}});
+    const auto edge = [&](double radius, double z, int surface) {
+        return body.Edge(
+            puck.hasCharts ? AddIntersection(xt, surface, bound, Ring(radius, 11, [&](double) { return z; }))
+                           : AddCircle(xt, z, radius));
+    };
+    const int bottom = body.Edge(AddCircle(xt, 0, puck.radius));
+    const int below = edge(puck.radius, side, wall);
+    const int top = edge(inner, puck.height, roof);
+    body.Face(AddPlane(xt, {0, 0, 0}, {0, 0, 1}), '-', {{{bottom, false}}});
+    body.Face(roof, '+', {{{top, true}}});
+    body.Face(wall, '+', {{{bottom, true}}, {{below, false}}});
+    body.Face(blend, '-', {{{below, true}}, {{top, false}}});
+    return body.Finish();
+}
+
 // ------------------------------------------------------------------------------------------------ attributes
 
 inline int AddAttribute(XtText& xt, int owner, const std::string& kind, int valueType, const Values& values)
@@ -293,9 +331,9 @@ inline int AddAttribute(XtText& xt, int owner, const std::string& kind, int valu
     const int definition =
         xt.Add(type::AttributeDefinition, {{Field::Identifier, {1. * name}}, {Field::Fields, {1}}});
     const int data = xt.Add(valueType, {{Field::Values, values}});
-    return xt.Add(type::Attribute, {{Field::Definition, {1. * definition}},
-                                    {Field::Owner, {1. * owner}},
-                                    {Field::Fields, {1. * data}}});
+    return xt.Add(
+        type::Attribute,
+        {{Field::Definition, {1. * definition}}, {Field::Owner, {1. * owner}}, {Field::Fields, {1. * data}}});
 }
 
 // -------------------------------------------------------------------------------------------------- reading
@@ -303,33 +341,7 @@ inline int AddAttribute(XtText& xt, int owner, const std::string& kind, int valu
 /// Nothing when the file is refused.
 inline std::optional<cadex::ModelData_Model> Read(const std::string& bytes)
 {
-    cadex::Para_Reader reader;
-    std::istringstream stream(bytes);
-    cadex::ModelData_Model model;
-    if (!reader.ReadFile(stream) || !reader.Transfer(model)) {
-        return std::nullopt;
-    }
-    return model;
-}
-
-inline void Mesh(const cadex::ModelData_Model& model)
-{
-    cadex::ModelAlgo_BRepMesherParameters parameters(cadex::ModelAlgo_BRepMesherParameters::Fine, true);
-    cadex::ModelAlgo_BRepMesher(parameters).Compute(model, true);
-}
-
-inline std::vector<cadex::ModelData_Instance> InstancesOf(const cadex::ModelData_SceneGraphElement& assembly)
-{
-    return cadex::internal::ImplOf(static_cast<const cadex::ModelData_Assembly&>(assembly)).instances;
-}
-inline std::vector<cadex::ModelData_Instance> InstancesOf(const cadex::ModelData_Model& model)
-{
-    return InstancesOf(cadex::internal::RootsOf(model).front());
-}
-
-inline const cadex::ModelData_SceneGraphElement& TargetOf(const cadex::ModelData_Instance& instance)
-{
-    return cadex::internal::ImplOf(instance).reference;
+    return cadex::test::ReadBytes<cadex::Para_Reader>(bytes);
 }
 
 /// Of the only part, from its exact faces, in cubic metres; 0 when there is none.

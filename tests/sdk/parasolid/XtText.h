@@ -44,7 +44,9 @@ public:
         const Layout& layout = *BaseLayout(type);
         Node node{type, {}, 0};
         for (const FieldLayout& field : layout.Fields()) {
-            const double value = field.kind == 'c' ? '+' : NumbersOf(field.kind) > 1 || field.kind == 'f' ? Null : 0;
+            const double value = field.kind == 'c'                                ? '+'
+                                 : NumbersOf(field.kind) > 1 || field.kind == 'f' ? Null
+                                                                                  : 0;
             if (!field.IsVariable()) {
                 node.numbers.insert(node.numbers.end(), Count(field), value);
             }
@@ -224,8 +226,9 @@ private:
                 Whole(300);
             }
             WriteNodes();
-            std::string lines = "**ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz**\n**PART1;\nFORMAT=text;\n"
-                                "**END_OF_HEADER*****\n";
+            std::string lines =
+                "**ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz**\n**PART1;\nFORMAT=text;\n"
+                "**END_OF_HEADER*****\n";
             for (std::size_t i = 0; i < myText.size(); i += 80) {
                 lines += myText.substr(i, 80) + "\n";
             }

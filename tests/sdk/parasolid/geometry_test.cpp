@@ -22,7 +22,7 @@ void ExpectVolume(const XtText& xt, double volume, double within = 1e-6)
         const auto model = Read(bytes);
         ASSERT_TRUE(model) << Reports::Take().front().text;
         EXPECT_NEAR(VolumeOf(*model), volume, within * volume);
-        Mesh(*model);
+        cadex::test::MeshBodies(*model);
         for (const Report& report : Reports::Take()) {
             ADD_FAILURE() << report.text;
         }
@@ -37,12 +37,14 @@ int SweptCircle(XtText& xt)
 int SpunLine(XtText& xt)
 {
     const int line = xt.Add(type::Line, {{Field::Pvec, {R, 0, 0}}, {Field::Direction, {0, 0, 1}}});
-    return xt.Add(type::Spun, {{Field::Profile, {1. * line}}, {Field::Base, {0, 0, 0}}, {Field::Axis, {0, 0, 1}}});
+    return xt.Add(type::Spun,
+                  {{Field::Profile, {1. * line}}, {Field::Base, {0, 0, 0}}, {Field::Axis, {0, 0, 1}}});
 }
 
 int OffsetCylinder(XtText& xt)
 {
-    return xt.Add(type::Offset, {{Field::Surface, {1. * AddCylinder(xt, R - 0.002)}}, {Field::Offset, {0.002}}});
+    return xt.Add(type::Offset,
+                  {{Field::Surface, {1. * AddCylinder(xt, R - 0.002)}}, {Field::Offset, {0.002}}});
 }
 
 int SplineWall(XtText& xt)
@@ -58,17 +60,18 @@ int SplineWall(XtText& xt)
         return Values{1. * xt.Add(type, {{field, values}})};
     };
     const int nurbs =
-        xt.Add(type::NurbsSurface, {{Field::UDegree, {2}},
-                                    {Field::VDegree, {1}},
-                                    {Field::NUVertices, {9}},
-                                    {Field::NVVertices, {2}},
-                                    {Field::Rational, {1}},
-                                    {Field::VertexDim, {4}},
-                                    {Field::BSplineVertices, list(type::SplineVertices, Field::Vertices, vertices)},
-                                    {Field::UKnotMult, list(type::Multiplicities, Field::Mult, circle.multiplicities)},
-                                    {Field::VKnotMult, list(type::Multiplicities, Field::Mult, {2, 2})},
-                                    {Field::UKnots, list(type::Knots, Field::Knots, circle.knots)},
-                                    {Field::VKnots, list(type::Knots, Field::Knots, {0, 1})}});
+        xt.Add(type::NurbsSurface,
+               {{Field::UDegree, {2}},
+                {Field::VDegree, {1}},
+                {Field::NUVertices, {9}},
+                {Field::NVVertices, {2}},
+                {Field::Rational, {1}},
+                {Field::VertexDim, {4}},
+                {Field::BSplineVertices, list(type::SplineVertices, Field::Vertices, vertices)},
+                {Field::UKnotMult, list(type::Multiplicities, Field::Mult, circle.multiplicities)},
+                {Field::VKnotMult, list(type::Multiplicities, Field::Mult, {2, 2})},
+                {Field::UKnots, list(type::Knots, Field::Knots, circle.knots)},
+                {Field::VKnots, list(type::Knots, Field::Knots, {0, 1})}});
     return xt.Add(type::SplineSurface, {{Field::Nurbs, {1. * nurbs}}});
 }
 
@@ -127,7 +130,8 @@ TEST(ParasolidGeometry, ConesSpheresAndToriHaveTheirVolumes)
         body.Finish();
         return xt;
     };
-    const FieldValues axes = {{Field::Centre, {0.1, 0, 0}}, {Field::Axis, {0, 0, 1}}, {Field::XAxis, {1, 0, 0}}};
+    const FieldValues axes = {
+        {Field::Centre, {0.1, 0, 0}}, {Field::Axis, {0, 0, 1}}, {Field::XAxis, {1, 0, 0}}};
     FieldValues sphere = axes;
     sphere.push_back({Field::Radius, {R}});
     ExpectVolume(alone(type::Sphere, sphere), 4. / 3 * M_PI * R * R * R);
@@ -143,7 +147,8 @@ TEST(ParasolidGeometry, ConesSpheresAndToriHaveTheirVolumes)
     const double a = 0.001;
     const double reach = std::acos(a / minor);
     const double side = minor * std::sin(reach);
-    const double volume = 2 * M_PI * (minor * minor * side - side * side * side / 3 - a * minor * minor * reach);
+    const double volume =
+        2 * M_PI * (minor * minor * side - side * side * side / 3 - a * minor * minor * reach);
     ExpectVolume(alone(type::Torus, torus(-a)), volume);
 }
 
@@ -196,29 +201,7 @@ TEST(ParasolidGeometry, RollingBallBlends)
         for (const bool hasCharts : {false, true}) {
             SCOPED_TRACE(std::to_string(isSpline) + std::to_string(hasCharts));
             XtText xt;
-            XtBodyText body(xt);
-            const int wall = AddCylinder(xt, R);
-            const int roof = AddPlane(xt, {0, 0, H}, {0, 0, 1});
-            const int spine = isSpline ? AddSplineCircle(xt, CircleSpline(inner), 3, H - r)
-                                       : AddCircle(xt, H - r, inner);
-            const int blend = xt.Add(type::Blend, {{Field::BlendType, {'R'}},
-                                                   {Field::Surface, {1. * wall, 1. * roof}},
-                                                   {Field::Spine, {1. * spine}},
-                                                   {Field::Range, {-r, -r}}});
-            const int bound = xt.Add(type::BlendBound, {{Field::Boundary, {0}}, {Field::Blend, {1. * blend}}});
-            const auto edge = [&](double radius, double z, int surface) {
-                return body.Edge(hasCharts ? AddIntersection(xt, surface, bound,
-                                                             Ring(radius, 11, [&](double) { return z; }))
-                                           : AddCircle(xt, z, radius));
-            };
-            const int bottom = body.Edge(AddCircle(xt, 0, R));
-            const int side = edge(R, H - r, wall);
-            const int top = edge(inner, H, roof);
-            body.Face(AddPlane(xt, {0, 0, 0}, {0, 0, 1}), '-', {{{bottom, false}}});
-            body.Face(roof, '+', {{{top, true}}});
-            body.Face(wall, '+', {{{bottom, true}}, {{side, false}}});
-            body.Face(blend, '-', {{{side, true}}, {{top, false}}});
-            body.Finish();
+            AddPuck(xt, {R, H, r, isSpline, hasCharts});
             ExpectVolume(xt, volume, isSpline ? 1e-5 : 1e-6);
         }
     }
