@@ -549,7 +549,7 @@ FileFace ReadFace(const Records& records, std::size_t record)
     face.surface = fields.Pointer();
     face.isReversed = fields.IsReversed();
     const std::string_view sides = fields.Next();
-    face.isDouble = sides == "double" || sides == "1";
+    face.isDouble = sides == "double" || sides == "1" || sides == "true";
     return face;
 }
 

@@ -326,7 +326,8 @@ Surface GeometryReader::ReadCone(Fields fields) const
     const gp_XYZ major = ReadTriple(fields) * myScale;
     const double ratio = fields.Number();
     while (!fields.AtEnd() && !fields.IsNumber()) {
-        if (fields.Next() == "F") {
+        const std::string_view word = fields.Next();
+        if (word == "F" || word == "true") {
             fields.Skip(1); // a bound
         }
     }

@@ -97,7 +97,7 @@ int Fields::Count()
 bool Fields::IsReversed()
 {
     const std::string_view field = Next();
-    return field == "reversed" || field == "1";
+    return field == "reversed" || field == "1" || field == "true";
 }
 
 Records::Records(std::string_view bytes) : myBytes(bytes)
@@ -150,15 +150,12 @@ std::string_view Records::CountedString(std::string_view count)
 
 void Records::ReadHeader()
 {
-    if (myBytes.substr(0, 15) == "ACIS BinaryFile" || myBytes.substr(0, 14) == "ASM BinaryFile") {
-        throw Unreadable("binary ACIS files are not supported");
-    }
     const auto version = WholeNumber(NextWord());
     const auto records = WholeNumber(NextWord());
     const auto bodies = WholeNumber(NextWord());
     const auto history = WholeNumber(NextWord());
     if (!version || !records || !bodies || !history || *version < 100 || *version > 99999 || *records < 0) {
-        throw Unreadable("not an ACIS text file");
+        throw Unreadable("not an ACIS file");
     }
     myHeader.version = static_cast<int>(*version);
     if (myHeader.version < 200) {

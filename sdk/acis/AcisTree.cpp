@@ -5,6 +5,7 @@
 #include <cadex/ModelData_Part.hxx>
 #include <cadex/internal/Reports.hxx>
 
+#include "sdk/acis/AcisBinary.h"
 #include "sdk/acis/AcisBodies.h"
 #include "sdk/brep/DescribedBRep.h"
 
@@ -39,6 +40,9 @@ bool AcisFile::Load(std::string bytes, const Base_UTF16String& name)
     myBytes = std::move(bytes);
     myName = name;
     try {
+        if (IsBinary(myBytes)) {
+            myBytes = TextFromBinary(myBytes);
+        }
         myRecords.emplace(myBytes);
     } catch (const Unreadable& reason) {
         Reports::Add(Report::Kind::Refused, reason.what());

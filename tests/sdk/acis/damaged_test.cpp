@@ -1,4 +1,5 @@
 // SAT files that are damaged, or built to hurt.
+#include "tests/sdk/acis/SabFiles.h"
 #include "tests/sdk/acis/SatFiles.h"
 
 #include <gtest/gtest.h>
@@ -22,6 +23,7 @@ std::string Good(int version)
 TEST(AcisDamage, FilesThatAreNoneSayWhy)
 {
     const std::string good = Good(700);
+    const std::string binary = Binary(good);
     const auto changed = [&](const std::string& from, const std::string& to) {
         std::string copy = good;
         return copy.replace(copy.find(from), from.size(), to);
@@ -32,10 +34,17 @@ TEST(AcisDamage, FilesThatAreNoneSayWhy)
         std::string bytes;
         const char* reason;
     } files[] = {
-        {"empty", "", "not an ACIS text file"},
-        {"text", "hello", "not an ACIS text file"},
+        {"empty", "", "not an ACIS file"},
+        {"text", "hello", "not an ACIS file"},
         {"version 1", changed("700 ", "105 "), "before version 2"},
-        {"binary", "ACIS BinaryFile....", "binary ACIS files"},
+        {"binary, a header alone", "ACIS BinaryFile....", "ends too early"},
+        {"binary, cut", binary.substr(0, binary.size() / 2), "ends too early"},
+        {"binary, an odd tag", std::string(binary).replace(binary.find('\x11'), 1, "\x60"),
+         "a tag that is none"},
+        {"binary, a text for a name", std::string(binary).replace(binary.find("lump"), 4, "{ # "),
+         "a name is none"},
+        {"binary, an open block", std::string(binary).insert(binary.find('\x11'), "\x0f"),
+         "inside of a block"},
         {"cut", good.substr(0, good.size() / 2), "ends too early"},
         {"without its end", good.substr(0, good.find("End-of")), "ends too early"},
         {"a long text", changed("@4 name", "@4000000000 name"), "longer than the file"},
@@ -88,9 +97,10 @@ TEST(AcisDamage, SizesThatLieTakeNoMemory)
     }
 }
 
-TEST(AcisDamage, TwoHundredDamagedFiles)
+TEST(AcisDamage, ThreeHundredDamagedFiles)
 {
-    cadex::test::ExpectDamagedFilesEndWell<cadex::ACIS_Reader>({Good(400), Good(700), Good(2400)}, 200, 30);
+    cadex::test::ExpectDamagedFilesEndWell<cadex::ACIS_Reader>(
+        {Good(400), Good(700), Good(2400), Binary(Good(700)), Binary(Good(2400), true)}, 300, 60);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // Reading: bodies against the volumes of their formulas in the layouts of several versions; looks, names and
 // places; splines; real files against the same bodies in STEP where they are at hand.
 #include "tests/sdk/ReadModels.h"
+#include "tests/sdk/acis/SabFiles.h"
 #include "tests/sdk/acis/SatFiles.h"
 
 #include <filesystem>
@@ -59,6 +60,12 @@ TEST(AcisReader, NamesColoursPropertiesAndTransforms)
         ASSERT_TRUE(model);
         cadex::test::MeshBodies(*model);
         const std::string outline = cadex::test::Outline::Of(*model);
+        for (const bool isWide : {false, true}) {
+            const auto binary = version < 700 ? model : Read(Binary(sat.Str(), isWide));
+            ASSERT_TRUE(binary) << isWide;
+            cadex::test::MeshBodies(*binary);
+            EXPECT_EQ(cadex::test::Outline::Of(*binary), outline) << isWide;
+        }
         EXPECT_NE(outline.find("instance 'Wélle' at 7000 8000 9000 x axis 0 2 0"), std::string::npos)
             << outline;
         EXPECT_NE(outline.find("part 'Wélle' rgba 64 128 255 255 [Norm = ISO4014]"), std::string::npos)
@@ -151,11 +158,13 @@ TEST(AcisReader, SplinesAndReferencesToThem)
         first = face;
     }
     sat.Set(shell, "shell", "$-1 $-1 " + Ref(first) + "$-1 " + Ref(lump));
-    Reports::Clear();
-    const auto model = Read(sat.Str());
-    ASSERT_TRUE(model);
-    EXPECT_TRUE(Reports::Take().empty());
-    EXPECT_NEAR(AreaOf(*model), 24, 1e-9);
+    for (const std::string& bytes : {sat.Str(), Binary(sat.Str())}) {
+        Reports::Clear();
+        const auto model = Read(bytes);
+        ASSERT_TRUE(model);
+        EXPECT_TRUE(Reports::Take().empty());
+        EXPECT_NEAR(AreaOf(*model), 24, 1e-9);
+    }
 }
 
 /// Files of other writers at hand: areas as those of the same bodies in STEP, of which one names its
