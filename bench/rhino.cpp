@@ -19,32 +19,25 @@
 #include <numbers>
 #include <sstream>
 
-#include "sdk/model/TriangleSets.h"
+#include "bench/Torus.h"
 
 namespace cadex {
 namespace {
 
 constexpr U32 kAround = 316; // squared and doubled: 200,000 triangles
 
-ModelData_Model Torus()
+/// With a normal and a texture coordinate a point.
+ModelData_Model WavyTorus()
 {
-    internal::TriangleArrays arrays;
+    internal::TriangleArrays arrays = Torus(std::int64_t{2} * kAround * kAround);
     for (U32 i = 0; i < kAround; ++i) {
         for (U32 j = 0; j < kAround; ++j) {
             const double u = 2 * std::numbers::pi * i / kAround;
             const double v = 2 * std::numbers::pi * j / kAround;
-            const double r = 20 + 1.5 * std::sin(5 * u + 3 * v);
-            arrays.points.emplace_back((50 + r * std::cos(v)) * std::cos(u),
-                                       (50 + r * std::cos(v)) * std::sin(u), r * std::sin(v));
             arrays.normals.emplace_back(static_cast<float>(std::cos(v) * std::cos(u)),
                                         static_cast<float>(std::cos(v) * std::sin(u)),
                                         static_cast<float>(std::sin(v)));
             arrays.uvs.emplace_back(static_cast<double>(i) / kAround, static_cast<double>(j) / kAround);
-            const U32 a = i * kAround + j;
-            const U32 b = (i + 1) % kAround * kAround + j;
-            const U32 c = (i + 1) % kAround * kAround + (j + 1) % kAround;
-            const U32 d = i * kAround + (j + 1) % kAround;
-            arrays.indices.insert(arrays.indices.end(), {a, b, c, a, c, d});
         }
     }
     ModelData_Assembly root("root");
@@ -65,7 +58,7 @@ std::string Written(const ModelData_Model& model)
 
 void Write(benchmark::State& state)
 {
-    const ModelData_Model model = Torus();
+    const ModelData_Model model = WavyTorus();
     double bytes = 0;
     for ([[maybe_unused]] auto _ : state) {
         const std::string file = Written(model);
@@ -79,7 +72,7 @@ void Write(benchmark::State& state)
 
 void Read(benchmark::State& state)
 {
-    const std::string file = Written(Torus());
+    const std::string file = Written(WavyTorus());
     for ([[maybe_unused]] auto _ : state) {
         std::istringstream stream(file);
         Rhino_Reader reader;

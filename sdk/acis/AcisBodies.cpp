@@ -12,6 +12,7 @@
 #include <Standard_Failure.hxx>
 
 #include "sdk/acis/AcisGeometry.h"
+#include "sdk/acis/AcisTwins.h"
 #include "sdk/brep/Shells.h"
 #include "sdk/model/AppearanceCache.h"
 #include "sdk/text/PlainText.h"
@@ -631,20 +632,37 @@ std::vector<FileBody> ReadBodies(const Records& records)
     GeometryReader geometry(records);
     AttributeTable attributes(records);
     std::vector<bool> seen(records.Size());
+    std::vector<int> bodyRecords;
+    std::vector<std::size_t> sizes;
+    for (std::size_t i = 0; i < bodies.size(); ++i) {
+        bodyRecords.push_back(bodies[i].record);
+        sizes.push_back(members[i].faces.size() + members[i].wireCoedges.size());
+    }
+    const std::vector<std::size_t> twins = FindTwins(records, bodyRecords, sizes, [&](int record) {
+        return static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(attributes.LookOf(record).Impl()));
+    });
+    std::vector<ModelData_Appearance> looks(bodies.size());
     for (std::size_t i = 0; i < bodies.size(); ++i) {
         FileBody& body = bodies[i];
-        BodyDescriber(records, geometry, attributes, seen, body).Describe(members[i]);
         if (body.record != None) {
             attributes.Describe(body.record, body);
             Fields fields = records.Own(At(body.record));
             const int lump = fields.Pointer();
             fields.Skip(1); // a wire
             body.placement = ReadTransform(records, fields.Pointer());
-            body.description.appearance = attributes.LookOf(body.record);
-            if (body.description.appearance.IsNull()) {
-                body.description.appearance = attributes.LookOf(lump);
+            looks[i] = attributes.LookOf(body.record);
+            if (looks[i].IsNull()) {
+                looks[i] = attributes.LookOf(lump);
             }
         }
+        const std::size_t twin = twins[i];
+        if (twin != i && looks[i].Impl() == looks[twin].Impl() &&
+            body.properties == bodies[twin].properties) {
+            body.twin = twin;
+            continue;
+        }
+        BodyDescriber(records, geometry, attributes, seen, body).Describe(members[i]);
+        body.description.appearance = looks[i];
     }
     return bodies;
 }

@@ -29,6 +29,8 @@ struct FileBody
     /// Named texts and numbers that are attached to the body.
     std::vector<std::pair<Base_UTF16String, Base_UTF16String>> properties;
     std::size_t lostFaces = 0; ///< that make no sense and are not in the description
+    /// Place of an earlier body that is equal but for its name and placement; then there is no description.
+    std::optional<std::size_t> twin;
 };
 
 /// In the order of the file. Every record is taken once, however records point at each other.

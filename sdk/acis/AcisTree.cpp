@@ -32,6 +32,30 @@ void AddText(ModelData_PropertyTable& table, const char* key, std::string_view v
     }
 }
 
+/// Null, and a report, where nothing is left of the body.
+ModelData_Part MakePart(FileBody& body, const Base_UTF16String& name)
+{
+    for (std::size_t i = 0; i < body.lostFaces; ++i) {
+        Reports::Add(Report::Kind::LeftOut, "a face that could not be read");
+    }
+    if (body.description.IsEmpty()) {
+        Reports::Add(Report::Kind::LeftOut, "a body without faces or curves");
+        return {};
+    }
+    ModelData_Part part(name);
+    part.SetAppearance(body.description.appearance);
+    ModelData_PropertyTable table{initialized()};
+    for (const auto& [key, value] : body.properties) {
+        table.Add(key, value);
+    }
+    if (!table.IsEmpty()) {
+        part.AddProperties(table);
+    }
+    auto* exact = new brep::DescribedBRep(std::move(body.description));
+    part.AddRepresentation(internal::MakeHandle<ModelData_BRepRepresentation>(exact));
+    return part;
+}
+
 } // namespace
 
 bool AcisFile::Load(std::string bytes, const Base_UTF16String& name)
@@ -58,33 +82,19 @@ void AcisFile::Build(ModelData_Model& model)
     }
     const Records& records = *myRecords;
     ModelData_Assembly root(myName);
-    std::size_t number = 0;
+    std::vector<ModelData_Part> parts; // by body; null: nothing is left of it
     for (FileBody& body : ReadBodies(records)) {
-        ++number;
-        for (std::size_t i = 0; i < body.lostFaces; ++i) {
-            Reports::Add(Report::Kind::LeftOut, "a face that could not be read");
-        }
-        if (body.description.IsEmpty()) {
-            Reports::Add(Report::Kind::LeftOut, "a body without faces or curves");
-            continue;
-        }
         Base_UTF16String name = body.name;
         if (name.IsEmpty()) {
-            name = Base_UTF16String(("Body " + std::to_string(number)).c_str());
+            name = Base_UTF16String(("Body " + std::to_string(parts.size() + 1)).c_str());
         }
-        ModelData_Part part(name);
-        part.SetAppearance(body.description.appearance);
-        ModelData_PropertyTable table{initialized()};
-        for (const auto& [key, value] : body.properties) {
-            table.Add(key, value);
+        parts.push_back(body.twin ? parts[*body.twin] : MakePart(body, name));
+        if (parts.back().IsNull()) {
+            continue;
         }
-        if (!table.IsEmpty()) {
-            part.AddProperties(table);
-        }
-        auto* exact = new brep::DescribedBRep(std::move(body.description));
-        part.AddRepresentation(internal::MakeHandle<ModelData_BRepRepresentation>(exact));
-        root.AddInstance(body.placement ? ModelData_Instance(part, TransformationOf(*body.placement), name)
-                                        : ModelData_Instance(part, name));
+        root.AddInstance(body.placement
+                             ? ModelData_Instance(parts.back(), TransformationOf(*body.placement), name)
+                             : ModelData_Instance(parts.back(), name));
     }
     ModelData_PropertyTable table{initialized()};
     AddText(table, "Application", records.Head().product);

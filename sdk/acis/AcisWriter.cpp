@@ -181,8 +181,11 @@ void AcisWriter::WritePart(const mesh::PlacedPart& placed)
     }
     const double scale = 1 / myMillimetres;
     const JoinedSets joined(placed);
-    const mesh::PlacedMesh solid(
-        joined.triangles, mesh::Compose({{scale, 0, 0, 0, scale, 0, 0, 0, scale}, {}}, placed.placement));
+    // a movement stays one, so that equal parts have equal records; anything else goes into the points
+    const bool isMoved = mesh::IsMovement(placed.placement) && !mesh::IsIdentity(placed.placement);
+    const mesh::PlacedMesh solid(joined.triangles,
+                                 mesh::Compose({{scale, 0, 0, 0, scale, 0, 0, 0, scale}, {}},
+                                               isMoved ? mesh::Affine() : placed.placement));
     const std::vector<mesh::MeshBody> pieces = mesh::FindBodies(solid);
     std::vector<Region> regions;
     const std::size_t body = myNext;
@@ -190,7 +193,8 @@ void AcisWriter::WritePart(const mesh::PlacedPart& placed)
     const bool hasName = !placed.name.IsEmpty();
     const std::size_t colourRecord = body + 1;
     const std::size_t nameRecord = body + 1 + (colour ? 1 : 0);
-    std::size_t next = nameRecord + (hasName ? 1 : 0);
+    const std::size_t transform = nameRecord + (hasName ? 1 : 0);
+    std::size_t next = transform + (isMoved ? 1 : 0);
     const std::size_t firstLump = pieces.empty() ? Nothing : next;
     for (const mesh::MeshBody& piece : pieces) {
         std::vector<std::size_t> shells{piece.outer};
@@ -225,7 +229,7 @@ void AcisWriter::WritePart(const mesh::PlacedPart& placed)
     Begin("body", colour ? colourRecord : hasName ? nameRecord : Nothing);
     Pointer(firstLump);
     Pointer(Nothing);
-    Pointer(Nothing);
+    Pointer(isMoved ? transform : Nothing);
     End();
     if (colour) {
         WriteColour(body, hasName ? nameRecord : Nothing, *colour);
@@ -233,9 +237,29 @@ void AcisWriter::WritePart(const mesh::PlacedPart& placed)
     if (hasName) {
         WriteName(body, colour ? colourRecord : Nothing, placed.name);
     }
+    if (isMoved) {
+        WriteTransform(placed.placement);
+    }
     for (const Region& region : regions) {
         WriteRegion(region);
     }
+}
+
+/// Points are rows, so the matrix is the transpose of ours; without the factor, which follows the
+/// translation.
+void AcisWriter::WriteTransform(const mesh::Affine& placement)
+{
+    const mesh::Matrix3& m = placement.linear;
+    const double factor = mesh::Length({m[0], m[3], m[6]});
+    myBuffer += "transform $-1 -1 ";
+    for (std::size_t row = 0; row < 3; ++row) {
+        Vector({m[row] / factor, m[3 + row] / factor, m[6 + row] / factor});
+    }
+    const Vector3& to = placement.translation;
+    Vector({to[0] / myMillimetres, to[1] / myMillimetres, to[2] / myMillimetres});
+    Number(factor);
+    Word("rotate no_reflect no_shear");
+    End();
 }
 
 void AcisWriter::WriteRegion(const Region& region)

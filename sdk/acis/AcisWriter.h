@@ -32,6 +32,7 @@ private:
     void WriteRegion(const Region& region);
     void WriteFaces(const Region& region);
     void WriteEdges(const Region& region);
+    void WriteTransform(const mesh::Affine& placement);
     void WriteColour(std::size_t owner, std::size_t next, const ModelData_Color& colour);
     void WriteName(std::size_t owner, std::size_t before, const Base_UTF16String& name);
 

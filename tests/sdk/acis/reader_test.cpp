@@ -74,6 +74,39 @@ TEST(AcisReader, NamesColoursPropertiesAndTransforms)
     }
 }
 
+/// Bodies in other places and under other names share their part; those of another shape, another colour of a
+/// face or of the body, or another property do not.
+TEST(AcisReader, EqualBodiesAreOnePart)
+{
+    for (const int version : {400, 700, 2400}) {
+        SCOPED_TRACE(version);
+        SatText sat(version);
+        std::vector<int> bodies;
+        for (int i = 0; i < 7; ++i) {
+            const int transform = sat.Reserve();
+            bodies.push_back(AddFrustum(sat, version, {3, i == 3 ? 2.5 : 2, 5, 1}, transform));
+            sat.AddTransform(transform, "1 0 0 0 1 0 0 0 1 " + std::to_string(i) + " 0 0 1");
+        }
+        sat.AddAttribute("string_attrib-name_attrib-gen-attrib", bodies[2],
+                         sat.Text("name") + " " + sat.Text("x"));
+        sat.AddAttribute("rgb_color-st-attrib", bodies[4] + 3, "1 0 0"); // the first face
+        sat.AddAttribute("rgb_color-st-attrib", bodies[5], "0 1 0");
+        sat.AddAttribute("string_attrib-name_attrib-gen-attrib", bodies[6],
+                         sat.Text("Norm") + " " + sat.Text("x"));
+        const auto model = Read(sat.Str());
+        ASSERT_TRUE(model);
+        const auto instances = InstancesOf(*model);
+        ASSERT_EQ(instances.size(), 7U);
+        const auto isFirst = [&](std::size_t i) {
+            return PartOf(instances[i]).Impl() == PartOf(instances[0]).Impl();
+        };
+        EXPECT_TRUE(isFirst(1) && isFirst(2));
+        EXPECT_FALSE(isFirst(3) || isFirst(4) || isFirst(5) || isFirst(6));
+        EXPECT_EQ(instances[2].Transformation().Data(0, 3), 2);
+        EXPECT_EQ(instances[2].Name().ToUTF8(), "x");
+    }
+}
+
 /// A sphere with a spherical cavity of negative radius, a torus; faces without loops.
 TEST(AcisReader, CavitiesAndClosedSurfaces)
 {

@@ -73,16 +73,18 @@ TEST(AcisWriter, SolidsCavitiesAndSheetsComeBackInEveryUnit)
     ModelData_Model model("model");
     model.AddRoot(MakeAssembly("root", {ModelData_Instance(hollow, Shift(100), "erste Wélle #1"),
                                         ModelData_Instance(hollow, Shift(-100, 2, true), "mirrored"),
-                                        ModelData_Instance(sheet, "sheet")}));
+                                        ModelData_Instance(sheet, "sheet"),
+                                        ModelData_Instance(hollow, Shift(300), "third")}));
     for (const Base_LengthUnit unit : {Base_LU_Millimeters, Base_LU_Meters, Base_LU_Inches}) {
         SCOPED_TRACE(unit);
         const std::string bytes = Written(model, unit);
         EXPECT_EQ(bytes, Written(model, unit));
-        EXPECT_EQ(bytes.substr(0, 9), "700 0 3 0");
+        EXPECT_EQ(bytes.substr(0, 9), "700 0 4 0");
         const auto back = Read(bytes);
         ASSERT_TRUE(back);
         const auto instances = InstancesOf(*back);
-        ASSERT_EQ(instances.size(), 3U);
+        ASSERT_EQ(instances.size(), 4U);
+        EXPECT_EQ(PartOf(instances[3]).Impl(), PartOf(instances[0]).Impl()) << "equal bodies are one part";
         EXPECT_EQ(instances[0].Name().ToUTF8(), "erste Wélle #1");
         for (const std::size_t i : {0, 1}) {
             const brep::Description& body = Description(instances[i]);
@@ -92,7 +94,11 @@ TEST(AcisWriter, SolidsCavitiesAndSheetsComeBackInEveryUnit)
             EXPECT_EQ(body.edges.size(), 24U);
             const auto data = Properties(PartOf(instances[i]));
             EXPECT_NEAR(data.Volume(), (1000 - 64) * (i == 0 ? 1 : 8), 1e-5);
-            EXPECT_NEAR(data.Centroid().X(), i == 0 ? 100 : -200, 1e-6);
+            // a movement is the body's transform, a mirror is in its points
+            EXPECT_EQ(instances[i].HasTransformation(), i == 0);
+            const ModelData_Transformation& at = instances[i].Transformation();
+            EXPECT_NEAR(data.Centroid().X() + at.Data(0, 3), i == 0 ? 100 : -200, 1e-6);
+            EXPECT_NEAR(at.Data(1, 0), i == 0 ? 1 : 0, 1e-12);
             EXPECT_EQ(test::Outline::Colour(PartOf(instances[i]).Appearance()), " rgba 255 0 0 255");
             const auto blue = std::count_if(body.faces.begin(), body.faces.end(), [](const brep::Face& face) {
                 return test::Outline::Colour(face.appearance) == " rgba 0 128 255 255";
