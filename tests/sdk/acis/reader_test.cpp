@@ -6,9 +6,23 @@
 
 #include <filesystem>
 
+#include <BRepAlgoAPI_Cut.hxx>
+#include <BRepBuilderAPI_GTransform.hxx>
+#include <BRepFilletAPI_MakeFillet.hxx>
+#include <BRepGProp.hxx>
+#include <BRepPrimAPI_MakeBox.hxx>
+#include <BRepPrimAPI_MakeCone.hxx>
+#include <BRepPrimAPI_MakeCylinder.hxx>
+#include <BRepPrimAPI_MakeSphere.hxx>
+#include <BRepPrimAPI_MakeTorus.hxx>
+#include <GProp_GProps.hxx>
+#include <gp_GTrsf.hxx>
+
 #include <gtest/gtest.h>
 
 #include <cadex/internal/Reports.hxx>
+
+#include "tests/support/ShapeToSat.h"
 
 namespace acistest {
 namespace {
@@ -197,6 +211,43 @@ TEST(AcisReader, SplinesAndReferencesToThem)
         ASSERT_TRUE(model);
         EXPECT_TRUE(Reports::Take().empty());
         EXPECT_NEAR(AreaOf(*model), 24, 1e-9);
+    }
+}
+
+/// Bodies of the kernel's, written with all their surfaces and curves: seams, poles, apexes, rounds.
+TEST(AcisReader, KernelBodiesKeepTheirVolumes)
+{
+    const TopoDS_Shape box = BRepPrimAPI_MakeBox(10, 20, 30).Shape();
+    BRepFilletAPI_MakeFillet rounded(box);
+    for (TopExp_Explorer edge(box, TopAbs_EDGE); edge.More(); edge.Next()) {
+        rounded.Add(2, TopoDS::Edge(edge.Current()));
+    }
+    const gp_Ax2 tilted(gp_Pnt(5, 10, -5), gp_Dir(0.1, 0.2, 1));
+    gp_GTrsf stretch;
+    stretch.SetVectorialPart(gp_Mat(1, 0, 0, 0, 2, 0, 0, 0, 3));
+    const std::pair<const char*, TopoDS_Shape> shapes[] = {
+        {"rounded box", rounded.Shape()},
+        {"drilled box", BRepAlgoAPI_Cut(box, BRepPrimAPI_MakeCylinder(tilted, 3, 50).Shape()).Shape()},
+        {"cone cut", BRepAlgoAPI_Cut(box, BRepPrimAPI_MakeCone(tilted, 4, 1, 50).Shape()).Shape()},
+        {"pointed cone", BRepPrimAPI_MakeCone(tilted, 4, 0, 10).Shape()},
+        {"ball", BRepPrimAPI_MakeSphere(tilted, 4).Shape()},
+        {"ring with a slit", BRepPrimAPI_MakeTorus(tilted, 10, 3, 5.).Shape()},
+        {"spline", BRepBuilderAPI_GTransform(rounded.Shape(), stretch).Shape()},
+    };
+    for (const auto& [name, shape] : shapes) {
+        SCOPED_TRACE(name);
+        GProp_GProps exact;
+        BRepGProp::VolumeProperties(shape, exact, 1e-9);
+        const std::string sat = cadex::test::ShapeToSat::Write(shape);
+        for (const std::string& bytes : {sat, Binary(sat)}) {
+            Reports::Clear();
+            const auto model = Read(bytes);
+            ASSERT_TRUE(model);
+            const auto instances = InstancesOf(*model);
+            ASSERT_EQ(instances.size(), 1U);
+            EXPECT_NEAR(Properties(PartOf(instances[0])).Volume(), exact.Mass(), 1e-5 * exact.Mass());
+            EXPECT_EQ(cadex::test::TakeReason(), "");
+        }
     }
 }
 
