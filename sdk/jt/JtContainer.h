@@ -21,6 +21,7 @@ inline constexpr int JtBody = 2;
 inline constexpr int Annotations = 3;
 inline constexpr int MetaData = 4;
 inline constexpr int Shape = 6;
+inline constexpr int FirstLevel = 7; ///< of the shapes' levels of detail
 inline constexpr int LastShape = 16;
 inline constexpr int XtBody = 17;
 inline constexpr int Wireframe = 18;

@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "sdk/jt/JtTree.h"
+#include "sdk/jt/JtWriter.h"
 #include "sdk/occt/EngineScope.h"
 #include "sdk/text/FileBytes.h"
 
@@ -42,11 +43,43 @@ private:
     jt::JtFile myFile;
 };
 
+class JtWriterEngine final : public WriterEngine
+{
+public:
+    bool Transfer(const ModelData_Model& model, const Base_WriterParameters& parameters) override
+    {
+        const auto& own = static_cast<const JT_WriterParameters&>(parameters);
+        if (!myPlan.Build(model)) {
+            return false;
+        }
+        myUnit = own.PolyRepresentationUnit();
+        mySplit = own.FileSplitMode();
+        return true;
+    }
+
+    bool WriteFile(const std::filesystem::path& file) override
+    {
+        return jt::JtWriter(myPlan, myUnit, mySplit).WriteFiles(file);
+    }
+
+    bool WriteStream(std::ostream& stream) override
+    {
+        text::StreamSink sink(stream);
+        return jt::JtWriter(myPlan, myUnit, mySplit).Write(sink) && stream.flush();
+    }
+
+private:
+    mesh::ExportPlan myPlan;
+    Base_LengthUnit myUnit = Base_LU_Millimeters;
+    jt::JtWriter::Split mySplit = JT_WriterParameters::Monolithic;
+};
+
 } // namespace
 
 void RegisterJtEngines(EngineRegistry& registry)
 {
     registry.SetReader(Format::JT, [] { return std::make_unique<JtReaderEngine>(); });
+    registry.SetWriter(Format::JT, [] { return std::make_unique<JtWriterEngine>(); });
 }
 
 } // namespace internal

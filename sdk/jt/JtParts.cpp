@@ -10,6 +10,7 @@
 #include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
+#include "sdk/jt/JtUnits.h"
 #include "sdk/mesh/PlacedParts.h"
 #include "sdk/parasolid/XtFile.h"
 
@@ -26,17 +27,6 @@ constexpr std::size_t ValuesLeast = 4'000'000;
 
 /// Nodes below one part: instances of shapes multiply them.
 constexpr std::size_t MostVisits = 1'000'000;
-
-struct UnitName
-{
-    std::u16string_view name;
-    double millimetres;
-};
-constexpr UnitName UnitNames[] = {
-    {u"millimeters", 1},  {u"centimeters", 10}, {u"meters", 1000},      {u"inches", 25.4},
-    {u"feet", 304.8},     {u"yards", 914.4},    {u"micrometers", 1e-3}, {u"decimeters", 100},
-    {u"kilometers", 1e6}, {u"mils", 0.0254},    {u"miles", 1609344},
-};
 
 char16_t Lower(char16_t c)
 {
@@ -119,7 +109,7 @@ std::optional<double> MillimetresOf(const Node& node)
     }
     for (const UnitName& unit : UnitNames) {
         if (std::equal(text->begin(), text->end(), unit.name.begin(), unit.name.end(),
-                       [](char16_t a, char16_t b) { return Lower(a) == b; })) {
+                       [](char16_t a, char16_t b) { return Lower(a) == Lower(b); })) {
             return unit.millimetres;
         }
     }
@@ -181,10 +171,15 @@ ModelData_SceneGraphElement PartMaker::Make(const Node& node, const Base_UTF16St
     scale.linear = {millimetres, 0, 0, 0, millimetres, 0, 0, 0, millimetres};
     const ModelData_Appearance look = myLooks.Of(node, myDocument.scene, {});
     Collect(node, scale, look, 0); // the node's own placement is that of its instance
-    if (myPieces.empty()) {
-        return MakeExact(node, name, false);
+    if (!myPieces.empty()) {
+        return PartOfPieces(name, look);
     }
-    return PartOfPieces(name, look);
+    ModelData_SceneGraphElement exact = MakeExact(node, name, false);
+    if (exact.IsNull() && node.kind == Node::Kind::Part) {
+        exact = ModelData_Part(name); // it has a place in the tree
+        exact.SetAppearance(look);
+    }
+    return exact;
 }
 
 ModelData_SceneGraphElement PartMaker::MakeExact(const Node& node, const Base_UTF16String& name,

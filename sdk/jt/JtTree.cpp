@@ -193,7 +193,7 @@ ModelData_Assembly TreeBuilder::Build(Document& document, const Base_UTF16String
     above.look = myLooks.Of(root->second, document.scene, {});
     if (HasStructure(document, document.scene.root)) {
         if (root->second.kind == Node::Kind::Partition) {
-            above.name = NameOf(root->second);
+            above.ifNone = NameOf(root->second);
         }
         AddChildren(document, root->second, target, above);
     } else {
@@ -266,9 +266,9 @@ void TreeBuilder::AddChild(Document& document, std::int32_t id, Target& target, 
         Place(ElementOf(document, id, node, above, target.millimetres), target, here);
     } else {
         here.look = myLooks.Of(node, document.scene, above.look);
-        if (const Base_UTF16String own = NameOf(node); !own.IsEmpty()) {
-            here.name = own;
-        }
+        const Base_UTF16String own = NameOf(node);
+        Base_UTF16String& name = node.kind == Node::Kind::Instance ? here.name : here.ifNone;
+        name = own.IsEmpty() ? name : own;
         if (node.kind == Node::Kind::Instance) {
             here.properties = PropertiesOf(document, node);
         }
@@ -338,7 +338,7 @@ TreeBuilder::Built TreeBuilder::ElementOf(Document& document, std::int32_t id, c
     }
     Base_UTF16String name = NameOf(node);
     if (name.IsEmpty()) {
-        name = above.name;
+        name = above.ifNone.IsEmpty() ? above.name : above.ifNone;
     }
     Built built;
     const bool isGeometry = node.kind != Node::Kind::Assembly && node.kind != Node::Kind::Part;

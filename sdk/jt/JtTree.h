@@ -47,7 +47,8 @@ private:
     {
         mesh::Affine placement;
         ModelData_Appearance look;
-        Base_UTF16String name;
+        Base_UTF16String name;   ///< of the instance
+        Base_UTF16String ifNone; ///< name of an element that has none
         ModelData_PropertyTable properties;
     };
     struct Target

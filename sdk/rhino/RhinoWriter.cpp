@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <cmath>
 #include <string>
 
@@ -14,9 +13,10 @@
 #include <cadex/internal/Progress.hxx>
 
 #include "sdk/model/Elements.h"
-#include "sdk/part21/Part21Writer.h"
+#include "sdk/part21/PropertyTexts.h"
 #include "sdk/rhino/RhinoMeshWriter.h"
 #include "sdk/text/LengthUnits.h"
+#include "sdk/text/Mixing.h"
 
 namespace cadex::rhino {
 
@@ -74,51 +74,6 @@ public:
         }
     }
     void operator()(const ModelData_PixMapTexture&) override {} // pictures in memory have no file to name
-};
-
-/// The entries of a table as pairs of texts.
-class TextVisitor final : public ModelData_PropertyTable::Visitor
-{
-public:
-    UserStrings strings;
-
-    void operator()(const Base_UTF16String& name, I32 value) override { Add(name, std::to_string(value)); }
-    void operator()(const Base_UTF16String& name, I64 value) override { Add(name, std::to_string(value)); }
-    void operator()(const Base_UTF16String& name, float value) override { Add(name, NumberText(value)); }
-    void operator()(const Base_UTF16String& name, double value) override { Add(name, NumberText(value)); }
-    void operator()(const Base_UTF16String& name, ModelData_PropertyTable::TimeType value) override
-    {
-        Add(name, part21::Part21TimeStamp(value.myValue));
-    }
-    void operator()(const Base_UTF16String& name, const Base_UTF16String& value) override
-    {
-        strings.emplace_back(name, value);
-    }
-    void operator()(const Base_UTF16String& name, const ModelData_Point& value) override
-    {
-        Add(name, PointText(value));
-    }
-    void operator()(const Base_UTF16String& name, const ModelData_Box& value) override
-    {
-        Add(name, PointText(value.MinCorner()) + " - " + PointText(value.MaxCorner()));
-    }
-
-private:
-    void Add(const Base_UTF16String& name, const std::string& value)
-    {
-        strings.emplace_back(name, Base_UTF16String(value.c_str()));
-    }
-    template <typename Number>
-    static std::string NumberText(Number value)
-    {
-        char buffer[64];
-        const auto end = std::to_chars(buffer, buffer + sizeof(buffer), value).ptr;
-        return {buffer, end};
-    }
-    static std::string PointText(const ModelData_Point& point)
-    {
-        return NumberText(point.X()) + ' ' + NumberText(point.Y()) + ' ' + NumberText(point.Z());
-    }
 };
 
 bool IsIdentity(const mesh::Matrix3& matrix)
@@ -184,20 +139,7 @@ std::vector<std::vector<ModelData_Point>> ChainsOf(const internal::PolyLineSetIm
     return chains;
 }
 
-std::uint64_t Mixed(std::uint64_t bits)
-{
-    bits = (bits ^ (bits >> 30)) * 0xBF58476D1CE4E5B9U;
-    bits = (bits ^ (bits >> 27)) * 0x94D049BB133111EBU;
-    return bits ^ (bits >> 31);
-}
-
-std::uint64_t Mixed(std::uint64_t seed, const Base_UTF16String& text)
-{
-    for (std::size_t i = 0; i < text.Length(); ++i) {
-        seed = Mixed(seed + text.Data()[i] + 1);
-    }
-    return seed;
-}
+using text::Mixed;
 
 } // namespace
 
@@ -763,12 +705,12 @@ void RhinoWriter::WriteStrings(const ModelData_PropertyTable& properties)
     if (properties.IsEmpty()) {
         return;
     }
-    TextVisitor visitor;
+    part21::PropertyTexts visitor;
     properties.Accept(visitor);
     myOut.BeginUserData(UserStringsId);
     myOut.BeginVersioned(1, 0);
-    myOut.Put(static_cast<std::int32_t>(visitor.strings.size()));
-    for (const auto& [key, value] : visitor.strings) {
+    myOut.Put(static_cast<std::int32_t>(visitor.texts.size()));
+    for (const auto& [key, value] : visitor.texts) {
         myOut.BeginVersioned(1, 0);
         myOut.Text(key);
         myOut.Text(value);

@@ -1,4 +1,4 @@
-// JT files in memory: read, and taken apart.
+// JT files in memory: written and read.
 #pragma once
 
 #include <optional>
@@ -6,6 +6,7 @@
 #include <string>
 
 #include <cadex/JT_Reader.hxx>
+#include <cadex/JT_Writer.hxx>
 #include <cadex/ModelData_Model.hxx>
 #include <cadex/internal/Reports.hxx>
 
@@ -23,6 +24,16 @@ inline std::optional<cadex::ModelData_Model> Read(const std::string& bytes)
         return std::nullopt;
     }
     return model;
+}
+
+/// The file of a model; empty on failure.
+inline std::string Written(const cadex::ModelData_Model& model,
+                           cadex::Base_LengthUnit unit = cadex::Base_LU_Millimeters)
+{
+    cadex::JT_Writer writer;
+    writer.Parameters().PolyRepresentationUnit() = unit;
+    std::ostringstream stream;
+    return writer.Transfer(model) && writer.WriteFile(stream) ? stream.str() : std::string();
 }
 
 } // namespace jttest
