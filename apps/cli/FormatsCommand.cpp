@@ -29,9 +29,12 @@ void PrintTable()
         for (const FormatEntry& format : *formats) {
             column(std::string(format.name), 12);
             column(State(format.CanRead(), formats == &AllFormats()), 11);
-            column(State(format.CanWrite(), format.HasWriter()), 11) << format.extensions << "\n";
+            const bool hasNote = format.CanWrite() && format.isUnconfirmed;
+            column(hasNote ? "yes (*)" : State(format.CanWrite(), format.HasWriter()), 11)
+                << format.extensions << "\n";
         }
     }
+    std::cout << "(*) no other program has confirmed the files: only this one has read them back\n";
 }
 
 void PrintJson()
@@ -42,6 +45,7 @@ void PrintJson()
             list.append(QJsonObject{{"name", format.Name()},
                                     {"import", format.CanRead()},
                                     {"export", format.CanWrite()},
+                                    {"exportConfirmed", format.CanWrite() && !format.isUnconfirmed},
                                     {"extensions", QJsonArray::fromStringList(format.Extensions())}});
         }
     }

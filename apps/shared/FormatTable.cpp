@@ -23,7 +23,7 @@ const std::vector<FormatEntry>& AllFormats()
         {"Creo", "asm xas xpr", R::eReaderCreo, W::eWriterCreo},
         {"IFC", "ifc", R::eReaderIFC, W::eWriterIFC},
         {"IGES", "igs iges", R::eReaderIGES, W::eWriterIGES},
-        {"JT", "jt", R::eReaderJT, W::eWriterJT},
+        {"JT", "jt", R::eReaderJT, W::eWriterJT, SceneFormat::None, true},
         {"NX", "prt", R::eReaderNX, W::eWriterNX},
         {"Parasolid", "x_t x_b xmt_txt xmt_bin", R::eReaderParasolid, W::eWriterParasolid},
         {"Rhino", "3dm", R::eReaderRhino, W::eWriterRhino},

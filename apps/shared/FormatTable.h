@@ -20,7 +20,8 @@ struct FormatEntry
     Zemtar::CZemtarCADExchangeReader::eReaderType reader;
     Zemtar::CZemtarCADExchangeWriter::eWriterType writer;
     SceneFormat scene =
-        SceneFormat::None; ///< else the format is the programs' own, and the numbers mean nothing
+        SceneFormat::None;      ///< else the format is the programs' own, and the numbers mean nothing
+    bool isUnconfirmed = false; ///< files that are written were read back by the open engine alone
 
     QString Name() const { return QString::fromLatin1(name.data(), static_cast<int>(name.size())); }
     QStringList Extensions() const;

@@ -36,8 +36,7 @@ Base_UTF16String TextOf(std::u16string_view text)
 
 std::int32_t Bounded(std::size_t count)
 {
-    return static_cast<std::int32_t>(
-        std::min<std::size_t>(count, std::numeric_limits<std::int32_t>::max()));
+    return static_cast<std::int32_t>(std::min<std::size_t>(count, std::numeric_limits<std::int32_t>::max()));
 }
 
 } // namespace
@@ -121,8 +120,7 @@ void SceneWriter::WriteDefinition(std::size_t definition)
     }
     Ids instances(planned.occurrences.size());
     std::generate(instances.begin(), instances.end(), [this] { return NewId(); });
-    const Ids attributes =
-        planned.element.IsNull() ? Ids() : AttributesOf(planned.element.Appearance());
+    const Ids attributes = planned.element.IsNull() ? Ids() : AttributesOf(planned.element.Appearance());
     BeginGroup(kind::Assembly, id, attributes, instances);
     myOut.I16(1);
     myOut.End();

@@ -56,8 +56,8 @@ std::vector<U32> MergeCorners(const internal::TriangleSetImpl& set, const mesh::
 {
     const bool hasNormals = set.HasNormals();
     const bool hasUvs = set.HasUVs();
-    const mesh::Matrix3 turn = mesh::Transposed(
-        mesh::Determinant(linear) != 0 ? mesh::Inverse(linear) : mesh::Identity3);
+    const mesh::Matrix3 turn =
+        mesh::Transposed(mesh::Determinant(linear) != 0 ? mesh::Inverse(linear) : mesh::Identity3);
     std::unordered_map<CornerKey, U32, CornerHash> known;
     known.reserve(set.points.size() + set.points.size() / 2);
     std::vector<U32> indices;

@@ -26,8 +26,8 @@ struct ShapeFacts
     bool IsEmpty() const { return vertices == 0; }
 };
 
-/// The element of a level of detail: what the segment holds after its head. `linear` takes millimetres to units
-/// of the file. Empty, as the facts are, when the set has nothing to show.
+/// The element of a level of detail: what the segment holds after its head. `linear` takes millimetres to
+/// units of the file. Empty, as the facts are, when the set has nothing to show.
 std::string WriteShape(const ModelData_PolyVertexSet& set, const mesh::Matrix3& linear, ShapeFacts& facts);
 
 /// A zlib stream.

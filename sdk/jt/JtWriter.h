@@ -25,9 +25,9 @@ public:
     JtWriter(const mesh::ExportPlan& plan, Base_LengthUnit unit, Split split);
 
     /// Writes the file, and the others that it is divided into: those of parts (of assemblies too, when it is
-    /// shattered) lie in a folder of the file's name without its extension, which is made. Each file is put in
-    /// place whole, the one that names the others last. False when any could not be written; new ones of the
-    /// others are then removed.
+    /// shattered) lie in a folder of the file's name without its extension, which is made. Each file is put
+    /// in place whole, the one that names the others last. False when any could not be written; new ones of
+    /// the others are then removed.
     bool WriteFiles(const std::filesystem::path& file);
 
     /// A stream is one file.

@@ -8,7 +8,8 @@
 
 namespace cadex::text {
 
-/// NOTE: the finaliser of G. Steele, D. Lea, C. Flood, "Fast splittable pseudorandom number generators", 2014.
+/// NOTE: the finaliser of G. Steele, D. Lea, C. Flood, "Fast splittable pseudorandom number generators",
+/// 2014.
 inline std::uint64_t Mixed(std::uint64_t bits)
 {
     bits = (bits ^ (bits >> 30)) * 0xBF58476D1CE4E5B9U;

@@ -26,7 +26,8 @@ inline cadex::ModelData_PropertyTable Table(const char* name, const char* value)
     return table;
 }
 
-/// A nested assembly, a part in four places of which one is scaled and one mirrored, a part of two sets, lines.
+/// A nested assembly, a part in four places of which one is scaled and one mirrored, a part of two sets,
+/// lines.
 inline cadex::ModelData_Model Machine()
 {
     using namespace cadex;
@@ -51,10 +52,10 @@ inline cadex::ModelData_Model Machine()
     ModelData_Assembly inner = MakeAssembly("inner", {ModelData_Instance(two, "two"), first});
     inner.AddProperties(Table("Stufe", "2"));
     ModelData_Assembly outer = MakeAssembly(
-        "Maschine 车", {ModelData_Instance(inner, Shift(100), "Gruppe"), ModelData_Instance(inner, "zweite"),
-                       ModelData_Instance(bolt, Shift(20, 2), "second"),
-                       ModelData_Instance(bolt, Shift(30, 1, true), "mirrored"),
-                       ModelData_Instance(wire, "wire")});
+        "Maschine 车",
+        {ModelData_Instance(inner, Shift(100), "Gruppe"), ModelData_Instance(inner, "zweite"),
+         ModelData_Instance(bolt, Shift(20, 2), "second"),
+         ModelData_Instance(bolt, Shift(30, 1, true), "mirrored"), ModelData_Instance(wire, "wire")});
     outer.AddProperties(Table("Autor", "wir"));
     ModelData_Model model("Maschine");
     model.AddRoot(outer);
@@ -82,7 +83,8 @@ inline constexpr const char* MachineText =
     "  instance wire\n"
     "    part wire: 5 points\n";
 
-/// Sums over all placed triangles: their area, the volume below them, and how far normals stand off the facets.
+/// Sums over all placed triangles: their area, the volume below them, and how far normals stand off the
+/// facets.
 struct Sums
 {
     double area = 0;

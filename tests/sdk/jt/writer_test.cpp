@@ -68,7 +68,8 @@ TEST(JtWriter, ADividedFileIsTheSameModel)
         for (const internal::Report& report : internal::Reports::Take()) {
             reasons += report.text + "\n";
         }
-        EXPECT_NE(reasons.find("another file that is not there: größe/wire.jt"), std::string::npos) << reasons;
+        EXPECT_NE(reasons.find("another file that is not there: größe/wire.jt"), std::string::npos)
+            << reasons;
         EXPECT_NE(reasons.find("another file: a segment lies beyond"), std::string::npos) << reasons;
     }
 }
