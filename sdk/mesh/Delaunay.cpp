@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <deque>
-#include <limits>
 #include <numeric>
+
+#include "sdk/mesh/DelaunayCorners.h"
+#include "sdk/mesh/InsertionOrder.h"
 
 namespace cadex::mesh {
 
@@ -22,23 +23,6 @@ constexpr PlanePoint SurroundingCorners[] = {{-30, -17}, {31, -19}, {1.3, 35}};
 // So often, in the mean, a side may be turned.
 constexpr std::size_t TurnsOfSide = 4;
 
-// Fewer points are inserted as they come.
-constexpr std::size_t FewPoints = 24;
-
-constexpr int Next(int corner)
-{
-    return corner == 2 ? 0 : corner + 1;
-}
-constexpr int Previous(int corner)
-{
-    return corner == 0 ? 2 : corner - 1;
-}
-
-std::size_t Index(int corner)
-{
-    return static_cast<std::size_t>(corner);
-}
-
 bool IsUsable(const PlanePoint& point)
 {
     return std::abs(point.x) <= LargestCoordinate && std::abs(point.y) <= LargestCoordinate;
@@ -50,91 +34,9 @@ PlanePoint Cleaned(const PlanePoint& point)
     return {clean(point.x), clean(point.y)};
 }
 
-struct Extent
-{
-    PlanePoint low{std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};
-    PlanePoint high{-std::numeric_limits<double>::max(), -std::numeric_limits<double>::max()};
-
-    explicit Extent(const std::vector<PlanePoint>& points)
-    {
-        for (const PlanePoint& point : points) {
-            low = {std::min(low.x, point.x), std::min(low.y, point.y)};
-            high = {std::max(high.x, point.x), std::max(high.y, point.y)};
-        }
-    }
-    double Size() const { return std::max(high.x - low.x, high.y - low.y); }
-};
-
-/// Place along Hilbert's curve over a square of 2^16 by 2^16 cells.
-std::uint32_t HilbertPlace(std::uint32_t x, std::uint32_t y)
-{
-    std::uint32_t place = 0;
-    for (std::uint32_t side = 1U << 15; side > 0; side /= 2) {
-        const std::uint32_t right = (x & side) != 0 ? 1 : 0;
-        const std::uint32_t upper = (y & side) != 0 ? 1 : 0;
-        place += side * side * ((3 * right) ^ upper);
-        if (upper == 0) {
-            if (right == 1) {
-                x = ~x;
-                y = ~y;
-            }
-            std::swap(x, y);
-        }
-    }
-    return place;
-}
-
-/// Scatters numbers, the same ones everywhere.
-std::uint32_t Scattered(std::uint32_t number)
-{
-    number = (number ^ (number >> 16)) * 0x45d9f3bU;
-    number = (number ^ (number >> 16)) * 0x45d9f3bU;
-    return number ^ (number >> 16);
-}
-
-/// An order of insertion in which each point lies near the one before and the triangulation is never far from
-/// even: rounds of random points, each twice as large as the one before, each along Hilbert's curve.
-///
-/// NOTE: N. Amenta, S. Choi, G. Rote, "Incremental constructions con BRIO", SoCG 2003.
-std::vector<int> InsertionOrder(const std::vector<PlanePoint>& points)
-{
-    std::vector<int> order(points.size());
-    std::iota(order.begin(), order.end(), 0);
-    if (points.size() <= FewPoints) {
-        return order;
-    }
-    const Extent extent(points);
-    const double scale = extent.Size() > 0 ? 65535 / extent.Size() : 0;
-    std::vector<std::uint64_t> keys(points.size());
-    const auto largestRound = static_cast<std::uint32_t>(std::log2(points.size()));
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        std::uint32_t round = 0;
-        for (std::uint32_t bits = Scattered(static_cast<std::uint32_t>(i)); (bits & 1) == 0 && bits != 0;
-             bits /= 2) {
-            ++round;
-        }
-        const auto x = static_cast<std::uint32_t>((points[i].x - extent.low.x) * scale);
-        const auto y = static_cast<std::uint32_t>((points[i].y - extent.low.y) * scale);
-        keys[i] = (static_cast<std::uint64_t>(largestRound - std::min(round, largestRound)) << 32) |
-                  HilbertPlace(x, y);
-    }
-    std::sort(order.begin(), order.end(), [&](int a, int b) {
-        const std::uint64_t left = keys[Index(a)];
-        const std::uint64_t right = keys[Index(b)];
-        return left != right ? left < right : a < b;
-    });
-    return order;
-}
-
 double SquareDistance(const PlanePoint& a, const PlanePoint& b)
 {
     return (a.x - b.x) * (a.x - b.x) + (a.y - b.y) * (a.y - b.y);
-}
-
-/// Whether `point` lies ahead on the way from `from` to `to`, which it lies in line with.
-bool IsAhead(const PlanePoint& from, const PlanePoint& to, const PlanePoint& point)
-{
-    return (to.x - from.x) * (point.x - from.x) + (to.y - from.y) * (point.y - from.y) > 0;
 }
 
 } // namespace
@@ -172,7 +74,7 @@ Delaunay::Outcome Delaunay::Start(const std::vector<PlanePoint>& points, const L
 
 void Delaunay::Surround(const std::vector<PlanePoint>& points)
 {
-    const Extent extent(points);
+    const PlaneExtent extent(points);
     const double size = std::max(
         extent.Size(),
         std::max({1e-9 * std::abs(extent.low.x), 1e-9 * std::abs(extent.low.y), SmallestCoordinate}));
@@ -380,120 +282,6 @@ void Delaunay::Legalise(std::vector<InnerSide>& sides)
         const int c = CellAt(other).corners[2];
         sides.insert(sides.end(), {{a, b}, {b, d}, {d, c}, {c, a}});
     }
-}
-
-/// Makes the way between two points one of sides. False when it crosses another such way.
-bool Delaunay::Constrain(int from, int to)
-{
-    std::vector<InnerSide> crossed;
-    while (from != to) {
-        Side side;
-        int target = StepTowards(from, to, side);
-        if (target == None) {
-            crossed.clear();
-            target = to;
-            if (side.cell == None || !CollectCrossed(from, target, side, crossed) ||
-                !Clear(from, target, crossed)) {
-                return false;
-            }
-            side = FindSide(from, target);
-            if (side.cell == None) {
-                return false;
-            }
-        }
-        MarkUsed(side);
-        Legalise(crossed);
-        from = target;
-    }
-    return true;
-}
-
-/// Looks round `from`: gives the next point when a side leads straight towards `to`, with that side; else
-/// None, with the side that the way crosses.
-int Delaunay::StepTowards(int from, int to, Side& found) const
-{
-    const int start = CellOf(from);
-    int cell = start;
-    do {
-        const int corner = CornerOf(cell, from);
-        const Cell& here = CellAt(cell);
-        const int right = here.corners[Index(Next(corner))];
-        const int left = here.corners[Index(Previous(corner))];
-        const double ofRight = Orientation(At(from), At(to), At(right));
-        if (right == to || (ofRight == 0 && IsAhead(At(from), At(to), At(right)))) {
-            found = {cell, Previous(corner)};
-            return right;
-        }
-        if (ofRight < 0 && left != to && Orientation(At(from), At(to), At(left)) > 0) {
-            found = {cell, corner};
-            return None;
-        }
-        cell = here.neighbours[Index(Next(corner))];
-    } while (cell != None && cell != start);
-    found = {};
-    return None;
-}
-
-/// The sides between `from` and `to`, beginning with `first`; `to` becomes the first point on the way. False
-/// when one of them belongs to a loop.
-bool Delaunay::CollectCrossed(int from, int& to, Side first, std::vector<InnerSide>& crossed) const
-{
-    const int goal = to;
-    for (Side side = first;;) {
-        const Cell& here = CellAt(side.cell);
-        if (here.uses[Index(side.corner)] != 0 || here.neighbours[Index(side.corner)] == None ||
-            crossed.size() > myCells.size()) {
-            return false;
-        }
-        crossed.push_back(
-            {here.corners[Index(Next(side.corner))], here.corners[Index(Previous(side.corner))]});
-        const Side opposite = Opposite(side);
-        const int far = CellAt(opposite.cell).corners[Index(opposite.corner)];
-        const double ofFar = Orientation(At(from), At(goal), At(far));
-        if (far == goal || ofFar == 0) {
-            to = far;
-            return true;
-        }
-        // Seen from beyond, the right end of the crossed side is the one before the far corner.
-        side = {opposite.cell, ofFar > 0 ? Next(opposite.corner) : Previous(opposite.corner)};
-    }
-}
-
-/// Flips the crossed sides out of the way, each when its two cells form a convex quadrilateral.
-///
-/// NOTE: S. W. Sloan, "A fast algorithm for generating constrained Delaunay triangulations", Computers &
-/// Structures 47 (1993). `crossed` becomes the sides that are new.
-bool Delaunay::Clear(int from, int to, std::vector<InnerSide>& crossed)
-{
-    std::deque<InnerSide> waiting(crossed.begin(), crossed.end());
-    crossed.clear();
-    std::size_t idle = 0;
-    while (!waiting.empty()) {
-        const InnerSide link = waiting.front();
-        waiting.pop_front();
-        const Side side = FindSide(link.from, link.to);
-        if (side.cell == None || ++idle > waiting.size() + 1) {
-            return false;
-        }
-        const Side opposite = Opposite(side);
-        const int near = CellAt(side.cell).corners[Index(side.corner)];
-        const int far = CellAt(opposite.cell).corners[Index(opposite.corner)];
-        if (Orientation(At(near), At(link.from), At(far)) <= 0 ||
-            Orientation(At(far), At(link.to), At(near)) <= 0) {
-            waiting.push_back(link);
-            continue;
-        }
-        idle = 0;
-        Flip(side);
-        const auto isEnd = [&](int node) { return node == from || node == to; };
-        const bool isNearRight = Orientation(At(from), At(to), At(near)) < 0;
-        if (!isEnd(near) && !isEnd(far) && isNearRight != (Orientation(At(from), At(to), At(far)) < 0)) {
-            waiting.push_back({near, far});
-        } else {
-            crossed.push_back({near, far});
-        }
-    }
-    return true;
 }
 
 void Delaunay::MarkInside()
