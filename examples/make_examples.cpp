@@ -4,7 +4,7 @@
 //
 // pump.step: a coloured pump with nested assemblies, shared bolts, a transparent cover, colours on single
 // faces, a loose curve, names in several scripts and user-defined properties. bracket.igs: a solid with a
-// coloured face, in inches.
+// coloured face, in inches. (house.ifc is no product of a program: it was written as text.)
 #include <algorithm>
 #include <array>
 #include <cmath>
