@@ -11,6 +11,8 @@
 #include <Geom_Circle.hxx>
 #include <Precision.hxx>
 
+#include "sdk/brep/Tolerances.h"
+
 namespace cadex::brep {
 
 namespace {
@@ -19,23 +21,20 @@ namespace {
 constexpr int EdgeSamples = 16;
 constexpr int SurfaceSamples = 8;
 
-constexpr double SmallestSize = 1e-9;
-
 // Of chord and angle between faces: their triangles, which span more than one edge, then keep to the whole.
 constexpr double EdgeShare = 0.5;
 
 // A circle's piece is no triangle, however coarse the tolerances are.
 constexpr int FewestCircleSpans = 3;
 constexpr int FewestPoints = 2;
-constexpr double ParameterTolerance = 1e-9;
 
 double ExtentOf(const Bnd_Box& box)
 {
     if (box.IsVoid()) {
-        return SmallestSize;
+        return tolerance::SmallestSize;
     }
     const gp_XYZ extent = box.CornerMax().XYZ() - box.CornerMin().XYZ();
-    return std::max({extent.X(), extent.Y(), extent.Z(), SmallestSize});
+    return std::max({extent.X(), extent.Y(), extent.Z(), tolerance::SmallestSize});
 }
 
 void AddSamples(const BodyEdge& edge, Bnd_Box& box)
@@ -79,8 +78,8 @@ std::vector<double> Corners(const BodyEdge& edge, const Geom_BSplineCurve& splin
 {
     std::vector<double> result{edge.first};
     for (int i = spline.FirstUKnotIndex(); i <= spline.LastUKnotIndex(); ++i) {
-        if (spline.Knot(i) > edge.first + ParameterTolerance &&
-            spline.Knot(i) < edge.last - ParameterTolerance) {
+        if (spline.Knot(i) > edge.first + tolerance::CurveParameter &&
+            spline.Knot(i) < edge.last - tolerance::CurveParameter) {
             result.push_back(spline.Knot(i));
         }
     }
@@ -96,7 +95,7 @@ std::vector<double> CurveParameters(const BodyEdge& edge, double chord, double a
     }
     const GeomAdaptor_Curve curve(edge.curve, edge.first, edge.last);
     const GCPnts_TangentialDeflection points(curve, edge.first, edge.last, angle, chord, FewestPoints,
-                                             ParameterTolerance, Precision::Confusion());
+                                             tolerance::CurveParameter, Precision::Confusion());
     std::vector<double> result{edge.first};
     for (int i = 2; i < points.NbPoints(); ++i) {
         result.push_back(points.Parameter(i));

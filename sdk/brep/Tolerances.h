@@ -7,8 +7,12 @@
 namespace cadex::brep::tolerance {
 
 using cadex::tolerance::Coincident;
+using cadex::tolerance::CurveParameter;
 using cadex::tolerance::LargestCoordinate;
 using cadex::tolerance::NoVolume;
+
+/// What is smaller has no size that chords could be measured by.
+inline constexpr double SmallestSize = 1e-9;
 
 /// A side of a surface that is no longer than this, and than this share of the side across from it, is a
 /// pole.
@@ -56,6 +60,10 @@ inline constexpr double GivenCurveFit = 1e-4;
 /// A gap between curves on the surface that meet in a vertex; more is a loop that does not close, unless the
 /// vertex is as tolerant.
 inline constexpr double LoopGap = 1e-3;
+
+/// A face that is nowhere wider than this share of the body's size, and whose loops cross, is stitched
+/// together along its middle.
+inline constexpr double SliverShare = 1e-3;
 
 /// Parameters that differ by less are one.
 inline constexpr double SameParameter = 1e-7;

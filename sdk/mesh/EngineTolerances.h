@@ -17,6 +17,9 @@ inline constexpr double NoVolume = 1e-9;
 /// Ends of loose curves that lie this near are one point of a polyline (millimetres).
 inline constexpr double JoinedCurves = 1e-6;
 
+/// Parameters of a curve that differ by less are one, and so far off may a division of it be.
+inline constexpr double CurveParameter = 1e-9;
+
 /// Ends of the pieces of one boundary or composite curve of a file that lie this near meet (millimetres).
 inline constexpr double JoinedPieces = 1e-3;
 

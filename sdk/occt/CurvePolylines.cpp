@@ -15,12 +15,13 @@
 #include <Standard_Failure.hxx>
 #include <TColStd_Array1OfReal.hxx>
 
+#include "sdk/mesh/EngineTolerances.h"
+
 namespace cadex::occt {
 
 namespace {
 
 constexpr int FewestPoints = 2;
-constexpr double ParameterTolerance = 1e-9;
 
 ModelData_Point ToPoint(const gp_Pnt& point)
 {
@@ -42,7 +43,7 @@ Polyline Corners(const BRepAdaptor_Curve& curve)
         const Handle(Geom_BSplineCurve) spline = curve.BSpline();
         for (int i = spline->FirstUKnotIndex(); i <= spline->LastUKnotIndex(); ++i) {
             const double knot = spline->Knot(i);
-            if (knot > first + ParameterTolerance && knot < last - ParameterTolerance) {
+            if (knot > first + tolerance::CurveParameter && knot < last - tolerance::CurveParameter) {
                 line.push_back(ToPoint(curve.Value(knot)));
             }
         }
@@ -71,7 +72,7 @@ Polyline Discretise(const TopoDS_Edge& edge, const MeshTolerances& tolerances, d
                 : tolerances.chord;
         const GCPnts_TangentialDeflection points(curve, tolerances.angle,
                                                  std::max(chord, Precision::Confusion()), FewestPoints,
-                                                 ParameterTolerance);
+                                                 tolerance::CurveParameter);
         for (int i = 1; i <= points.NbPoints(); ++i) {
             line.push_back(ToPoint(points.Value(i)));
         }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <numeric>
 
+#include "sdk/rhino/RhinoTolerances.h"
+
 namespace cadex::rhino {
 
 namespace {
@@ -10,13 +12,12 @@ namespace {
 /// From this version of the writing library on, edges and trims have a domain of their own.
 constexpr std::uint32_t ToolkitWithDomains = 200206180;
 
-constexpr double LargestTolerance = 1; ///< of a vertex or edge, as a fraction of nothing: millimetres
-
 /// Unset values are far below zero.
 double ToleranceOf(double value, double millimetres)
 {
-    const double tolerance = value * millimetres;
-    return tolerance > LeastTolerance ? std::min(tolerance, LargestTolerance) : LeastTolerance;
+    const double claimed = value * millimetres;
+    return claimed > tolerance::Coincident ? std::min(claimed, tolerance::LargestOfFile)
+                                           : tolerance::Coincident;
 }
 
 /// Objects in a chunk: a count, and for each 1 and its wrapper, or 0.
@@ -175,7 +176,7 @@ void FindVertices(FileBrep& brep)
             const gp_Pnt point = curve.curve.IsNull() ? gp_Pnt() : isEnd ? curve.End() : curve.Start();
             if (vertex == -1) {
                 vertex = static_cast<int>(brep.vertices.size());
-                brep.vertices.push_back({point, LeastTolerance});
+                brep.vertices.push_back({point, tolerance::Coincident});
             }
             FileVertex& known = brep.vertices[static_cast<std::size_t>(vertex)];
             known.tolerance = std::max(known.tolerance, known.point.Distance(point));

@@ -5,15 +5,14 @@
 #include <vector>
 
 #include "sdk/rhino/RhinoSurfaces.h"
+#include "sdk/rhino/RhinoTolerances.h"
 
 namespace cadex::rhino {
-
-inline constexpr double LeastTolerance = 1e-7;
 
 struct FileVertex
 {
     gp_Pnt point;
-    double tolerance = LeastTolerance;
+    double tolerance = tolerance::Coincident;
 };
 
 struct FileEdge
@@ -23,7 +22,7 @@ struct FileEdge
     std::array<double, 2> interval{};
     int start = -1;
     int end = -1;
-    double tolerance = LeastTolerance;
+    double tolerance = tolerance::Coincident;
     int uses = 0;
 };
 

@@ -14,6 +14,8 @@
 #include <TColgp_Array1OfPnt.hxx>
 #include <gp_Ax2.hxx>
 
+#include "sdk/rhino/RhinoTolerances.h"
+
 namespace cadex::rhino {
 
 namespace {
@@ -56,7 +58,6 @@ const KnownClass* FindClass(const Uuid& id)
 }
 
 constexpr int HighestDegree = 25; // of the kernel
-constexpr double FarAway = 1e15;
 
 gp_Pnt PointOf(const double* numbers, double scale)
 {
@@ -65,7 +66,8 @@ gp_Pnt PointOf(const double* numbers, double scale)
 
 bool IsSound(const gp_Pnt& point)
 {
-    return std::abs(point.X()) < FarAway && std::abs(point.Y()) < FarAway && std::abs(point.Z()) < FarAway;
+    return std::abs(point.X()) < tolerance::FarAway && std::abs(point.Y()) < tolerance::FarAway &&
+           std::abs(point.Z()) < tolerance::FarAway;
 }
 
 bool IsInterval(double begin, double end)
@@ -156,8 +158,9 @@ Curve ReadArc(Chunk& data, double scale, bool isCircle)
     const gp_Pnt origin = PointOf(plane.data(), scale);
     const gp_Vec x(plane[3], plane[4], plane[5]);
     const gp_Vec z(plane[9], plane[10], plane[11]);
-    if (!IsSound(origin) || !(radius > 0) || !(radius < FarAway) || !IsInterval(angles[0], angles[1]) ||
-        !IsInterval(interval[0], interval[1]) || !(z.Crossed(x).Magnitude() > 0.1)) {
+    if (!IsSound(origin) || !(radius > 0) || !(radius < tolerance::FarAway) ||
+        !IsInterval(angles[0], angles[1]) || !IsInterval(interval[0], interval[1]) ||
+        !(z.Crossed(x).Magnitude() > 0.1)) {
         return {};
     }
     return {new Geom_Circle(gp_Ax2(origin, gp_Dir(z), gp_Dir(x)), radius),
@@ -342,8 +345,8 @@ Curve ReadKnown(CurveClass kind, Chunk& data, double scale)
 bool MakeKnots(const std::vector<double>& knots, int degree, Knots& result)
 {
     const auto add = [&](double knot) {
-        const bool isSame =
-            !result.values.empty() && knot - result.values.back() <= 1e-12 * std::max(1.0, std::abs(knot));
+        const bool isSame = !result.values.empty() && knot - result.values.back() <=
+                                                          tolerance::SameKnot * std::max(1.0, std::abs(knot));
         if (isSame) {
             ++result.multiplicities.back();
         } else {
@@ -424,7 +427,7 @@ Handle(Geom_BSplineCurve) SplineOf(const Curve& curve)
     const Handle(Geom_BSplineCurve) own = Handle(Geom_BSplineCurve)::DownCast(curve.curve);
     if (!own.IsNull()) {
         spline = Handle(Geom_BSplineCurve)::DownCast(own->Copy());
-        const double slack = 1e-9 * (curve.last - curve.first);
+        const double slack = tolerance::WholeSpline * (curve.last - curve.first);
         if (curve.first > own->FirstParameter() + slack || curve.last < own->LastParameter() - slack) {
             spline->Segment(curve.first, curve.last);
         }

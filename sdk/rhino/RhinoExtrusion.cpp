@@ -14,13 +14,13 @@
 #include <Standard_Failure.hxx>
 #include <gp_GTrsf.hxx>
 
+#include "sdk/rhino/RhinoTolerances.h"
+
 namespace cadex::rhino {
 
 namespace {
 
 constexpr Uuid ExtrusionId("36f53175-72b8-4d47-bf1f-b4e6fc24f4b9");
-/// Ends of curves of the profile that come this near to each other, in millimetres, are one corner.
-constexpr double Corner = 1e-5;
 
 using Loop = std::vector<Curve>; ///< in the plane z = 0, end to end
 
@@ -40,7 +40,7 @@ void AddLeaves(const CurveTree& tree, Loop& loop)
         const gp_Pnt& a = tree.curve.corners[i];
         const gp_Pnt& b = tree.curve.corners[i + 1];
         const double length = a.Distance(b);
-        if (length > Corner) {
+        if (length > tolerance::Corner) {
             loop.push_back({new Geom_Line(a, gp_Dir(gp_Vec(a, b))), 0, length, 0, length, {a, b}});
         }
     }
@@ -180,7 +180,7 @@ private:
     bool AddSides(const Loop& loop, bool isInner, brep::Shell& shell)
     {
         const std::size_t count = loop.size();
-        const bool isClosed = loop.front().Start().Distance(loop.back().End()) < Corner;
+        const bool isClosed = loop.front().Start().Distance(loop.back().End()) < tolerance::Corner;
         const bool runsRight = !isClosed || (TwiceArea(loop) > 0) != isInner;
         std::vector<int> corners[2];
         std::vector<int> rises;
@@ -302,9 +302,9 @@ void Describe(const FileExtrusion& source, double millimetres, Body& body)
         return !loop.empty() && std::none_of(loop.begin(), loop.end(),
                                              [](const Curve& curve) { return curve.curve.IsNull(); });
     };
-    if (loops.empty() || !std::all_of(loops.begin(), loops.end(), isSound) || !(path.Magnitude() > Corner) ||
-        !(up.Magnitude() > 0.1) || !(up.Crossed(path).Magnitude() > Corner) ||
-        !(source.interval[0] < source.interval[1])) {
+    if (loops.empty() || !std::all_of(loops.begin(), loops.end(), isSound) ||
+        !(path.Magnitude() > tolerance::Corner) || !(up.Magnitude() > 0.1) ||
+        !(up.Crossed(path).Magnitude() > tolerance::Corner) || !(source.interval[0] < source.interval[1])) {
         body.lostFaces = 1;
         return;
     }

@@ -7,6 +7,7 @@
 #include <cadex/internal/Reports.hxx>
 
 #include "sdk/rhino/RhinoSubD.h"
+#include "sdk/rhino/RhinoTolerances.h"
 
 namespace cadex::rhino {
 
@@ -51,7 +52,7 @@ std::unique_ptr<Body> LooseCurve(const Curve& curve)
     edge.first = curve.first;
     edge.last = curve.last;
     edge.start = body->description.AddVertex(curve.Start());
-    const bool isClosed = curve.Start().Distance(curve.End()) < 1e-7;
+    const bool isClosed = curve.Start().Distance(curve.End()) < tolerance::Coincident;
     edge.end = isClosed ? edge.start : body->description.AddVertex(curve.End());
     body->description.curves.push_back({body->description.AddEdge(std::move(edge)), {}});
     return body;

@@ -19,6 +19,8 @@
 #include <TColStd_Array2OfReal.hxx>
 #include <TColgp_Array2OfPnt.hxx>
 
+#include "sdk/rhino/RhinoTolerances.h"
+
 namespace cadex::rhino {
 
 namespace {
@@ -56,8 +58,6 @@ const KnownClass* FindClass(const Uuid& id)
 }
 
 constexpr int HighestDegree = 25;
-/// Sines and lengths (in millimetres) below this are zero when an elementary surface is recognised.
-constexpr double Recognition = 1e-7;
 
 gp_Pnt PointOf(const double* numbers, double scale)
 {
@@ -190,26 +190,27 @@ Swept SweepLine(const Curve& profile, const gp_Ax1& axis)
     const gp_Vec a = radialOf(start);
     const gp_Vec b = radialOf(end);
     const gp_Vec& outer = a.Magnitude() > b.Magnitude() ? a : b;
-    if (outer.Magnitude() < Recognition) {
+    if (outer.Magnitude() < tolerance::Recognition) {
         return {};
     }
     const gp_Dir x(outer);
-    if (a.Crossed(gp_Vec(x)).Magnitude() > Recognition || b.Crossed(gp_Vec(x)).Magnitude() > Recognition) {
+    if (a.Crossed(gp_Vec(x)).Magnitude() > tolerance::Recognition ||
+        b.Crossed(gp_Vec(x)).Magnitude() > tolerance::Recognition) {
         return {}; // a hyperboloid
     }
     const double startRadius = a.Dot(gp_Vec(x));
     const double endRadius = b.Dot(gp_Vec(x));
     const double rise = heightOf(end) - heightOf(start);
     const double widening = endRadius - startRadius;
-    if (startRadius < -Recognition || endRadius < -Recognition) {
+    if (startRadius < -tolerance::Recognition || endRadius < -tolerance::Recognition) {
         return {};
     }
     const double base = heightOf(start);
     const gp_Ax3 position(axis.Location().Translated(z * base), axis.Direction(), x);
-    if (std::abs(widening) < Recognition) {
+    if (std::abs(widening) < tolerance::Recognition) {
         return {new Geom_CylindricalSurface(position, startRadius), 0, rise};
     }
-    if (std::abs(rise) < Recognition) {
+    if (std::abs(rise) < tolerance::Recognition) {
         // a disc: in the plane, u and v are no angles, but nothing asks for them
         return {new Geom_Plane(position), 0, -widening};
     }
@@ -231,24 +232,24 @@ Swept SweepArc(const Curve& profile, const gp_Ax1& axis)
     const gp_Vec toCentre(axis.Location(), centre);
     const double height = toCentre.Dot(z);
     const gp_Vec radial = toCentre - z * height;
-    if (std::abs(normal.Dot(z)) > Recognition) {
+    if (std::abs(normal.Dot(z)) > tolerance::Recognition) {
         return {};
     }
     const gp_Pnt onAxis = axis.Location().Translated(z * height);
-    const bool isSphere = radial.Magnitude() < Recognition;
+    const bool isSphere = radial.Magnitude() < tolerance::Recognition;
     gp_Vec x = radial;
     if (isSphere) {
         const gp_Pnt middle = profile.curve->Value((profile.first + profile.last) / 2);
         x = gp_Vec(centre, middle);
         x -= z * x.Dot(z);
-        if (profile.last - profile.first > M_PI + Recognition) {
+        if (profile.last - profile.first > M_PI + tolerance::Recognition) {
             return {};
         }
-    } else if (std::abs(radial.Normalized().Dot(normal)) > Recognition ||
-               radial.Magnitude() < radius * (1 + Recognition)) {
+    } else if (std::abs(radial.Normalized().Dot(normal)) > tolerance::Recognition ||
+               radial.Magnitude() < radius * (1 + tolerance::Recognition)) {
         return {};
     }
-    if (x.Magnitude() < Recognition) {
+    if (x.Magnitude() < tolerance::Recognition) {
         return {};
     }
     const gp_Ax3 position(onAxis, axis.Direction(), gp_Dir(x));
@@ -327,7 +328,7 @@ Surface ReadSum(Chunk& data, double millimetres)
     if (a.corners.size() == 2 && b.corners.size() == 2) {
         const gp_Vec u(a.Start(), a.End());
         const gp_Vec v(b.Start(), b.End());
-        if (u.IsNormal(v, Recognition)) {
+        if (u.IsNormal(v, tolerance::Recognition)) {
             const gp_Pnt corner(shift + a.Start().XYZ() + b.Start().XYZ());
             result.surface = new Geom_Plane(gp_Ax3(corner, gp_Dir(u.Crossed(v)), gp_Dir(u)));
             result.isElementary = true;

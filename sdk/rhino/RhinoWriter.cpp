@@ -15,6 +15,7 @@
 #include "sdk/model/Elements.h"
 #include "sdk/part21/PropertyTexts.h"
 #include "sdk/rhino/RhinoMeshWriter.h"
+#include "sdk/rhino/RhinoTolerances.h"
 #include "sdk/text/LengthUnits.h"
 #include "sdk/text/Mixing.h"
 
@@ -79,7 +80,7 @@ public:
 bool IsIdentity(const mesh::Matrix3& matrix)
 {
     for (std::size_t i = 0; i < 9; ++i) {
-        if (std::abs(matrix[i] - mesh::Identity3[i]) > 1e-12) {
+        if (std::abs(matrix[i] - mesh::Identity3[i]) > tolerance::SameMatrix) {
             return false;
         }
     }
@@ -94,7 +95,7 @@ bool Invert(const mesh::Matrix3& matrix, mesh::Matrix3& inverse)
     for (const double value : matrix) {
         largest = std::max(largest, std::abs(value));
     }
-    if (!(std::abs(determinant) > 1e-6 * largest * largest * largest)) {
+    if (!(std::abs(determinant) > tolerance::SmallestDeterminant * largest * largest * largest)) {
         return false;
     }
     const mesh::Matrix3 cofactors = Cofactors(matrix);
@@ -327,12 +328,10 @@ void RhinoWriter::WriteEnd()
 
 void RhinoWriter::WriteSettings()
 {
-    constexpr double Tolerance = 1e-3; ///< millimetres
-    constexpr double AngleTolerance = 0.017453292519943295;
     myOut.Begin(code::SettingsTable);
     myOut.Begin(code::Units);
     myOut.PutAll({std::int32_t{102}, NumberOf(myOptions.unit)});
-    myOut.PutAll({Tolerance * myUnitsPerMillimetre, AngleTolerance, 0.01});
+    myOut.PutAll({tolerance::Written * myUnitsPerMillimetre, tolerance::WrittenAngle, 0.01});
     myOut.PutAll({std::int32_t{0}, std::int32_t{3}}); // how distances are shown
     myOut.Put(1e-3 / myUnitsPerMillimetre);
     myOut.Text({});
