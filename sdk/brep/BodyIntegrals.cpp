@@ -30,17 +30,17 @@ struct ShellSum
 class BodySum
 {
 public:
-    BodySum(const Description& description, bool isParallel)
-        : myDescription(description), myBody(MakeBody(description)), myFaces(description.faces.size())
+    BodySum(const ResolvedBody& resolved, bool isParallel)
+        : myDescription(resolved.Described()),
+          myFaces(myDescription.faces.size()),
+          mySides(myDescription.shells.size())
     {
-        if (!myBody.vertices.empty()) {
+        if (!resolved.body.vertices.empty()) {
             // Contributions are measured from a point of the body: one far away would cost digits.
-            myOrigin = myBody.vertices.front().point.XYZ();
+            myOrigin = resolved.body.vertices.front().point.XYZ();
         }
         ForEach(myFaces.size(), isParallel, [&](std::size_t face) {
-            Try([&] {
-                myFaces[face] = IntegrateFace(myBody, ResolveFace(myBody, static_cast<int>(face)), myOrigin);
-            });
+            Try([&] { myFaces[face] = IntegrateFace(resolved.body, resolved.faces[face], myOrigin); });
         });
     }
 
@@ -66,6 +66,7 @@ public:
             }
         }
         result.area = myArea;
+        result.sides = std::move(mySides);
         if (isWhole && myVolume > 0) {
             const gp_XYZ centre = myMoment / myVolume + myOrigin;
             result.mass = occt::MassProperties{myVolume, {centre.X(), centre.Y(), centre.Z()}};
@@ -134,6 +135,10 @@ private:
             }
         }
         result.closure = ClosureOf(std::move(uses));
+        if (result.closure == Closure::Closed &&
+            std::abs(result.sum.volume) > tolerance::NoVolume * result.share) {
+            mySides[shell] = result.sum.volume > 0 ? ShellSide::Outwards : ShellSide::Inwards;
+        }
         return result;
     }
 
@@ -157,9 +162,9 @@ private:
     }
 
     const Description& myDescription;
-    const Body myBody;
     gp_XYZ myOrigin = {0, 0, 0};
     std::vector<std::optional<FaceIntegrals>> myFaces;
+    std::vector<ShellSide> mySides;
     double myArea = 0;
     double myVolume = 0;
     gp_XYZ myMoment = {0, 0, 0};
@@ -167,12 +172,12 @@ private:
 
 } // namespace
 
-std::optional<BodyIntegrals> IntegrateBody(const Description& description, bool isParallel)
+std::optional<BodyIntegrals> IntegrateBody(const ResolvedBody& body, bool isParallel)
 {
-    if (!description.kernelShapes.empty()) {
+    if (!body.Described().kernelShapes.empty()) {
         return std::nullopt;
     }
-    return BodySum(description, isParallel).Run();
+    return BodySum(body, isParallel).Run();
 }
 
 } // namespace cadex::brep

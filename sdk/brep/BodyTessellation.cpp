@@ -8,8 +8,11 @@
 #include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
+#include "sdk/brep/FaceEdges.h"
 #include "sdk/brep/KernelFaces.h"
 #include "sdk/brep/KernelTasks.h"
+#include "sdk/brep/SliverFace.h"
+#include "sdk/brep/Tolerances.h"
 
 namespace cadex::brep {
 
@@ -91,16 +94,14 @@ bool EnclosesNothing(const Body& body, const Face& face, const EdgeDiscretisatio
 
 } // namespace
 
-BodyTessellation::BodyTessellation(const Description& description, const occt::MeshTolerances& tolerances)
-    : myBody(MakeBody(description)),
+BodyTessellation::BodyTessellation(const ResolvedBody& resolved, const occt::MeshTolerances& tolerances)
+    : myBody(resolved.body),
+      myResolved(resolved.faces),
       myTolerances(tolerances),
       mySize(SizeOf(myBody)),
-      myResolved(description.faces.size()),
       myEdges(myBody, tolerances, mySize),
-      myFaces(description.faces.size())
+      myFaces(resolved.faces.size())
 {
-    ForEach(myResolved.size(), myTolerances.parallel,
-            [&](std::size_t face) { myResolved[face] = ResolveFace(myBody, static_cast<int>(face)); });
     DivideEdges(myResolved, myEdges);
     MeshFaces();
 }
@@ -125,7 +126,7 @@ void BodyTessellation::MeshFaces()
         if (!IsFinite(myFaces[face])) {
             myFaces[face].Clear();
         }
-        if (myFaces[face].triangles.empty()) {
+        if (myFaces[face].triangles.empty() && !StitchFace(face)) {
             const ResolveStatus status = myResolved[face].status;
             Reports::Add(Report::Kind::LeftOut,
                          std::string("a face that cannot be meshed: ") +
@@ -147,6 +148,20 @@ bool BodyTessellation::TakeFileTriangles(std::size_t face)
     }
     Reports::Add(Report::Kind::Repaired, "a face that cannot be meshed is shown as the file's own triangles",
                  described.record);
+    return true;
+}
+
+bool BodyTessellation::StitchFace(std::size_t face)
+{
+    Try([&] {
+        const double width = tolerance::SliverShare * mySize;
+        myFaces[face] = Converted(StitchSliver(myEdges, myResolved[face], width), myEdges);
+    });
+    if (myFaces[face].triangles.empty()) {
+        return false;
+    }
+    Reports::Add(Report::Kind::Repaired, "a thin face whose loops cross is stitched together",
+                 myBody.description->faces[face].record);
     return true;
 }
 

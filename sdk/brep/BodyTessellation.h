@@ -1,6 +1,7 @@
 // All faces and loose curves of a description as triangles and polylines.
 //
-//     const BodyTessellation body(description, tolerances);
+//     const ResolvedBody resolved = ResolveBody(description, tolerances.parallel);
+//     const BodyTessellation body(resolved, tolerances);
 //     for (std::size_t face = 0; face < description.faces.size(); ++face) { ... body.TrianglesOf(face) ... }
 #pragma once
 
@@ -10,6 +11,7 @@
 #include <cadex/ModelData_Point.hxx>
 
 #include "sdk/brep/FaceTessellation.h"
+#include "sdk/brep/ResolvedBody.h"
 #include "sdk/mesh/TriangleAssembly.h"
 #include "sdk/occt/ShapeMesher.h"
 
@@ -19,12 +21,12 @@ class BodyTessellation
 {
 public:
     /// Does the work, on several threads where the tolerances allow them and the body is large; the result is
-    /// the same. The description must outlive the object. A face that comes to nothing here is shown as
-    /// the file's own triangles of it, where there are some; else it goes to the kernel's mesher, on the
-    /// points that its neighbours have on its edges; one that even so comes to nothing is left out and
-    /// reported (cadex/internal/Reports.hxx). Throws std::bad_alloc, nothing else; to be called under the
-    /// engine's guard.
-    BodyTessellation(const Description& description, const occt::MeshTolerances& tolerances);
+    /// the same. The body must outlive the object. A face that comes to nothing here is shown as the file's
+    /// own triangles of it, where there are some; else it goes to the kernel's mesher, on the points that its
+    /// neighbours have on its edges; a thin one that comes to nothing there is stitched together, any other
+    /// is left out. Both are reported (cadex/internal/Reports.hxx). Throws std::bad_alloc, nothing else; to
+    /// be called under the engine's guard.
+    BodyTessellation(const ResolvedBody& resolved, const occt::MeshTolerances& tolerances);
 
     /// In the sense of the face's own normal; shared points are numbered over the body.
     const mesh::FaceTriangles& TrianglesOf(std::size_t face) const { return myFaces[face]; }
@@ -36,11 +38,12 @@ private:
     void MeshFaces();
     void MeshFace(std::size_t face);
     bool TakeFileTriangles(std::size_t face);
+    bool StitchFace(std::size_t face);
 
-    const Body myBody;
+    const Body& myBody;
+    const std::vector<ResolvedFace>& myResolved;
     const occt::MeshTolerances myTolerances;
     const double mySize;
-    std::vector<ResolvedFace> myResolved;
     EdgeDiscretisation myEdges;
     std::vector<mesh::FaceTriangles> myFaces;
 };

@@ -22,7 +22,7 @@ namespace {
 
 using mesh::FaceTriangles;
 using mesh::TriangleTables;
-using occt::AppearanceGroups;
+using occt::SetLabels;
 
 /// A face where a shell uses it, and the group that takes its triangles.
 struct PlacedFace
@@ -35,6 +35,11 @@ struct PlacedFace
 const ModelData_Appearance& AppearanceOr(const ModelData_Appearance& own, const ModelData_Appearance& other)
 {
     return own.IsNull() ? other : own;
+}
+
+bool IsParallel()
+{
+    return Base_Settings::Default()->BoolValue(Base_Settings::ConcurrentMode, true);
 }
 
 class FaceCollector
@@ -50,31 +55,33 @@ public:
     std::vector<PlacedFace> Collect(const BodyTessellation& body)
     {
         for (const Solid& solid : myDescription.solids) {
-            AddShellAround(solid.outer, body, false);
+            AddShellAround(solid.outer, body, false, solid.name);
             for (const int shell : solid.voids) {
-                AddShellAround(shell, body, true);
+                AddShellAround(shell, body, true, solid.name);
             }
         }
-        for (const int shell : myDescription.sheets) {
-            AddShell(shell);
+        for (const int sheet : myDescription.sheets) {
+            const bool isThere = sheet >= 0 && static_cast<std::size_t>(sheet) < myDescription.shells.size();
+            AddShell(sheet, isThere ? myDescription.shells[static_cast<std::size_t>(sheet)].name
+                                    : Base_UTF16String());
         }
         std::stable_sort(myFaces.begin(), myFaces.end(),
                          [](const PlacedFace& a, const PlacedFace& b) { return a.group < b.group; });
         return std::move(myFaces);
     }
 
-    std::size_t GroupOf(const ModelData_Appearance& own)
+    std::size_t GroupOf(const ModelData_Appearance& own, const Base_UTF16String& name)
     {
         const ModelData_Appearance& appearance = AppearanceOr(own, myDescription.appearance);
-        return myIsMerged ? myGroups.NumberOf(appearance) : myGroups.Append(appearance);
+        return myIsMerged ? myGroups.NumberOf(appearance, name) : myGroups.Append(appearance, name);
     }
-    const std::vector<ModelData_Appearance>& Appearances() const { return myGroups.All(); }
+    const std::vector<occt::SetLabel>& Labels() const { return myGroups.All(); }
 
 private:
-    void AddShellAround(int number, const BodyTessellation& body, bool isVoid)
+    void AddShellAround(int number, const BodyTessellation& body, bool isVoid, const Base_UTF16String& name)
     {
         const std::size_t first = myFaces.size();
-        AddShell(number);
+        AddShell(number, name);
         gp_XYZ origin;
         bool hasOrigin = false;
         double volume = 0;
@@ -109,7 +116,7 @@ private:
         return {point.X(), point.Y(), point.Z()};
     }
 
-    void AddShell(int number)
+    void AddShell(int number, const Base_UTF16String& name)
     {
         const auto shell = static_cast<std::size_t>(number);
         if (number < 0 || shell >= myDescription.shells.size()) {
@@ -118,14 +125,14 @@ private:
         for (const FaceUse& use : myDescription.shells[shell].faces) {
             const auto face = static_cast<std::size_t>(use.face);
             if (use.face >= 0 && face < myDescription.faces.size()) {
-                myFaces.push_back({face, !use.forward, GroupOf(myDescription.faces[face].appearance)});
+                myFaces.push_back({face, !use.forward, GroupOf(myDescription.faces[face].appearance, name)});
             }
         }
     }
 
     const Description& myDescription;
     const bool myIsMerged;
-    AppearanceGroups myGroups;
+    SetLabels myGroups;
     std::vector<PlacedFace> myFaces;
 };
 
@@ -172,9 +179,9 @@ void AddKernelShapes(const Description& description, const occt::MeshTolerances&
         occt::MeshFaces(item.shape, tolerances);
         std::vector<occt::GroupedFace> faces;
         for (TopExp_Explorer it(item.shape, TopAbs_FACE); it.More(); it.Next()) {
-            faces.push_back({TopoDS::Face(it.Current()), collector.GroupOf(item.appearance)});
+            faces.push_back({TopoDS::Face(it.Current()), collector.GroupOf(item.appearance, item.name)});
         }
-        std::vector<TriangleTables> own = ExtractTriangles(faces, collector.Appearances().size());
+        std::vector<TriangleTables> own = ExtractTriangles(faces, collector.Labels().size());
         occt::ForgetTriangulations(item.shape);
         tables.resize(own.size());
         for (std::size_t group = 0; group < own.size(); ++group) {
@@ -186,7 +193,7 @@ void AddKernelShapes(const Description& description, const occt::MeshTolerances&
 void AddCurves(const Description& description, const BodyTessellation& body, const Base_UTF16String& name,
                ModelData_PolyRepresentation& result)
 {
-    AppearanceGroups groups(description.appearance);
+    SetLabels groups(description.appearance);
     std::vector<std::vector<occt::Polyline>> curves(1);
     for (const LooseCurve& curve : description.curves) {
         const std::size_t group = groups.NumberOf(AppearanceOr(curve.appearance, description.appearance));
@@ -199,32 +206,42 @@ void AddCurves(const Description& description, const BodyTessellation& body, con
 } // namespace
 
 ModelData_PolyRepresentation DescribedBRep::Mesh(const occt::MeshTolerances& tolerances, bool mergeFaceSets,
-                                                 const Base_UTF16String& setName) const
+                                                 const Base_UTF16String& partName) const
 {
-    const BodyTessellation body(myDescription, tolerances);
+    const BodyTessellation body(Resolved(), tolerances);
     FaceCollector collector(myDescription, mergeFaceSets);
     const std::vector<PlacedFace> faces = collector.Collect(body);
-    std::vector<TriangleTables> tables = Assembled(body, faces, collector.Appearances().size());
+    std::vector<TriangleTables> tables = Assembled(body, faces, collector.Labels().size());
     AddKernelShapes(myDescription, tolerances, collector, tables);
     ModelData_PolyRepresentation result{initialized()};
-    occt::AddTriangleSets(std::move(tables), collector.Appearances(), setName, result);
-    AddCurves(myDescription, body, setName, result);
+    occt::AddTriangleSets(std::move(tables), collector.Labels(), partName, result);
+    AddCurves(myDescription, body, partName, result);
     return occt::NullIfEmpty(result);
+}
+
+const ResolvedBody& DescribedBRep::Resolved() const
+{
+    if (!myResolved) {
+        myResolved = ResolveBody(myDescription, IsParallel());
+    }
+    return *myResolved;
 }
 
 TopoDS_Shape DescribedBRep::KernelShape() const
 {
     if (!myShape) {
-        myShape = BuildShape(MakeBody(myDescription)).shape;
+        const std::vector<ShellSide> sides = Integrals() ? Integrals()->sides : std::vector<ShellSide>();
+        myShape = BuildShape(Resolved(), sides).shape;
     }
+    // Triangles and integrals come before it in an import: nobody is likely to need the faces again.
+    myResolved.reset();
     return *myShape;
 }
 
 const std::optional<BodyIntegrals>& DescribedBRep::Integrals() const
 {
     if (!myAreIntegralsKnown) {
-        const bool isParallel = Base_Settings::Default()->BoolValue(Base_Settings::ConcurrentMode, true);
-        myIntegrals = IntegrateBody(myDescription, isParallel);
+        myIntegrals = IntegrateBody(Resolved(), IsParallel());
         myAreIntegralsKnown = true;
     }
     return myIntegrals;

@@ -24,6 +24,7 @@
 #include <TopoDS_Shape.hxx>
 #include <gp_Pnt.hxx>
 
+#include <cadex/Base_UTF16String.hxx>
 #include <cadex/ModelData_Appearance.hxx>
 
 #include "sdk/mesh/TriangleAssembly.h"
@@ -77,6 +78,8 @@ struct Face
     /// In any order: which one is the outer follows from the geometry. Without a loop the face is the whole
     /// surface within its bounds (a sphere, a torus, an untrimmed patch).
     std::vector<Loop> loops = {};
+    /// The surface's own bounds are the outer one, and all loops are holes, whichever way they run.
+    bool isNaturallyBounded = false;
     ModelData_Appearance appearance = {}; ///< null: that of the body
     std::uint64_t record = 0;             ///< what the file calls it, for reports
     /// The triangles that the file itself keeps of the face, in the sense of the face's own normal and with
@@ -93,7 +96,8 @@ struct FaceUse
 struct Shell
 {
     std::vector<FaceUse> faces = {};
-    bool closed = false; ///< as the file says
+    bool closed = false;        ///< as the file says
+    Base_UTF16String name = {}; ///< of a sheet, where the file tells sheets and solids of the body apart
 };
 
 /// Normals of the faces point out of the material, also on the shells of cavities.
@@ -101,6 +105,7 @@ struct Solid
 {
     int outer = None;            ///< a shell
     std::vector<int> voids = {}; ///< shells
+    Base_UTF16String name = {};  ///< where the file tells sheets and solids of the body apart by names
 };
 
 /// A loose curve: an edge that bounds no face.
@@ -115,6 +120,7 @@ struct KernelShape
 {
     TopoDS_Shape shape = {};
     ModelData_Appearance appearance = {}; ///< null: that of the body
+    Base_UTF16String name = {};           ///< as that of a solid
 };
 
 struct Description

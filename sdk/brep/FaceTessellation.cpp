@@ -10,8 +10,10 @@
 #include <gp_Pnt2d.hxx>
 #include <gp_Vec.hxx>
 
+#include "sdk/brep/Chords.h"
 #include "sdk/brep/FaceNormals.h"
 #include "sdk/brep/FaceSteps.h"
+#include "sdk/brep/LoopSlips.h"
 #include "sdk/brep/SurfaceEvaluator.h"
 #include "sdk/brep/SurfaceProjection.h"
 #include "sdk/brep/Tolerances.h"
@@ -23,9 +25,6 @@ namespace {
 
 using mesh::Delaunay;
 using mesh::PlanePoint;
-
-// Halvings of one span of an edge that follows a surface.
-constexpr int MostHalvings = 8;
 
 // Between the points of a sphere's shortest rows, in those of the longest.
 constexpr int LargestStride = 256;
@@ -58,10 +57,6 @@ constexpr double SmallestHeight = 1e-6;
 // Of the range of a parameter, between two edges of a loop.
 constexpr double LargestGap = 0.05;
 
-// Corners that are left out of loops which cross, and the size of loops that are searched for them.
-constexpr std::size_t MostSlips = 32;
-constexpr std::size_t MostSlippedNodes = 2000;
-
 // Share of a face's area that may face backwards.
 constexpr double MostTurned = 0.02;
 
@@ -70,72 +65,6 @@ ModelData_Vectorf ToFloat(const gp_XYZ& unit)
     // Rounding noise of a zero component would keep equal normals of neighbouring faces apart.
     const auto clean = [](double value) { return std::abs(value) < 1e-9 ? 0.0F : static_cast<float>(value); };
     return {clean(unit.X()), clean(unit.Y()), clean(unit.Z())};
-}
-
-/// Square of the distance of `point` from the line through `from` and `to`, which are `square` apart.
-double SquareOff(const gp_XYZ& from, const gp_XYZ& to, double square, const gp_XYZ& point)
-{
-    const gp_XYZ way = to - from;
-    const gp_XYZ side = point - from;
-    return (side - way * (side.Dot(way) / square)).SquareModulus();
-}
-
-gp_Pnt2d Middle(const gp_Pnt2d& a, const gp_Pnt2d& b)
-{
-    return gp_Pnt2d((a.XY() + b.XY()) / 2);
-}
-
-/// The parameters of an edge's points, with more in between where the straight way between two of them in the
-/// surface's parameters is no straight one in space.
-class EdgeFollower
-{
-public:
-    EdgeFollower(const Surface& surface, const CurveOnSurface& curve, double chord)
-        : mySurface(surface), myCurve(curve), myLimit(chord * chord / 4)
-    {
-    }
-
-    std::vector<double> Run(const std::vector<double>& parameters)
-    {
-        myResult = {parameters.front()};
-        for (std::size_t i = 0; i + 1 < parameters.size(); ++i) {
-            Span(parameters[i], parameters[i + 1], MostHalvings);
-        }
-        return std::move(myResult);
-    }
-
-private:
-    void Span(double from, double to, int halvings)
-    {
-        if (halvings > 0 && LeavesSurface(myCurve.Value(from), myCurve.Value(to))) {
-            const double middle = from + (to - from) / 2;
-            Span(from, middle, halvings - 1);
-            Span(middle, to, halvings - 1);
-        } else {
-            myResult.push_back(to);
-        }
-    }
-
-    bool LeavesSurface(const gp_Pnt2d& from, const gp_Pnt2d& to) const
-    {
-        const gp_XYZ start = mySurface.Value(from).XYZ();
-        const gp_XYZ end = mySurface.Value(to).XYZ();
-        const double square = (end - start).SquareModulus();
-        return square > myLimit &&
-               SquareOff(start, end, square, mySurface.Value(Middle(from, to)).XYZ()) > myLimit;
-    }
-
-    const Surface& mySurface;
-    const CurveOnSurface& myCurve;
-    const double myLimit;
-    std::vector<double> myResult;
-};
-
-/// Whether straight ways in the parameters are as straight in space as the edges along them.
-bool KeepsStraight(const Surface& surface, const CurveOnSurface& curve)
-{
-    const bool isRuled = IsElementary(surface.kind) || surface.kind == SurfaceKind::Extrusion;
-    return curve.IsStraight() && isRuled;
 }
 
 class Tessellation
@@ -362,8 +291,10 @@ private:
     bool Triangulate()
     {
         const Delaunay::Outcome outcome = myDelaunay.Start(myScaled, myLoops);
+        LoopSlips slips(myScaled, [this](int node) { return PositionOfNode(node); });
         if (outcome != Delaunay::Outcome::Done &&
-            !(outcome == Delaunay::Outcome::LoopsCross && StartWithoutSlips())) {
+            !(outcome == Delaunay::Outcome::LoopsCross &&
+              slips.Start(myLoops, std::max(tolerance::LoopGap, myChord / 2), myDelaunay))) {
             return false;
         }
         if (mySteps.needsGrid) {
@@ -374,128 +305,7 @@ private:
             TurnSides();
         }
         myMesh.triangles = myDelaunay.Triangles();
-        return PutBackSlips() && (!mySteps.isCurved || !IsFolded());
-    }
-
-    // ------------------------------------------------------------------------------------------- slips
-
-    /// A node of a loop that the triangulation does without.
-    struct Slip
-    {
-        int node;
-        int before;
-        int behind;
-    };
-
-    /// A node in its loop.
-    struct Corner
-    {
-        std::size_t loop;
-        std::size_t index;
-    };
-
-    /// Loops that cross by less than the file or the mesh is exact: corners are left out of them until they
-    /// do not.
-    bool StartWithoutSlips()
-    {
-        Delaunay::Loops loops = myLoops;
-        std::vector<PlanePoint> scaled = myScaled;
-        const PlanePoint outside = {2 * myBox.low[0] / mySteps.step[0] - myBox.high[0] / mySteps.step[0] - 1,
-                                    2 * myBox.low[1] / mySteps.step[1] - myBox.high[1] / mySteps.step[1] - 1};
-        if (myScaled.size() > MostSlippedNodes) {
-            return false;
-        }
-        while (const std::optional<Corner> corner = CornerThatSlipped(loops)) {
-            std::vector<int>& loop = loops[corner->loop];
-            if (loop.size() <= 3 || mySlips.size() == MostSlips) {
-                return false;
-            }
-            const Slip slip = SlipAt(loop, corner->index);
-            if (WayToSide(slip) > std::max(tolerance::LoopGap, myChord / 2)) {
-                return false;
-            }
-            mySlips.push_back(slip);
-            scaled[static_cast<std::size_t>(slip.node)] = outside;
-            loop.erase(loop.begin() + static_cast<std::ptrdiff_t>(corner->index));
-        }
-        return myDelaunay.Start(scaled, loops) == Delaunay::Outcome::Done;
-    }
-
-    static Slip SlipAt(const std::vector<int>& loop, std::size_t index)
-    {
-        return {loop[index], loop[(index + loop.size() - 1) % loop.size()], loop[(index + 1) % loop.size()]};
-    }
-
-    /// Of the ends of two sides that cross, the one that is nearest to the line of its neighbours.
-    std::optional<Corner> CornerThatSlipped(const Delaunay::Loops& loops) const
-    {
-        std::vector<Corner> corners;
-        for (std::size_t loop = 0; loop < loops.size(); ++loop) {
-            for (std::size_t i = 0; i < loops[loop].size(); ++i) {
-                corners.push_back({loop, i});
-            }
-        }
-        const auto next = [&](const Corner& corner) {
-            return Corner{corner.loop, (corner.index + 1) % loops[corner.loop].size()};
-        };
-        const auto nodeOf = [&](const Corner& corner) { return loops[corner.loop][corner.index]; };
-        const auto wayOf = [&](const Corner& corner) {
-            return WayToSide(SlipAt(loops[corner.loop], corner.index));
-        };
-        for (std::size_t i = 0; i < corners.size(); ++i) {
-            for (std::size_t j = i + 1; j < corners.size(); ++j) {
-                const std::array<Corner, 4> ends = {corners[i], next(corners[i]), corners[j],
-                                                    next(corners[j])};
-                if (DoSidesCross(nodeOf(ends[0]), nodeOf(ends[1]), nodeOf(ends[2]), nodeOf(ends[3]))) {
-                    return *std::min_element(ends.begin(), ends.end(), [&](const Corner& a, const Corner& b) {
-                        return wayOf(a) < wayOf(b);
-                    });
-                }
-            }
-        }
-        return std::nullopt;
-    }
-
-    bool DoSidesCross(int a, int b, int c, int d) const
-    {
-        const auto side = [&](int from, int to, int node) {
-            return Orientation(myScaled[static_cast<std::size_t>(from)],
-                               myScaled[static_cast<std::size_t>(to)],
-                               myScaled[static_cast<std::size_t>(node)]);
-        };
-        return side(a, b, c) * side(a, b, d) < 0 && side(c, d, a) * side(c, d, b) < 0;
-    }
-
-    double WayToSide(const Slip& slip) const
-    {
-        const gp_XYZ point = PositionOfNode(slip.node);
-        const gp_XYZ from = PositionOfNode(slip.before);
-        const gp_XYZ way = PositionOfNode(slip.behind) - from;
-        const double square = way.SquareModulus();
-        const double along = square > 0 ? std::clamp((point - from).Dot(way) / square, 0.0, 1.0) : 0;
-        return (point - from - way * along).Modulus();
-    }
-
-    /// Divides the side that stands for two: the sides of the neighbours meet those of the face again.
-    bool PutBackSlips()
-    {
-        for (auto slip = mySlips.rbegin(); slip != mySlips.rend(); ++slip) {
-            bool isFound = false;
-            for (std::size_t i = 0; i < myMesh.triangles.size() && !isFound; ++i) {
-                for (std::size_t k = 0; k < 3 && !isFound; ++k) {
-                    const Triangle triangle = myMesh.triangles[i];
-                    isFound = triangle[k] == slip->before && triangle[(k + 1) % 3] == slip->behind;
-                    if (isFound) {
-                        myMesh.triangles[i][(k + 1) % 3] = slip->node;
-                        myMesh.triangles.push_back({slip->node, slip->behind, triangle[(k + 2) % 3]});
-                    }
-                }
-            }
-            if (!isFound) {
-                return false;
-            }
-        }
-        return true;
+        return slips.PutBack(myMesh.triangles) && (!mySteps.isCurved || !IsFolded());
     }
 
     void AddGrid()
@@ -760,7 +570,6 @@ private:
     Delaunay myDelaunay;
     std::vector<EdgePolyline> myOwnLines;
     Delaunay::Loops myLoops;
-    std::vector<Slip> mySlips;
     std::vector<gp_Pnt2d> myPlaces;   ///< of the nodes
     std::vector<PlanePoint> myScaled; ///< the places, in steps
     std::vector<gp_XYZ> myNormals;    ///< of the surface at the places; zero where there is none
@@ -770,42 +579,7 @@ private:
     double myLimit = 0; ///< square of what a side may lie off the surface
 };
 
-void FollowSurface(const ResolvedFace& face, EdgeDiscretisation& edges)
-{
-    for (const Ring& ring : face.rings) {
-        for (const RingUse& use : ring.uses) {
-            if (use.kind != UseKind::Edge || KeepsStraight(*face.surface, use.curve)) {
-                continue;
-            }
-            const EdgePolyline& line = edges.Of(use.edge);
-            std::vector<double> finer =
-                EdgeFollower(*face.surface, use.curve, line.chord).Run(line.parameters);
-            if (finer.size() > line.parameters.size()) {
-                edges.Refine(use.edge, std::move(finer));
-            }
-        }
-    }
-}
-
 } // namespace
-
-void DivideEdges(const std::vector<ResolvedFace>& faces, EdgeDiscretisation& edges)
-{
-    for (const ResolvedFace& face : faces) {
-        for (const Ring& ring : face.rings) {
-            for (const RingUse& use : ring.uses) {
-                if (use.kind == UseKind::Edge) {
-                    edges.Divide(use.edge);
-                }
-            }
-        }
-    }
-    for (const ResolvedFace& face : faces) {
-        if (face.status == ResolveStatus::Done && face.surface->kind != SurfaceKind::Plane) {
-            FollowSurface(face, edges);
-        }
-    }
-}
 
 FaceMesh TessellateFace(const Body& body, const EdgeDiscretisation& edges, const ResolvedFace& face)
 {

@@ -1,9 +1,9 @@
 // Triangles of a face, on the points that its edges have already.
 //
 //     EdgeDiscretisation edges(body, tolerances, SizeOf(body));
-//     DivideEdges(faces, edges);                            // all faces of the body, before the first is
-//     meshed const FaceMesh mesh = TessellateFace(body, edges, faces[0]); if (!mesh.triangles.empty()) { ...
-//     }
+//     DivideEdges(faces, edges); // all faces of the body, before the first is meshed: FaceEdges.h
+//     const FaceMesh mesh = TessellateFace(body, edges, faces[0]);
+//     if (!mesh.triangles.empty()) { ... }
 //
 // The loops become polygons in the parameters of the surface, in which a constrained Delaunay triangulation
 // fills the region; points come in where chord and angle ask for them. The sides on the loops are those of
@@ -35,10 +35,6 @@ struct FaceMesh
     /// Counter-clockwise seen from the side to which the normals point; none has two corners at one point.
     std::vector<std::array<int, 3>> triangles;
 };
-
-/// Divides all edges of the resolved faces, and finer where an edge's polyline, led over a curved surface,
-/// would leave it by more than the chord. Throws Standard_Failure where the kernel does.
-void DivideEdges(const std::vector<ResolvedFace>& faces, EdgeDiscretisation& edges);
 
 /// Without triangles when the face is not resolved or its loops cross by more than the edges are exact. Its
 /// edges must have been divided. Any number of faces may be at work at a time. Throws Standard_Failure where

@@ -112,7 +112,15 @@ private:
         }
         const bool isOuterMissing =
             std::none_of(rings.begin(), rings.end(), [](const OpenRing& ring) { return ring.area > 0; });
-        if (rings.empty() || (isOuterMissing && IsClosedSurface(TheSurface()))) {
+        if (myGiven.isNaturallyBounded) {
+            for (OpenRing& ring : rings) {
+                if (ring.area > 0) {
+                    TurnRing(ring);
+                }
+            }
+        }
+        if (rings.empty() || myGiven.isNaturallyBounded ||
+            (isOuterMissing && IsClosedSurface(TheSurface()))) {
             const ResolveStatus natural = AddNaturalRing(myResolution, rings);
             if (natural != ResolveStatus::Done) {
                 return natural;

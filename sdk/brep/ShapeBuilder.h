@@ -1,8 +1,7 @@
 // Kernel shapes of described bodies: shared vertices and edges, faces with their curves on surfaces, seams
 // and degenerated edges, shells, solids with cavities, sheets, loose curves.
 //
-//     const Body body = MakeBody(description);
-//     const BuiltShape built = BuildShape(body);
+//     const BuiltShape built = BuildShape(description);
 //     BRepGProp::VolumeProperties(built.shape, properties);
 //     appearances.Bind(built.faces[3], description.faces[3].appearance);
 //
@@ -18,7 +17,7 @@
 #include <TopoDS_Shape.hxx>
 
 #include "sdk/brep/Body.h"
-#include "sdk/brep/ResolvedFace.h"
+#include "sdk/brep/ResolvedBody.h"
 
 namespace cadex::brep {
 
@@ -37,10 +36,11 @@ struct BuiltShape
 /// Throws std::bad_alloc, nothing else. Call it under the engine's guard: the kernel is behind it. A face in
 /// several shells is one face. A solid's outer shell is turned so that the solid is bounded, its cavities so
 /// that they are empty; a solid whose outer shell lost every face is left out.
-BuiltShape BuildShape(const Body& body);
+/// `sides`, by shell, spares a search for what it tells; shells beyond its end are Unknown.
+BuiltShape BuildShape(const ResolvedBody& resolved, const std::vector<ShellSide>& sides = {});
 
-/// The same from faces that are resolved already, by number, as ResolveFace gives them.
-BuiltShape BuildShape(const Body& body, const std::vector<ResolvedFace>& resolved);
+/// The same from the description, as it is after ResolveBody.
+BuiltShape BuildShape(const Description& description);
 
 /// One face alone: the shape of a resolved face for what the kernel shall mesh or measure; healed when it was
 /// not resolved. Null when it comes to nothing. Reports nothing.

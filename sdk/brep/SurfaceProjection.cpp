@@ -52,6 +52,26 @@ gp_Vec2d StepTowards(const gp_Vec& du, const gp_Vec& dv, const gp_Vec& rest)
     return vv > 0 ? gp_Vec2d(0, v / vv) : gp_Vec2d();
 }
 
+double RangeOf(const Surface& surface, int direction)
+{
+    return surface.period[direction] > 0
+               ? surface.period[direction]
+               : Bounded(surface.high[direction], OpenReach) - Bounded(surface.low[direction], -OpenReach);
+}
+
+/// At a pole one of the derivatives is rounding noise, whose direction would keep the search there.
+void DropNoise(const Surface& surface, gp_Vec& du, gp_Vec& dv)
+{
+    constexpr double Noise = 1e-12;
+    const double u = du.Magnitude() * RangeOf(surface, 0);
+    const double v = dv.Magnitude() * RangeOf(surface, 1);
+    if (u < Noise * v) {
+        du = gp_Vec();
+    } else if (v < Noise * u) {
+        dv = gp_Vec();
+    }
+}
+
 /// Near a pole a step may lead round and round: half of a range is as far as one goes.
 gp_Pnt2d Stepped(const Surface& surface, const gp_Pnt2d& at, const gp_Vec2d& step)
 {
@@ -76,6 +96,7 @@ double Search(const SurfaceEvaluator& evaluator, const gp_Pnt& point, gp_Pnt2d& 
         gp_Pnt on;
         gp_Vec du, dv;
         evaluator.D1(at, on, du, dv);
+        DropNoise(surface, du, dv);
         const gp_Vec rest(on, point);
         if (rest.Magnitude() < best) {
             best = rest.Magnitude();

@@ -8,6 +8,7 @@
 #include <cadex/ModelData_BRepRepresentation.hxx>
 #include <cadex/ModelData_PolyRepresentation.hxx>
 
+#include "sdk/brep/ShapeDescription.h"
 #include "sdk/ifc/IfcBodies.h"
 #include "sdk/mesh/EngineTolerances.h"
 #include "sdk/model/TriangleSets.h"
@@ -36,7 +37,8 @@ ModelData_Part MakeShapePart(const Context& context, const Base_UTF16String& nam
     TopoDS_Compound compound;
     builder.MakeCompound(compound);
     const ModelData_Appearance whole = shapes.front()->appearance;
-    occt::ShapeAppearances appearances;
+    occt::OcctBRep exact(compound);
+    occt::ShapeAppearances& appearances = exact.appearances;
     for (const Body* body : shapes) {
         builder.Add(compound, body->shape);
         for (TopExp_Explorer face(body->shape, TopAbs_FACE);
@@ -59,11 +61,9 @@ ModelData_Part MakeShapePart(const Context& context, const Base_UTF16String& nam
             }
         }
     }
-    auto* brep = new occt::OcctBRep(compound);
-    brep->appearance = whole;
-    brep->appearances = appearances;
+    exact.appearance = whole;
     ModelData_Part part(name);
-    part.AddRepresentation(MakeHandle<ModelData_BRepRepresentation>(brep));
+    part.AddRepresentation(MakeHandle<ModelData_BRepRepresentation>(brep::MakeShapeBRep(exact)));
     if (!whole.IsNull()) {
         part.SetAppearance(whole);
     }

@@ -131,7 +131,7 @@ public:
         try {
             brep::Face described;
             described.record = face.Id();
-            described.surface = SurfaceOf(face);
+            described.surface = SurfaceOf(face.Ref(1));
             described.sameSense = face.Boolean(2, true);
             for (const Id id : face.Refs(0)) {
                 const Entity bound = myContext.file.Get(id);
@@ -149,6 +149,19 @@ public:
             myContext.Report(Report::Kind::LeftOut, reason.what());
             return brep::None;
         }
+    }
+
+    /// IfcCurveBoundedSurface: BasisSurface, Boundaries, ImplicitOuter.
+    int AddBoundedFace(const Entity& surface)
+    {
+        brep::Face described;
+        described.record = surface.Id();
+        described.surface = SurfaceOf(surface.Ref(0));
+        described.isNaturallyBounded = surface.Boolean(2, false);
+        for (const Id id : surface.Refs(1)) {
+            described.loops.push_back(LoopAlong(ReadCurve(myContext, myContext.file.Get(id))));
+        }
+        return myBody.AddFace(std::move(described));
     }
 
     int AddShell(const Entity& shell)
@@ -169,7 +182,7 @@ public:
 
     TopoDS_Shape Shape() const
     {
-        const TopoDS_Shape shape = brep::BuildShape(brep::MakeBody(myBody)).shape;
+        const TopoDS_Shape shape = brep::BuildShape(myBody).shape;
         if (shape.IsNull()) {
             throw Unbuildable("a body of which no face can be built");
         }
@@ -177,9 +190,8 @@ public:
     }
 
 private:
-    int SurfaceOf(const Entity& face)
+    int SurfaceOf(const Entity& surface)
     {
-        const Entity surface = face.Ref(1);
         if (!surface) {
             throw Unbuildable("a face with curved edges and no surface");
         }
@@ -223,6 +235,24 @@ private:
             throw Unbuildable("a loop without edges");
         }
         return described;
+    }
+
+    brep::Loop LoopAlong(const Path& path)
+    {
+        brep::Loop loop;
+        const int first = path.empty() ? brep::None : myBody.AddVertex(gp_Pnt(path.front().start));
+        int start = first;
+        for (std::size_t i = 0; i < path.size(); ++i) {
+            const int end = i + 1 == path.size() ? first : myBody.AddVertex(gp_Pnt(path[i].end));
+            brep::Edge edge{.curve = path[i].curve, .start = start, .end = end};
+            if (!edge.curve.IsNull()) {
+                edge.first = path[i].first;
+                edge.last = path[i].last;
+            }
+            loop.uses.push_back({.edge = myBody.AddEdge(std::move(edge))});
+            start = end;
+        }
+        return loop;
     }
 
     const gp_Pnt& PointAt(int vertex) const
@@ -332,9 +362,11 @@ TopoDS_Shape ReadSurfaceItem(Context& context, const Entity& surface)
 {
     switch (surface.Type()) {
     case Type::IfcFaceSurface:
-    case Type::IfcAdvancedFace: {
+    case Type::IfcAdvancedFace:
+    case Type::IfcCurveBoundedSurface: {
         BodyDescriber describer(context);
-        const int face = describer.AddFace(surface);
+        const int face = surface.Is(Type::IfcCurveBoundedSurface) ? describer.AddBoundedFace(surface)
+                                                                  : describer.AddFace(surface);
         if (face == brep::None) {
             throw Unbuildable("a face that cannot be built");
         }

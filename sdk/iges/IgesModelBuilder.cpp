@@ -38,6 +38,7 @@
 #include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
+#include "sdk/brep/ShapeDescription.h"
 #include "sdk/model/AppearanceCache.h"
 #include "sdk/occt/OcctBRep.h"
 #include "sdk/occt/ShapeLooks.h"
@@ -432,11 +433,12 @@ private:
         if (shape.IsNull()) {
             return {};
         }
-        auto* body = new OcctBRep(shape);
-        ModelData_Part part(internal::MakeHandle<ModelData_BRepRepresentation>(body), name);
-        myLooks.Apply(*body, ModelData_Appearance());
-        if (!body->appearance.IsNull()) {
-            part.SetAppearance(body->appearance);
+        OcctBRep body(shape);
+        myLooks.Apply(body, ModelData_Appearance());
+        ModelData_Part part(internal::MakeHandle<ModelData_BRepRepresentation>(brep::MakeShapeBRep(body)),
+                            name);
+        if (!body.appearance.IsNull()) {
+            part.SetAppearance(body.appearance);
         }
         return part;
     }

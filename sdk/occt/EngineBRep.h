@@ -25,10 +25,12 @@ public:
     /// The body as triangle sets, then polyline sets; a null handle when there is nothing to show.
     ///
     /// Merged: one triangle set for each appearance, the body's own first, the others in the order of the
-    /// faces. Not merged: one for each face. Each chain of loose curves is a polyline set of its own. The
-    /// sets bear `setName`. There are no texture coordinates where the file has no textures to place.
+    /// faces. Not merged: one for each face. Each chain of loose curves is a polyline set of its own. Where
+    /// the file tells several solids or sheets of the body apart by names, their sets are apart, too, and
+    /// bear these names; all others bear `partName`. There are no texture coordinates where the file has no
+    /// textures to place.
     virtual ModelData_PolyRepresentation Mesh(const MeshTolerances& tolerances, bool mergeFaceSets,
-                                              const Base_UTF16String& setName) const = 0;
+                                              const Base_UTF16String& partName) const = 0;
 
     /// The body as a shape of the kernel, in millimetres and in the part's own coordinates; null where making
     /// it would take longer than reading the file did. Treat it as constant: it may be shared.

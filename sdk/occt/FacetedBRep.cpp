@@ -23,26 +23,26 @@ std::size_t NumberOfFacets(const FacetedBRep& facets)
 } // namespace
 
 ModelData_PolyRepresentation FacetedBRep::Mesh(const MeshTolerances&, bool,
-                                               const Base_UTF16String& setName) const
+                                               const Base_UTF16String& partName) const
 {
     ModelData_PolyRepresentation result{initialized()};
     std::vector<mesh::TriangleTables> tables;
-    std::vector<ModelData_Appearance> appearances;
+    std::vector<SetLabel> labels;
     for (const FacetGroup& group : groups) {
         tables.push_back(group.normals.empty() ? mesh::FacetTables(group.points, group.indices)
                                                : mesh::TriangleTables{group.points, group.normals,
                                                                       group.indices, group.indices});
-        appearances.push_back(group.appearance);
+        labels.push_back({group.appearance, group.name});
     }
-    AddTriangleSets(std::move(tables), appearances, setName, result);
-    AppearanceGroups numbers{ModelData_Appearance()};
+    AddTriangleSets(std::move(tables), labels, partName, result);
+    SetLabels numbers{ModelData_Appearance()};
     std::vector<std::vector<Polyline>> lines(1);
     for (const FacetCurve& curve : curves) {
         const std::size_t group = numbers.NumberOf(curve.appearance);
         lines.resize(numbers.All().size());
         lines[group].push_back(curve.points);
     }
-    AddPolylineSets(std::move(lines), numbers.All(), setName, result);
+    AddPolylineSets(std::move(lines), numbers.All(), partName, result);
     return NullIfEmpty(result);
 }
 

@@ -12,8 +12,8 @@
 
 namespace cadex::occt {
 
-/// Triangles that look alike, in millimetres, wound so that the normal by the right-hand rule points
-/// outwards.
+/// Triangles that look alike and have one name, in millimetres, wound so that the normal by the right-hand
+/// rule points outwards.
 struct FacetGroup
 {
     /// Shared by the triangles around them; no two at the same vertex of the file.
@@ -22,6 +22,7 @@ struct FacetGroup
     ModelData_Appearance appearance; ///< own or the body's; null when neither is set
     /// Of unit length, one for each point; empty: each triangle has its own.
     std::vector<ModelData_Vectorf> normals = {};
+    Base_UTF16String name = {}; ///< of the solids or sheets; empty: that of the part
 };
 
 /// A polyline beside the facets, or alone.
@@ -37,12 +38,12 @@ class FacetedBRep final : public EngineBRep
 {
 public:
     ModelData_PolyRepresentation Mesh(const MeshTolerances& tolerances, bool mergeFaceSets,
-                                      const Base_UTF16String& setName) const override;
+                                      const Base_UTF16String& partName) const override;
     /// Null for more than 1,000 facets.
     TopoDS_Shape KernelShape() const override;
     double Area() const override { return ComputeArea(*this); }
 
-    std::vector<FacetGroup> groups; ///< one for each distinct appearance, the body's own first
+    std::vector<FacetGroup> groups; ///< one for each distinct appearance and name, the body's own look first
     std::vector<FacetCurve> curves;
     bool closed = false; ///< every shell of the body is closed, so that it has a volume
 

@@ -17,7 +17,7 @@ namespace {
 void AddFaces(const OcctBRep& brep, bool mergeFaceSets, const Base_UTF16String& name,
               ModelData_PolyRepresentation& result)
 {
-    AppearanceGroups groups(brep.appearance);
+    SetLabels groups(brep.appearance);
     std::vector<GroupedFace> faces;
     for (TopExp_Explorer it(brep.shape, TopAbs_FACE); it.More(); it.Next()) {
         const ModelData_Appearance& appearance = brep.AppearanceOf(it.Current());
@@ -30,7 +30,7 @@ void AddFaces(const OcctBRep& brep, bool mergeFaceSets, const Base_UTF16String& 
 void AddLooseCurves(const OcctBRep& brep, const MeshTolerances& tolerances, const Base_UTF16String& name,
                     ModelData_PolyRepresentation& result)
 {
-    AppearanceGroups groups(brep.appearance);
+    SetLabels groups(brep.appearance);
     std::vector<std::vector<Polyline>> curves(1);
     TopTools_MapOfShape seen;
     double size = -1;
@@ -49,13 +49,13 @@ void AddLooseCurves(const OcctBRep& brep, const MeshTolerances& tolerances, cons
 } // namespace
 
 ModelData_PolyRepresentation OcctBRep::Mesh(const MeshTolerances& tolerances, bool mergeFaceSets,
-                                            const Base_UTF16String& setName) const
+                                            const Base_UTF16String& partName) const
 {
     ModelData_PolyRepresentation result{initialized()};
     MeshFaces(shape, tolerances);
-    AddFaces(*this, mergeFaceSets, setName, result);
+    AddFaces(*this, mergeFaceSets, partName, result);
     ForgetTriangulations(shape);
-    AddLooseCurves(*this, tolerances, setName, result);
+    AddLooseCurves(*this, tolerances, partName, result);
     return NullIfEmpty(result);
 }
 

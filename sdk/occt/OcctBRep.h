@@ -36,7 +36,7 @@ public:
     }
 
     ModelData_PolyRepresentation Mesh(const MeshTolerances& tolerances, bool mergeFaceSets,
-                                      const Base_UTF16String& setName) const override;
+                                      const Base_UTF16String& partName) const override;
     TopoDS_Shape KernelShape() const override { return shape; }
     double Area() const override { return ComputeArea(shape); }
 

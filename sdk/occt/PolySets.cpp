@@ -11,6 +11,11 @@ namespace cadex::occt {
 
 namespace {
 
+const Base_UTF16String& NameOr(const SetLabel& label, const Base_UTF16String& partName)
+{
+    return label.name.IsEmpty() ? partName : label.name;
+}
+
 ModelData_IndexedTriangleSet MakeSet(mesh::TriangleTables&& tables, const ModelData_Appearance& appearance,
                                      const Base_UTF16String& name)
 {
@@ -32,29 +37,27 @@ ModelData_IndexedTriangleSet MakeSet(mesh::TriangleTables&& tables, const ModelD
 
 } // namespace
 
-void AddTriangleSets(std::vector<mesh::TriangleTables>&& tables,
-                     const std::vector<ModelData_Appearance>& appearances, const Base_UTF16String& name,
-                     ModelData_PolyRepresentation& result)
+void AddTriangleSets(std::vector<mesh::TriangleTables>&& tables, const std::vector<SetLabel>& labels,
+                     const Base_UTF16String& partName, ModelData_PolyRepresentation& result)
 {
     for (std::size_t i = 0; i < tables.size(); ++i) {
         if (!tables[i].pointIndices.empty()) {
-            result.Add(MakeSet(std::move(tables[i]), appearances[i], name));
+            result.Add(MakeSet(std::move(tables[i]), labels[i].appearance, NameOr(labels[i], partName)));
         }
     }
 }
 
 // A host that draws the polylines of one set as if all began at its first point shows a single one right, so
 // each chain gets a set of its own.
-void AddPolylineSets(std::vector<std::vector<Polyline>> curves,
-                     const std::vector<ModelData_Appearance>& appearances, const Base_UTF16String& name,
-                     ModelData_PolyRepresentation& result)
+void AddPolylineSets(std::vector<std::vector<Polyline>> curves, const std::vector<SetLabel>& labels,
+                     const Base_UTF16String& partName, ModelData_PolyRepresentation& result)
 {
     for (std::size_t group = 0; group < curves.size(); ++group) {
         for (const Polyline& line : JoinCurves(std::move(curves[group]), tolerance::JoinedCurves)) {
             ModelData_PolyLineSet set{initialized()};
             set.AddPolyLine(line.data(), line.size());
-            set.SetAppearance(appearances[group]);
-            set.SetName(name);
+            set.SetAppearance(labels[group].appearance);
+            set.SetName(NameOr(labels[group], partName));
             result.Add(set);
         }
     }

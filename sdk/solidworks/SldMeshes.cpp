@@ -116,7 +116,7 @@ void SetNormals(const DisplayFace& face, mesh::FaceTriangles& result)
 void AddBody(const DisplayBody& body, const ModelData_Appearance& look, internal::AppearanceCache& looks,
              ModelData_PolyRepresentation& result)
 {
-    occt::AppearanceGroups groups(look);
+    occt::SetLabels groups(look);
     std::vector<std::vector<const DisplayFace*>> facesOf(1);
     for (const DisplayFace& face : body.faces) {
         const std::size_t group = face.look ? groups.NumberOf(looks.Of(face.look->colour)) : 0;

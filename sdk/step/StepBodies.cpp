@@ -51,7 +51,7 @@ void MakeFaces(StepBodyContent& content)
             body.AddVertex({point.X(), point.Y(), point.Z()});
         }
         std::unordered_map<std::uint64_t, int> lines;
-        brep::Shell sheet;
+        brep::Shell sheet{.name = group.name};
         for (std::size_t i = 0; i + 2 < group.indices.size(); i += 3) {
             const U32* corners = group.indices.data() + i;
             gp_XYZ points[3];

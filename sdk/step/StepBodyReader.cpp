@@ -1,4 +1,5 @@
-// Representations, their items and the looks; faces and edges are in StepBodyReaderFaces.cpp.
+// Representations, their items and the looks; faces and edges are in StepBodyReaderFaces.cpp, curves and
+// wires in StepBodyReaderCurves.cpp.
 #include "sdk/step/StepBodyReader.h"
 
 #include <algorithm>
@@ -46,7 +47,6 @@ struct StepBodyReader::Sizes
 {
     std::size_t vertices, edges, surfaces, faces, shells, solids, sheets, curves, kernelShapes;
     std::size_t facets, polylines, bodyLooks;
-    std::vector<std::size_t> indices; // of the facets so far
 };
 
 StepBodyReader::StepBodyReader(const StepRecords& records, const StepStyles& styles)
@@ -67,8 +67,16 @@ StepBodyContent StepBodyReader::Read(const std::vector<RecordId>& representation
     StepBodyContent content;
     Start(content, whole);
     myPlacedElsewhere = placedElsewhere;
-    for (const RecordId representation : representations) {
-        Keep(representation, [&] { ReadRepresentation(representation, {whole, {}}); });
+    // Tessellations come last: by then it is known which bodies are there exactly.
+    for (const bool isTessellated : {false, true}) {
+        for (const RecordId representation : representations) {
+            const StepRecords::Record* record = myRecords.Text().Find(representation);
+            const bool isLate =
+                record != nullptr && myRecords.Text().Is(*record, "TESSELLATED_SHAPE_REPRESENTATION");
+            if (isLate == isTessellated) {
+                Keep(representation, [&] { ReadRepresentation(representation, {whole, {}}); });
+            }
+        }
     }
     Finish();
     return content;
@@ -106,22 +114,17 @@ void StepBodyReader::ForgetShared()
     myBases.clear();
 }
 
-template <typename Work>
-void StepBodyReader::Keep(RecordId item, const Work& work)
+StepBodyReader::Sizes StepBodyReader::SizesNow() const
 {
-    const Sizes sizes = {myBody->vertices.size(),
-                         myBody->edges.size(),
-                         myBody->surfaces.size(),
-                         myBody->faces.size(),
-                         myBody->shells.size(),
-                         myBody->solids.size(),
-                         myBody->sheets.size(),
-                         myBody->curves.size(),
-                         myBody->kernelShapes.size(),
-                         myContent->facets.size(),
-                         myContent->polylines.size(),
-                         myBodyLooks.size(),
-                         {}};
+    return {myBody->vertices.size(),  myBody->edges.size(),        myBody->surfaces.size(),
+            myBody->faces.size(),     myBody->shells.size(),       myBody->solids.size(),
+            myBody->sheets.size(),    myBody->curves.size(),       myBody->kernelShapes.size(),
+            myContent->facets.size(), myContent->polylines.size(), myBodyLooks.size()};
+}
+
+void StepBodyReader::Keep(RecordId item, const std::function<void()>& work)
+{
+    const Sizes sizes = SizesNow();
     StepBodyContent* const content = myContent;
     try {
         work();
@@ -169,12 +172,16 @@ void StepBodyReader::ReadRepresentation(RecordId id, const Looks& looks)
     } else {
         arguments = myRecords.Named(record);
     }
-    const std::vector<RecordId> items = arguments.References();
+    std::vector<RecordId> items = arguments.References();
     const StepScale scale = ContextScale(myRecords.Text(), arguments.Reference());
     if (!(scale == myGeometry.Units())) {
         ForgetShared();
         myGeometry.SetUnits(scale);
     }
+    std::stable_partition(items.begin(), items.end(), [&](RecordId item) {
+        const StepType type = myRecords.TypeOf(item);
+        return type < StepType::TriangulatedFace || type > StepType::TessellatedSet;
+    });
     for (const RecordId item : items) {
         if (myMapDepth == 0) {
             myGeometry.StartItem();
@@ -205,8 +212,34 @@ StepBodyReader::Looks StepBodyReader::LooksOf(RecordId id, Looks inherited) cons
 void StepBodyReader::ReadItem(RecordId id, const Looks& inherited)
 {
     const StepRecords::Record& record = myRecords.Get(id);
+    const Sizes before = SizesNow();
+    ReadByType(record, LooksOf(id, inherited));
+    const Base_UTF16String label = myRecords.LabelOf(record);
+    ForEachName(before, [&](Base_UTF16String& name) { name = name.IsEmpty() ? label : name; });
+}
+
+/// Visits the names of the solids, sheets, kernel shapes and facets behind the first ones.
+template <typename Visit>
+void StepBodyReader::ForEachName(const Sizes& first, const Visit& visit)
+{
+    for (std::size_t i = first.solids; i < myBody->solids.size(); ++i) {
+        visit(myBody->solids[i].name);
+    }
+    for (std::size_t i = first.sheets; i < myBody->sheets.size(); ++i) {
+        visit(myBody->shells[static_cast<std::size_t>(myBody->sheets[i])].name);
+    }
+    for (std::size_t i = first.kernelShapes; i < myBody->kernelShapes.size(); ++i) {
+        visit(myBody->kernelShapes[i].name);
+    }
+    for (std::size_t i = first.facets; i < myContent->facets.size(); ++i) {
+        visit(myContent->facets[i].name);
+    }
+}
+
+void StepBodyReader::ReadByType(const StepRecords::Record& record, const Looks& looks)
+{
+    const RecordId id = record.id;
     const StepType type = myRecords.TypeOf(record);
-    const Looks looks = LooksOf(id, inherited);
     myContent->hasItems = myContent->hasItems || (type != StepType::Other && type != StepType::Complex &&
                                                   type > StepType::TransformationOperator);
     switch (type) {
@@ -334,11 +367,11 @@ void StepBodyReader::AddSheet(RecordId id, const Looks& looks)
 {
     myBodyLooks.push_back(looks.surface);
     bool whole = true;
-    const int shell = AddShell(id, true, looks, whole);
-    if (!whole) {
-        myBody->shells[static_cast<std::size_t>(shell)].closed = false;
-    }
-    myBody->sheets.push_back(shell);
+    const int number = AddShell(id, true, looks, whole);
+    brep::Shell& shell = myBody->shells[static_cast<std::size_t>(number)];
+    shell.closed = shell.closed && whole;
+    shell.name = myRecords.LabelOf(myRecords.Get(id));
+    myBody->sheets.push_back(number);
 }
 
 void StepBodyReader::AddSheetOfFace(RecordId id, const Looks& looks)
@@ -366,127 +399,6 @@ void StepBodyReader::AddPatch(RecordId id, const Looks& looks)
     myBodyLooks.push_back(looks.surface);
     const int number = myBody->AddFace(std::move(face));
     myBody->sheets.push_back(myBody->AddShell({.faces = {{number, true}}}));
-}
-
-// Points, curves and surfaces.
-void StepBodyReader::ReadSet(const StepRecords::Record& record, const Looks& looks)
-{
-    Cursor arguments = myRecords.Named(record);
-    const std::vector<RecordId> members = arguments.References();
-    Expect(arguments, record);
-    for (const RecordId id : members) {
-        const StepType type = myRecords.TypeOf(id);
-        const bool isSurface =
-            (type >= StepType::Plane && type <= StepType::SurfaceReplica) ||
-            (type == StepType::Complex && myRecords.HasPart(myRecords.Get(id), "B_SPLINE_SURFACE"));
-        if (type == StepType::CartesianPoint) {
-            continue; // nothing to be seen
-        }
-        Keep(id, [&] {
-            const Looks own = LooksOf(id, looks);
-            isSurface ? AddPatch(id, own) : AddCurves(id, own);
-        });
-    }
-}
-
-void StepBodyReader::AddCurves(RecordId id, const Looks& looks)
-{
-    myContent->hasItems = true;
-    const ModelData_Appearance& look = looks.curve.IsNull() ? looks.surface : looks.curve;
-    const std::vector<CurvePiece> pieces = myGeometry.Pieces(id);
-    int previous = brep::None;
-    for (const CurvePiece& piece : pieces) {
-        previous = AddPiece(piece, previous, look, id);
-    }
-    myBodyLooks.push_back(look);
-}
-
-int StepBodyReader::AddPiece(const CurvePiece& piece, int previous, const ModelData_Appearance& look,
-                             RecordId record)
-{
-    const auto isAt = [&](int vertex, const gp_Pnt& point) {
-        return vertex != brep::None &&
-               myBody->vertices[static_cast<std::size_t>(vertex)].point.SquareDistance(point) < 1e-14;
-    };
-    const int start = isAt(previous, piece.start) ? previous : myBody->AddVertex(piece.start);
-    const int end = isAt(start, piece.end) ? start : myBody->AddVertex(piece.end);
-    const int edge = myBody->AddEdge({.curve = piece.curve,
-                                      .first = piece.first,
-                                      .last = piece.last,
-                                      .start = start,
-                                      .end = end,
-                                      .record = record});
-    myBody->curves.push_back({edge, look});
-    return end;
-}
-
-// CONNECTED_EDGE_SET, or a model of several of them.
-void StepBodyReader::ReadEdges(const StepRecords::Record& record, const Looks& looks)
-{
-    Cursor arguments = myRecords.Named(record);
-    const std::vector<RecordId> members = arguments.References();
-    Expect(arguments, record);
-    for (const RecordId id : members) {
-        if (myRecords.TypeOf(id) == StepType::EdgeSet) {
-            if (myRecords.TypeOf(record) == StepType::EdgeSet) {
-                throw Damaged("edges that are made of themselves", record.id);
-            }
-            ReadEdges(myRecords.Get(id), LooksOf(id, looks));
-        } else {
-            AddLooseEdge(id, looks);
-        }
-    }
-}
-
-// Shells of loops, or a model of several of them.
-void StepBodyReader::ReadWires(const StepRecords::Record& record, const Looks& looks)
-{
-    Cursor arguments = myRecords.Named(record);
-    const std::vector<RecordId> members = arguments.References();
-    Expect(arguments, record);
-    for (const RecordId id : members) {
-        const StepType type = myRecords.TypeOf(id);
-        if (type == StepType::WireShell && myRecords.TypeOf(record) == StepType::ShellWireframe) {
-            ReadWires(myRecords.Get(id), LooksOf(id, looks));
-        } else if (type == StepType::EdgeLoop) {
-            const StepRecords::Record& loop = myRecords.Get(id);
-            Cursor cursor = myRecords.Named(loop);
-            const std::vector<RecordId> edges = cursor.References();
-            for (const RecordId edge : edges) {
-                AddLooseEdge(edge, LooksOf(id, looks));
-            }
-        } else if (type == StepType::PolyLoop) {
-            const brep::Loop loop = PolyLoopOf(myRecords.Get(id));
-            for (const brep::EdgeUse& use : loop.uses) {
-                myBody->curves.push_back({use.edge, looks.curve.IsNull() ? looks.surface : looks.curve});
-            }
-        }
-    }
-}
-
-void StepBodyReader::AddLooseEdge(RecordId id, const Looks& looks)
-{
-    myGeometry.CountStep();
-    const StepRecords::Record& record = myRecords.Get(id);
-    RecordId edge = id;
-    if (myRecords.TypeOf(record) == StepType::OrientedEdge) {
-        Cursor arguments = myRecords.Named(record);
-        arguments.Skip();
-        arguments.Skip();
-        edge = arguments.Reference();
-    }
-    // An edge of several loops is one curve.
-    const StepRecords::Record& element = myRecords.Get(edge);
-    const std::size_t place = myRecords.PlaceOf(element);
-    if (myMapDepth == 0 && myItems.Find(place) != RecordSlots::None) {
-        return;
-    }
-    myItems.Set(place, 0);
-    const Looks own = LooksOf(edge, looks);
-    bool sameSense = true;
-    const ModelData_Appearance& look = own.curve.IsNull() ? own.surface : own.curve;
-    myBody->curves.push_back({EdgeOf(edge, sameSense), look});
-    myBodyLooks.push_back(look);
 }
 
 // MAPPED_ITEM: name, map of an origin and a representation, target.
@@ -567,6 +479,9 @@ void StepBodyReader::ReadTessellated(const StepRecords::Record& record, const Lo
 {
     myContent->hasItems = true;
     StepTessellated reader(myGeometry, myStyles);
+    if (IsShown(reader.LinkOf(record))) {
+        return; // of one body in two forms the exact one is shown
+    }
     reader.Read(record, looks.surface, looks.curve);
     if (reader.Facets().empty() && reader.Polylines().empty()) {
         throw Damaged("a tessellation without triangles", record.id);
@@ -582,9 +497,61 @@ void StepBodyReader::ReadTessellated(const StepRecords::Record& record, const Lo
     }
 }
 
+// Whether the content has faces of the solid or shell, or the face.
+bool StepBodyReader::IsShown(RecordId exact) const
+{
+    for (int depth = 0; depth < MaximalNesting; ++depth) {
+        const StepRecords::Record* record = myRecords.Text().Find(exact);
+        if (record == nullptr) {
+            return false;
+        }
+        Cursor arguments = myRecords.Named(*record);
+        switch (myRecords.TypeOf(*record)) {
+        case StepType::Solid:
+        case StepType::SolidWithVoids:
+            exact = arguments.Reference();
+            break;
+        case StepType::OrientedShell:
+            arguments.Skip();
+            exact = arguments.Reference();
+            break;
+        case StepType::Shell:
+        case StepType::ClosedShell: {
+            const std::vector<RecordId> faces = arguments.References();
+            exact = faces.empty() ? 0 : faces.front();
+            break;
+        }
+        default:
+            return std::any_of(myBody->faces.begin(), myBody->faces.end(),
+                               [&](const brep::Face& face) { return face.record == exact; });
+        }
+    }
+    return false;
+}
+
+void StepBodyReader::Finish()
+{
+    FindCommonLook();
+    DropCommonName();
+}
+
+// A name that all have tells nothing apart: they are shown as one, under the name of the part.
+void StepBodyReader::DropCommonName()
+{
+    const Base_UTF16String* first = nullptr;
+    bool differ = false;
+    ForEachName({}, [&](Base_UTF16String& name) {
+        differ = differ || (first != nullptr && name != *first);
+        first = first == nullptr ? &name : first;
+    });
+    if (!differ) {
+        ForEachName({}, [](Base_UTF16String& name) { name.Clear(); });
+    }
+}
+
 // The look of the whole: that of everything when all look alike, else that of its solids and sheets when they
 // do. What looks like the whole has no look of its own.
-void StepBodyReader::Finish()
+void StepBodyReader::FindCommonLook()
 {
     bool any = false;
     bool same = true;

@@ -11,6 +11,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <unordered_map>
 #include <utility>
@@ -26,7 +27,8 @@
 
 namespace cadex::step {
 
-/// What some representations hold.
+/// What some representations hold. Solids, sheets and facets bear their items' names where these tell
+/// them apart.
 struct StepBodyContent
 {
     brep::Description description;
@@ -59,12 +61,13 @@ private:
         ModelData_Appearance curve;
     };
     struct Sizes;
+    Sizes SizesNow() const;
 
     void ReadRepresentation(RecordId id, const Looks& looks);
     void ReadItem(RecordId id, const Looks& looks);
+    void ReadByType(const StepRecords::Record& record, const Looks& looks);
     /// Drops what the work has added when it throws, and reports why.
-    template <typename Work>
-    void Keep(RecordId item, const Work& work);
+    void Keep(RecordId item, const std::function<void()>& work);
 
     void ReadSolid(const StepRecords::Record& record, bool hasVoids, const Looks& looks);
     void ReadShells(const StepRecords::Record& record, const Looks& looks);
@@ -74,6 +77,7 @@ private:
     void ReadMapped(const StepRecords::Record& record, const Looks& looks);
     void ReadKernelShape(const StepRecords::Record& record, const Looks& looks);
     void ReadTessellated(const StepRecords::Record& record, const Looks& looks);
+    bool IsShown(RecordId exact) const;
     void ReadComplex(const StepRecords::Record& record, const Looks& looks);
     void ReadOther(const StepRecords::Record& record, StepType type, const Looks& looks);
     brep::Description DescriptionOf(RecordId id, const Looks& looks);
@@ -110,6 +114,10 @@ private:
     void Start(StepBodyContent& content, const ModelData_Appearance& whole);
     void ForgetShared();
     void Finish();
+    void FindCommonLook();
+    template <typename Visit>
+    void ForEachName(const Sizes& first, const Visit& visit);
+    void DropCommonName();
     void Restore(const Sizes& sizes);
 
     const StepRecords& myRecords;

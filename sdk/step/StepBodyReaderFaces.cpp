@@ -133,8 +133,9 @@ brep::Face StepBodyReader::MakeBoundedFace(const StepRecords::Record& record)
     Cursor arguments = myRecords.Named(record);
     const RecordId surface = arguments.Reference();
     const std::vector<RecordId> boundaries = arguments.References();
-    Expect(arguments, record);
     brep::Face face;
+    face.isNaturallyBounded = arguments.Enumerator() == "T";
+    Expect(arguments, record);
     face.surface = SurfaceOf(surface);
     face.sameSense = !myBases[static_cast<std::size_t>(face.surface)].flipped;
     for (const RecordId boundary : boundaries) {

@@ -333,7 +333,7 @@ TopoDS_Shape StepCsg::Described(RecordId id)
     if (description.IsEmpty()) {
         throw Unsupported("an operand that is no solid", id);
     }
-    const TopoDS_Shape shape = brep::BuildShape(brep::MakeBody(description)).shape;
+    const TopoDS_Shape shape = brep::BuildShape(description).shape;
     if (shape.IsNull()) {
         throw Unsupported("an operand that the kernel refuses", id);
     }

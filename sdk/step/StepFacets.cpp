@@ -13,6 +13,7 @@
 #include "sdk/occt/FacetedBRep.h"
 #include "sdk/step/StepPlacements.h"
 #include "sdk/step/StepUnits.h"
+#include "sdk/text/PlainText.h"
 
 namespace cadex::step {
 
@@ -36,6 +37,12 @@ double Dot(const ModelData_Point& a, const ModelData_Point& b)
     return a.X() * b.X() + a.Y() * b.Y() + a.Z() * b.Z();
 }
 
+bool IsBody(std::string_view type)
+{
+    return type == "FACETED_BREP" || type == "MANIFOLD_SOLID_BREP" || type == "BREP_WITH_VOIDS" ||
+           type == "SHELL_BASED_SURFACE_MODEL";
+}
+
 // Reads the bodies of the products, one after the other.
 class BodyReader
 {
@@ -52,6 +59,7 @@ public:
         myWhole = whole;
         myLooks.clear();
         mySolid = true;
+        myIsNamed = HasDistinctNames(product);
         for (const RecordId representation : product.representations) {
             if (!ReadRepresentation(representation)) {
                 return false;
@@ -70,6 +78,29 @@ private:
         std::uint32_t group = 0; // counted from 1 over all bodies
         std::uint32_t index = 0;
     };
+
+    // Whether names tell the bodies of the product apart.
+    bool HasDistinctNames(const StepProduct& product) const
+    {
+        std::optional<std::string_view> first;
+        for (const RecordId id : product.representations) {
+            const ClearText::Record* record = myText.Find(id);
+            Cursor arguments = record != nullptr ? myText.Arguments(*record) : Cursor();
+            arguments.Skip();
+            for (const RecordId item : arguments.References()) {
+                const ClearText::Record* body = myText.Find(item);
+                if (body == nullptr || !IsBody(myText.TypeName(*body))) {
+                    continue;
+                }
+                const std::string_view name = myText.Arguments(*body).String();
+                if (first && *first != name) {
+                    return true;
+                }
+                first = name;
+            }
+        }
+        return false;
+    }
 
     bool ReadRepresentation(RecordId id)
     {
@@ -97,7 +128,8 @@ private:
         }
         const std::string_view type = myText.TypeName(*record);
         Cursor arguments = myText.Arguments(*record);
-        arguments.Skip();
+        const std::string_view name = arguments.String();
+        myName = myIsNamed && !text::IsBlankText(name) ? DecodeString(name) : Base_UTF16String();
         if (type == "AXIS2_PLACEMENT_3D") {
             return true;
         }
@@ -399,12 +431,14 @@ private:
     FacetGroup& GroupOf(const ModelData_Appearance& look, std::size_t& number)
     {
         for (number = 0; number < myBody->groups.size(); ++number) {
-            if (IdentityOf(myBody->groups[number].appearance) == IdentityOf(look)) {
-                return myBody->groups[number];
+            FacetGroup& group = myBody->groups[number];
+            if (IdentityOf(group.appearance) == IdentityOf(look) && group.name == myName) {
+                return group;
             }
         }
         myBody->groups.emplace_back();
         myBody->groups.back().appearance = look;
+        myBody->groups.back().name = myName;
         myGroupStamps.resize(myBody->groups.size());
         myGroupStamps[number] = ++myStamp;
         return myBody->groups.back();
@@ -507,6 +541,8 @@ private:
     const StepStyles& myStyles;
     std::unique_ptr<FacetedBRep> myBody;
     ModelData_Appearance myWhole;
+    bool myIsNamed = false;                    // the bodies of the product
+    Base_UTF16String myName;                   // of the body at hand
     std::vector<ModelData_Appearance> myLooks; // of the solids, shells and curves of the body
     bool mySolid = true;
     double myUnit = 1.0;

@@ -168,7 +168,7 @@ void AppendPlaced(const StepBodyContent& from, const gp_Trsf& placement, StepBod
     }
     for (const brep::KernelShape& shape : source.kernelShapes) {
         target.kernelShapes.push_back(
-            {BRepBuilderAPI_Transform(shape.shape, placement, true).Shape(), shape.appearance});
+            {BRepBuilderAPI_Transform(shape.shape, placement, true).Shape(), shape.appearance, shape.name});
     }
     AppendFacets(from, placement, to);
     to.facetsAreClosed = to.facetsAreClosed && from.facetsAreClosed;

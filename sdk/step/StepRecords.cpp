@@ -3,6 +3,8 @@
 #include <limits>
 #include <unordered_map>
 
+#include "sdk/text/PlainText.h"
+
 namespace cadex::step {
 
 namespace {
@@ -200,6 +202,17 @@ const StepRecords::Record& StepRecords::Get(RecordId id, StepType type) const
 std::string StepRecords::NameOf(const Record& record) const
 {
     return record.type == 0 ? "complex instance" : std::string(myText.TypeName(record));
+}
+
+Base_UTF16String StepRecords::LabelOf(const Record& record) const
+{
+    bool isComplex = false;
+    Cursor arguments = Part(record, "REPRESENTATION_ITEM", isComplex);
+    if (!isComplex) {
+        arguments = myText.Arguments(record);
+    }
+    const std::string_view label = arguments.String();
+    return text::IsBlankText(label) ? Base_UTF16String() : DecodeString(label);
 }
 
 void Expect(const Cursor& cursor, const StepRecords::Record& record)

@@ -176,6 +176,9 @@ public:
         return found;
     }
 
+    /// The name that a representation item has been given; empty when it is blank.
+    Base_UTF16String LabelOf(const Record& record) const;
+
     /// The type's name, for reports: of a complex instance "complex instance".
     std::string NameOf(const Record& record) const;
 

@@ -69,6 +69,29 @@ void StepTessellated::Read(const StepRecords::Record& record, const ModelData_Ap
     ReadItem(record.id, {surface, curve}, 0);
 }
 
+// Solid and shell: name, items, link. Face: name, coordinates, number of points, normals, link.
+RecordId StepTessellated::LinkOf(const StepRecords::Record& record) const
+{
+    const StepType type = myRecords.TypeOf(record);
+    Cursor arguments = myRecords.Named(record);
+    if (type == StepType::TriangulatedFace || type == StepType::ComplexTriangulatedFace) {
+        arguments.Skip();
+        arguments.Skip();
+        arguments.Skip();
+        return arguments.Reference();
+    }
+    if (type != StepType::TessellatedSolid && type != StepType::TessellatedShell) {
+        return 0;
+    }
+    const std::vector<RecordId> members = arguments.References();
+    const RecordId link = arguments.Reference();
+    const StepRecords::Record* first =
+        link != 0 || members.empty() ? nullptr : myRecords.Text().Find(members.front());
+    const bool isFace = first != nullptr && (myRecords.TypeOf(*first) == StepType::TriangulatedFace ||
+                                             myRecords.TypeOf(*first) == StepType::ComplexTriangulatedFace);
+    return isFace ? LinkOf(*first) : link;
+}
+
 void StepTessellated::ReadItem(RecordId id, Looks looks, int depth)
 {
     if (depth > MaximalNesting) {

@@ -37,6 +37,10 @@ public:
     void Read(const StepRecords::Record& record, const ModelData_Appearance& surface,
               const ModelData_Appearance& curve);
 
+    /// The exact solid, shell or face that a tessellated one stands for, as it says itself or its first
+    /// member does; 0 when there is none.
+    RecordId LinkOf(const StepRecords::Record& record) const;
+
     /// One group for each look, and for triangles with and without normals.
     std::vector<occt::FacetGroup>& Facets() { return myFacets; }
     std::vector<occt::FacetCurve>& Polylines() { return myPolylines; }

@@ -83,6 +83,9 @@ public:
             } else {
                 myText << set.NumberOfVertices() << " points";
             }
+            if (set.Name() != part.Name()) {
+                myText << " '" << set.Name().ToUTF8() << "'";
+            }
             myText << Colour(set.Appearance()) << '\n';
         }
     }

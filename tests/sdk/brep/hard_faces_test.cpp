@@ -247,7 +247,7 @@ TEST(HardFaces, AreClosedAndMeasureWhatTheyShould)
         const auto outer = std::count_if(face.rings.begin(), face.rings.end(),
                                          [](const Ring& ring) { return ring.isOuter; });
         EXPECT_EQ(static_cast<std::size_t>(outer), test.outer);
-        const BuiltShape built = BuildShape(body);
+        const BuiltShape built = BuildShape(test.body);
         EXPECT_EQ(built.healed + built.leftOut, 0u);
         ASSERT_FALSE(built.faces[0].IsNull());
         EXPECT_TRUE(BRepCheck_Analyzer(built.faces[0]).IsValid());
@@ -257,7 +257,7 @@ TEST(HardFaces, AreClosedAndMeasureWhatTheyShould)
 TEST(HardFaces, TolerancesHoldWhereEdgesAreOff)
 {
     Description body = Polygons({{{0, 0, 0}, {4, 0, 0}, {4, 4, 1e-3}, {0, 4, 1e-3}}});
-    const BuiltShape built = BuildShape(MakeBody(body));
+    const BuiltShape built = BuildShape(body);
     double most = 0;
     for (TopExp_Explorer edge(built.shape, TopAbs_EDGE); edge.More(); edge.Next()) {
         most = std::max(most, BRep_Tool::Tolerance(TopoDS::Edge(edge.Current())));
@@ -271,7 +271,7 @@ TEST(HardFaces, LoopsThatCrossAreHealedOrLeftOut)
 {
     internal::Reports::Clear();
     const Description bowTie = Polygons({{{0, 0, 0}, {4, 3, 0}, {4, 0, 0}, {0, 4, 0}}});
-    const BuiltShape built = BuildShape(MakeBody(bowTie));
+    const BuiltShape built = BuildShape(bowTie);
     EXPECT_EQ(built.healed + built.leftOut, 1u);
     const std::vector<internal::Report> reports = internal::Reports::Take();
     ASSERT_EQ(reports.size(), 1u);
@@ -312,7 +312,7 @@ TEST(HardFaces, DamageIsReportedAndNothingElse)
     for (const Description& description : damaged) {
         SCOPED_TRACE(&description - damaged);
         internal::Reports::Clear();
-        const BuiltShape built = BuildShape(MakeBody(description));
+        const BuiltShape built = BuildShape(description);
         EXPECT_EQ(built.leftOut, 1u);
         EXPECT_TRUE(built.shape.IsNull());
         const std::vector<internal::Report> reports = internal::Reports::Take();
@@ -326,7 +326,7 @@ TEST(HardFaces, DamageIsReportedAndNothingElse)
     body.sheets = {0, 5, -3};
     body.solids = {{.outer = 7, .voids = {9}}, {.outer = None}};
     body.curves = {{.edge = 31}, {.edge = 0}};
-    const BuiltShape built = BuildShape(MakeBody(body));
+    const BuiltShape built = BuildShape(body);
     EXPECT_EQ(built.leftOut, 1u);
     EXPECT_TRUE(built.curves[0].IsNull());
     EXPECT_FALSE(built.curves[1].IsNull());

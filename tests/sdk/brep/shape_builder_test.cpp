@@ -118,18 +118,17 @@ std::vector<Solids> SolidsOfTheKernel()
 /// The body is built without healing, valid, and measures what the given shape of elementary surfaces does.
 void ExpectBuilt(const Description& description, const TopoDS_Shape& given, double accuracy = 1e-3)
 {
-    const Body body = MakeBody(description);
-    std::vector<ResolvedFace> faces;
-    for (int i = 0; i < static_cast<int>(description.faces.size()); ++i) {
-        faces.push_back(ResolveFace(body, i));
-        EXPECT_EQ(faces.back().status, ResolveStatus::Done) << TextOf(faces.back().status);
+    const ResolvedBody resolved = ResolveBody(description, false);
+    for (const ResolvedFace& face : resolved.faces) {
+        EXPECT_EQ(face.status, ResolveStatus::Done) << TextOf(face.status);
     }
-    const BuiltShape built = BuildShape(body, faces);
+    const BuiltShape built = BuildShape(resolved);
     EXPECT_EQ(built.healed, 0u);
     EXPECT_EQ(built.leftOut, 0u);
     ASSERT_FALSE(built.shape.IsNull());
     EXPECT_TRUE(BRepCheck_Analyzer(built.shape).IsValid());
-    const Measures found = MeasuresOf(body, faces, Centre), expected = KernelMeasures(given);
+    const Measures found = MeasuresOf(resolved.body, resolved.faces, Centre),
+                   expected = KernelMeasures(given);
     EXPECT_NEAR(found.area, expected.area, accuracy * expected.area);
     EXPECT_NEAR(found.volume, expected.volume, accuracy * expected.volume);
 }
@@ -306,7 +305,7 @@ TEST(ShapeBuilder, SolidsAreTurnedToTheirMaterial)
         ASSERT_EQ(solid.voids.size(), 1u);
         description.shells[static_cast<std::size_t>(solid.outer)].faces[0].forward = (turned & 1u) == 0;
         description.shells[static_cast<std::size_t>(solid.voids[0])].faces[0].forward = (turned & 2u) == 0;
-        const BuiltShape built = BuildShape(MakeBody(description));
+        const BuiltShape built = BuildShape(description);
         EXPECT_NEAR(KernelMeasures(built.shape).volume, KernelMeasures(hollow).volume, 1e-3);
         EXPECT_TRUE(BRepCheck_Analyzer(built.shape).IsValid());
     }
@@ -373,7 +372,7 @@ TEST(ShapeBuilder, RandomDamageIsSurvived)
             SCOPED_TRACE(std::string(test.name) + ", round " + std::to_string(round));
             // The kernel's healing may fault; the guard turns that into the failure of the one face.
             EXPECT_TRUE(occt::RunGuarded(occt::EngineUse::Geometry, [&] {
-                const BuiltShape built = BuildShape(MakeBody(body));
+                const BuiltShape built = BuildShape(body);
                 return built.healed + built.leftOut <= body.faces.size();
             }));
         }

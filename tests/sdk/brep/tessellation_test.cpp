@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <functional>
+#include <memory>
 #include <random>
 #include <set>
 #include <string>
@@ -30,16 +31,22 @@
 #include <Geom_Circle.hxx>
 #include <Geom_Plane.hxx>
 #include <TColgp_Array1OfPnt.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopoDS.hxx>
 #include <TopoDS_Compound.hxx>
+#include <TopoDS_Face.hxx>
 #include <gp_Circ.hxx>
 #include <gp_Elips.hxx>
 #include <gp_Pln.hxx>
+#include <gp_Trsf.hxx>
+#include <gp_Vec.hxx>
 
 #include <cadex/ModelData_PolyLineSet.hxx>
 #include <cadex/internal/Reports.hxx>
 
 #include "sdk/brep/BodyIntegrals.h"
 #include "sdk/brep/DescribedBRep.h"
+#include "sdk/brep/FaceEdges.h"
 #include "sdk/brep/FaceTessellation.h"
 #include "sdk/brep/KernelFaces.h"
 #include "sdk/occt/EngineScope.h"
@@ -213,8 +220,8 @@ TEST(BodyIntegrals, AreThoseOfTheKernelsShape)
             GProp_GProps volume;
             BRepGProp::SurfaceProperties(item.shape, area);
             BRepGProp::VolumeProperties(item.shape, volume);
-            const std::optional<BodyIntegrals> own =
-                IntegrateBody(DescriptionOf(item.shape, {.seams = seams}), false);
+            const Description described = DescriptionOf(item.shape, {.seams = seams});
+            const std::optional<BodyIntegrals> own = IntegrateBody(ResolveBody(described, false), false);
             ASSERT_TRUE(own && own->mass);
             EXPECT_NEAR(own->area, area.Mass(), 1e-5 * area.Mass());
             EXPECT_NEAR(own->mass->volume, volume.Mass(), 1e-5 * volume.Mass());
@@ -229,7 +236,7 @@ TEST(BodyIntegrals, OnlyClosedBodiesHaveAVolume)
     Description box = DescriptionOf(BRepPrimAPI_MakeBox(10, 20, 30).Shape());
     Shell shell = box.shells[0];
     box.shells[0].faces.pop_back();
-    const std::optional<BodyIntegrals> open = IntegrateBody(box, false);
+    const std::optional<BodyIntegrals> open = IntegrateBody(ResolveBody(box, false), false);
     ASSERT_TRUE(open);
     EXPECT_FALSE(open->mass);
 
@@ -238,12 +245,12 @@ TEST(BodyIntegrals, OnlyClosedBodiesHaveAVolume)
         use.forward = !use.forward;
     }
     box.shells[0] = shell;
-    const std::optional<BodyIntegrals> turned = IntegrateBody(box, false);
+    const std::optional<BodyIntegrals> turned = IntegrateBody(ResolveBody(box, false), false);
     ASSERT_TRUE(turned && turned->mass);
     EXPECT_NEAR(turned->mass->volume, 6000, 1e-9);
     EXPECT_NEAR(turned->mass->centroid.Z(), 15, 1e-9);
     box.shells[0].faces[1].forward = !box.shells[0].faces[1].forward;
-    EXPECT_FALSE(IntegrateBody(box, false));
+    EXPECT_FALSE(IntegrateBody(ResolveBody(box, false), false));
 }
 
 TEST(Tessellation, EachAppearanceIsOneSetTheBodysOwnFirst)
@@ -334,11 +341,7 @@ TEST(Tessellation, TheKernelMeshesOnTheSameEdgePoints)
     for (const Case& item : Bodies()) {
         SCOPED_TRACE(item.name);
         const Description description = DescriptionOf(item.shape);
-        const Body body = MakeBody(description);
-        std::vector<ResolvedFace> faces;
-        for (std::size_t i = 0; i < description.faces.size(); ++i) {
-            faces.push_back(ResolveFace(body, static_cast<int>(i)));
-        }
+        const auto [body, faces] = ResolveBody(description, false);
         EdgeDiscretisation edges(body, Tolerances(), SizeOf(body));
         DivideEdges(faces, edges);
         for (std::size_t i = 0; i < faces.size(); ++i) {
@@ -367,20 +370,26 @@ TEST(Tessellation, DamageCostsTheFaceAloneAndIsReported)
     EXPECT_EQ(reports[0].record, 4711U);
 }
 
-Description PlanePolygon(const std::vector<gp_Pnt>& corners)
+void AddPolygon(const std::vector<gp_Pnt>& corners, Description& body)
 {
-    Description body;
     Loop loop;
+    const int first = static_cast<int>(body.vertices.size());
     const int count = static_cast<int>(corners.size());
     for (const gp_Pnt& corner : corners) {
         body.AddVertex(corner);
     }
     for (int i = 0; i < count; ++i) {
-        loop.uses.push_back({.edge = body.AddLine(i, (i + 1) % count)});
+        loop.uses.push_back({.edge = body.AddLine(first + i, first + (i + 1) % count)});
     }
     const int plane = body.AddSurface(new Geom_Plane(gp_Pln()));
     const int face = body.AddFace({.surface = plane, .loops = {loop}});
     body.sheets.push_back(body.AddShell({.faces = {{.face = face}}}));
+}
+
+Description PlanePolygon(const std::vector<gp_Pnt>& corners)
+{
+    Description body;
+    AddPolygon(corners, body);
     return body;
 }
 
@@ -399,6 +408,47 @@ TEST(Tessellation, LoopsThatSlipKeepAllTheirSides)
     const Description bowTie = PlanePolygon({{0, 0, 0}, {4, 3, 0}, {4, 0, 0}, {0, 4, 0}});
     MeshOf(DescribedBRep(bowTie));
     EXPECT_EQ(internal::Reports::Take().size(), 1U);
+
+    // The same as a sliver of a large body is kept: its neighbours stay closed.
+    Description large = PlanePolygon({{0, 0, 0}, {0.04, 0.03, 0}, {0.04, 0, 0}, {0, 0.04, 0}});
+    AddPolygon({{10, 0, 0}, {100, 0, 0}, {10, 90, 0}}, large);
+    const Seen stitched(MeshOf(DescribedBRep(large)));
+    EXPECT_EQ(stitched.triangles, 2 + 1);
+    EXPECT_EQ(stitched.openEdges, 4 + 3);
+    const std::vector<internal::Report> reports = internal::Reports::Take();
+    ASSERT_EQ(reports.size(), 1U);
+    EXPECT_EQ(reports[0].kind, internal::Report::Kind::Repaired);
+}
+
+TEST(Tessellation, ShapesOfTheKernelAreDescribed)
+{
+    gp_Trsf placement;
+    placement.SetTranslation({0, 0, 50});
+    const TopoDS_Shape tool = BRepPrimAPI_MakeCylinder(4, 40).Shape().Moved(placement);
+    const TopoDS_Shape cut =
+        BRepAlgoAPI_Cut(BRepPrimAPI_MakeBox(gp_Pnt(-10, -10, 45), 20, 20, 30).Shape(), tool).Shape();
+    TopoDS_Compound both;
+    BRep_Builder().MakeCompound(both);
+    BRep_Builder().Add(both, cut);
+    BRep_Builder().Add(both, BRepPrimAPI_MakeSphere(3).Shape().Moved(placement));
+    BRep_Builder().Add(both, BRepBuilderAPI_MakeEdge(gp_Pnt(0, 0, 0), gp_Pnt(0, 0, 9)).Edge());
+    occt::OcctBRep given(both);
+    given.appearance = ModelData_Appearance(ModelData_Color(0.F, 0.F, 1.F));
+    const TopoDS_Face first = TopoDS::Face(TopExp_Explorer(cut, TopAbs_FACE).Current());
+    given.appearances.Bind(first, ModelData_Appearance(ModelData_Color(1.F, 0.F, 0.F)));
+    const std::unique_ptr<occt::EngineBRep> body(MakeShapeBRep(given));
+    EXPECT_TRUE(body->KernelShape().IsEqual(both));
+    const auto* described = dynamic_cast<const DescribedBRep*>(body.get());
+    ASSERT_NE(described, nullptr);
+    const ModelData_PolyRepresentation sets = MeshOf(*described);
+    ASSERT_EQ(sets.Get().Size(), 3U) << "two looks, one line";
+    const Seen seen(sets);
+    EXPECT_EQ(seen.openEdges, 0);
+    const double solid = 12000 - M_PI * 16 * 25;
+    const double ball = 36 * M_PI;
+    EXPECT_NEAR(seen.volume, solid + ball, 0.01 * solid);
+    ASSERT_TRUE(body->Mass());
+    EXPECT_NEAR(body->Mass()->volume, solid + ball, 1e-3);
 }
 
 TEST(Tessellation, HostileDescriptionsNeitherCrashNorHang)
@@ -441,7 +491,8 @@ TEST(Tessellation, HostileDescriptionsNeitherCrashNorHang)
             Description damaged = whole;
             damage(damaged);
             occt::RunGuarded(occt::EngineUse::Geometry, [&] {
-                const std::optional<BodyIntegrals> integrals = IntegrateBody(damaged, false);
+                const std::optional<BodyIntegrals> integrals =
+                    IntegrateBody(ResolveBody(damaged, false), false);
                 EXPECT_TRUE(!integrals || std::isfinite(integrals->area)) << item.name;
                 return true;
             });

@@ -3,6 +3,7 @@
 #include <functional>
 #include <map>
 #include <numbers>
+#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -195,6 +196,13 @@ std::vector<SolidCase> SolidCases()
                                   "),.F.)")});
          },
          16 - Pi, 0},
+        {"a surface within its own bounds, with a hole",
+         [](auto& s) {
+             const int patch = FlatPatch(s, "BEZIER_SURFACE", "");
+             const int hole = Composite(s, "BOUNDARY_CURVE", {s.Circle({1, 1, 0}, 0.5)});
+             return Set(s, {s.Add("CURVE_BOUNDED_SURFACE(''," + R(patch) + ",(" + R(hole) + "),.T.)")});
+         },
+         4 - Pi / 4, 0},
         {"an offset surface",
          [](auto& s) {
              const int basis = s.On("CYLINDRICAL_SURFACE", s.Axes({0, 0, 0}), "2.");
@@ -469,6 +477,103 @@ TEST(StepGeometry, LooksOfSolidsFacesAndCurves)
     EXPECT_THAT(outline, ::testing::HasSubstr("10 triangles rgba 255 0 0 255"));
     EXPECT_THAT(outline, ::testing::HasSubstr("2 triangles rgba 0 0 255 255"));
     EXPECT_THAT(outline, ::testing::HasSubstr("2 points\n"));
+}
+
+/// The sets of a file, "12 triangles" and what follows.
+std::vector<std::string> SetsOf(const Items& items)
+{
+    std::vector<std::string> sets;
+    std::istringstream lines(FactsOf(items).outline);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.find(" triangles") != std::string::npos) {
+            sets.push_back(line.substr(line.find_first_not_of(' ')));
+        }
+    }
+    return sets;
+}
+
+/// Tetrahedra of polygons, or cubes of planes and lines, side by side.
+std::vector<int> NamedBodies(StepTextBuilder& s, bool polygons, const std::vector<std::string>& names)
+{
+    std::vector<int> bodies;
+    for (const std::string& name : names) {
+        const double x = 5.0 * static_cast<double>(bodies.size());
+        if (!polygons) {
+            bodies.push_back(s.Solid(s.CubeFaces({x, 0, 0}, 2), name));
+            continue;
+        }
+        const int corners[] = {s.Point({x, 0, 0}), s.Point({x + 1, 0, 0}), s.Point({x, 1, 0}),
+                               s.Point({x, 0, 1})};
+        std::vector<int> faces;
+        for (const auto& [a, b, c] : {std::tuple{0, 2, 1}, {0, 1, 3}, {1, 2, 3}, {2, 0, 3}}) {
+            const int loop =
+                s.Add("POLY_LOOP(''," + StepTextBuilder::Refs({corners[a], corners[b], corners[c]}) + ")");
+            faces.push_back(s.Add("FACE('',(" + R(s.Add("FACE_OUTER_BOUND(''," + R(loop) + ",.T.)")) + "))"));
+        }
+        const int shell = s.Add("CLOSED_SHELL(''," + StepTextBuilder::Refs(faces) + ")");
+        bodies.push_back(s.Add("FACETED_BREP('" + name + "'," + R(shell) + ")"));
+    }
+    return bodies;
+}
+
+TEST(StepGeometry, NamesTellTheBodiesOfAProductApart)
+{
+    using ::testing::ElementsAre;
+    for (const bool polygons : {false, true}) {
+        SCOPED_TRACE(polygons);
+        const std::string one = polygons ? "4 triangles" : "12 triangles";
+        const std::string two = polygons ? "8 triangles" : "24 triangles";
+        const auto named = [&](const std::vector<std::string>& names) {
+            return SetsOf([&](StepTextBuilder& s) { return NamedBodies(s, polygons, names); });
+        };
+        EXPECT_THAT(
+            named({"bolt", "nut", "bolt", " ", "\\X2\\04120430\\X0\\"}),
+            ::testing::UnorderedElementsAre(two + " 'bolt'", one + " 'nut'", one, one + " '\u0412\u0430'"));
+        EXPECT_THAT(named({"solid", "solid"}), ElementsAre(two)) << "what all are called tells nothing";
+        EXPECT_THAT(named({"only"}), ElementsAre(one));
+        EXPECT_THAT(SetsOf([&](StepTextBuilder& s) {
+                        const std::vector<int> bodies = NamedBodies(s, polygons, {"bolt", "bolt", "nut"});
+                        s.Colour(bodies[1], 1, 0, 0);
+                        return bodies;
+                    }),
+                    ::testing::UnorderedElementsAre(one + " 'bolt'", one + " 'nut'",
+                                                    one + " 'bolt' rgba 255 0 0 255"))
+            << "a set for each name and look";
+    }
+    const std::vector<std::string> mixed = SetsOf([](StepTextBuilder& s) {
+        std::vector<int> items = NamedBodies(s, false, {"cube"});
+        const int sheet = s.Add("OPEN_SHELL(''," + StepTextBuilder::Refs(s.CubeFaces({9, 9, 0}, 1)) + ")");
+        items.push_back(s.Add("SHELL_BASED_SURFACE_MODEL('skin',(" + R(sheet) + "))"));
+        const int points = s.Add("COORDINATES_LIST('',3,((0.,0.,9.),(3.,0.,9.),(0.,3.,9.)))");
+        const int face = s.Add("TRIANGULATED_FACE(''," + R(points) + ",3,((0.,0.,1.)),$,(),((1,2,3)))");
+        items.push_back(s.Add("TESSELLATED_SHELL('net',(" + R(face) + "),$)"));
+        return items;
+    });
+    EXPECT_THAT(mixed, ElementsAre("12 triangles 'cube'", "12 triangles 'skin'", "1 triangles 'net'"));
+}
+
+TEST(StepGeometry, OfABodyInTwoFormsTheExactOneIsShown)
+{
+    for (const bool isLinkedByFaces : {false, true}) {
+        const MeshFacts facts = FactsOf([&](StepTextBuilder& s) {
+            const std::vector<int> faces = s.CubeFaces({0, 0, 0}, 2);
+            const int cube = s.Solid(faces);
+            const int points = s.Add("COORDINATES_LIST('',3,((0.,0.,0.),(9.,0.,0.),(0.,9.,0.)))");
+            const auto facet = [&](const std::string& link) {
+                return R(s.Add("TRIANGULATED_FACE(''," + R(points) + ",3,()," + link + ",(),((1,2,3)))"));
+            };
+            const int twin = isLinkedByFaces
+                                 ? s.Add("TESSELLATED_SOLID('',(" + facet(R(faces[0])) + "),$)")
+                                 : s.Add("TESSELLATED_SOLID('',(" + facet("$") + ")," + R(cube) + ")");
+            // Nobody shows the body that this one stands for.
+            const int other = s.Solid(s.CubeFaces({50, 0, 0}, 2));
+            const int alone = s.Add("TESSELLATED_SHELL('',(" + facet("$") + ")," + R(other) + ")");
+            return std::vector{twin, alone, cube};
+        });
+        EXPECT_EQ(facts.triangles, 12 + 1);
+        EXPECT_NEAR(facts.volume, 8, 1e-9);
+        EXPECT_NEAR(facts.high[0], 9, 1e-9);
+    }
 }
 
 TEST(StepGeometry, TessellationsComeAsTheyStand)
