@@ -1,7 +1,9 @@
 #include "sdk/ifc/IfcAlignment.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <string_view>
 
 #include "sdk/ifc/IfcLoft.h"
 
@@ -10,31 +12,57 @@ namespace {
 
 const gp_XYZ Up(0, 0, 1);
 
-/// A stretch of the plane whose curvature changes linearly: lines, arcs and clothoids are its three kinds.
+/// How a curve of the plane bends, by the length along it: lines, arcs and spirals.
+struct Bending
+{
+    std::array<double, 8> powers{}; ///< curvature is the sum of powers[n] s^n, 1/mm^(n + 1); above zero: left
+    double sine = 0;                ///< and of sine sin(rate s), cosine cos(rate s), 1/mm
+    double cosine = 0;
+    double rate = 0; ///< radians per millimetre
+
+    bool IsRound() const
+    {
+        return sine == 0 && cosine == 0 &&
+               std::all_of(powers.begin() + 1, powers.end(), [](double power) { return power == 0; });
+    }
+    /// By how much the heading changes from 0 to s, radians.
+    double Turn(double s) const
+    {
+        double turn = 0;
+        for (std::size_t n = powers.size(); n-- > 0;) {
+            turn = (turn + powers[n] / static_cast<double>(n + 1)) * s;
+        }
+        return rate == 0 ? turn
+                         : turn + sine / rate * (1 - std::cos(rate * s)) + cosine / rate * std::sin(rate * s);
+    }
+};
+
+/// A stretch of such a curve.
 struct Bend
 {
-    gp_XYZ start;         ///< z = 0
-    double heading = 0;   ///< radians from the x axis
-    double curvature = 0; ///< at the start; above zero to the left. 1/mm
-    double change = 0;    ///< of the curvature, 1/mm2
-    double length = 0;    ///< millimetres
+    gp_XYZ start;       ///< z = 0
+    double heading = 0; ///< radians from the x axis
+    Bending bending;
+    double from = 0;   ///< where it begins on the curve, millimetres
+    double sense = 1;  ///< -1: it runs back along the curve
+    double length = 0; ///< millimetres
 
-    double HeadingAt(double s) const { return heading + (curvature + change * s / 2) * s; }
+    double HeadingAt(double s) const { return heading + bending.Turn(from + sense * s) - bending.Turn(from); }
 
     gp_XYZ At(double s) const
     {
-        if (change == 0 && std::abs(curvature * s) < 1e-12) {
+        const double curvature = sense * bending.powers[0];
+        if (bending.IsRound() && std::abs(curvature * s) < 1e-12) {
             return start + gp_XYZ(std::cos(heading), std::sin(heading), 0) * s;
         }
-        if (change == 0) {
+        if (bending.IsRound()) {
             const double end = heading + curvature * s;
             return start + gp_XYZ(std::sin(end) - std::sin(heading), std::cos(heading) - std::cos(end), 0) /
                                curvature;
         }
         // NOTE: Simpson's rule; a step turns by less than a tenth of a radian, so that its error is below
         // 1e-7 of the way.
-        const double turn = std::abs(curvature * s) + std::abs(change) * s * s / 2;
-        const int steps = 2 * std::clamp(static_cast<int>(10 * turn) + 4, 4, 1000);
+        const int steps = 2 * std::clamp(static_cast<int>(10 * TurnTo(s)) + 32, 32, 1000);
         gp_XYZ sum;
         for (int i = 0; i <= steps; ++i) {
             const double weight = i == 0 || i == steps ? 1 : (i % 2 == 1 ? 4 : 2);
@@ -43,6 +71,18 @@ struct Bend
         }
         return start + sum * (s / (3 * steps));
     }
+
+private:
+    /// To and fro together.
+    double TurnTo(double s) const
+    {
+        constexpr int Samples = 16;
+        double turn = 0;
+        for (int i = 0; i < Samples; ++i) {
+            turn += std::abs(HeadingAt(s * (i + 1) / Samples) - HeadingAt(s * i / Samples));
+        }
+        return turn;
+    }
 };
 
 double MeasureOf(const Context& context, const Entity& entity, std::size_t index)
@@ -50,28 +90,72 @@ double MeasureOf(const Context& context, const Entity& entity, std::size_t index
     return context.Length(entity, index); // also out of a typed value: IFCLENGTHMEASURE(12.)
 }
 
+/// A spiral and the terms of its curvature in their order from the first argument on: powers of the length by
+/// their exponents.
+struct SpiralKind
+{
+    std::string_view name;
+    int highest; ///< power, of the first term; the others descend to the constant one
+    bool hasSine = false;
+    bool hasCosine = false; ///< such a term comes before the powers
+};
+constexpr SpiralKind SpiralKinds[] = {
+    {"IFCCLOTHOID", 1},
+    {"IFCSECONDORDERPOLYNOMIALSPIRAL", 2},
+    {"IFCTHIRDORDERPOLYNOMIALSPIRAL", 3},
+    {"IFCSEVENTHORDERPOLYNOMIALSPIRAL", 7},
+    {"IFCSINESPIRAL", 1, true, false},
+    {"IFCCOSINESPIRAL", 0, false, true},
+};
+
+/// NOTE: ISO 16739-1:2024, IfcSpiral and its subtypes: a term A of the power n adds A / |A|^(n + 2) s^n to
+/// the curvature, a sine term sin(2 pi s / L) / A, a cosine term cos(pi s / L) / A, where L is the length of
+/// the segment. Terms but the first may be left out.
+Bending ReadSpiral(const Context& context, const Entity& spiral, const SpiralKind& kind, double length)
+{
+    const auto term = [&](std::size_t index) {
+        const double value = context.Length(spiral, index);
+        return std::abs(value) > 1e-3 ? value : 0;
+    };
+    if (term(1) == 0) {
+        throw Unbuildable("a spiral without its first term");
+    }
+    Bending bending;
+    std::size_t index = 1;
+    if (kind.hasSine || kind.hasCosine) {
+        bending.rate = (kind.hasSine ? 2 : 1) * M_PI / length;
+        (kind.hasSine ? bending.sine : bending.cosine) = 1 / term(index);
+        ++index;
+    }
+    const int lowest = kind.name == "IFCCLOTHOID" ? 1 : 0;
+    for (int power = kind.highest; power >= lowest; --power, ++index) {
+        if (const double value = term(index); value != 0) {
+            bending.powers[static_cast<std::size_t>(power)] =
+                value / std::pow(std::abs(value), static_cast<double>(power + 2));
+        }
+    }
+    return bending;
+}
+
 /// IfcCurveSegment: Transition, Placement, SegmentStart, SegmentLength, ParentCurve.
 Bend ReadBend(const Context& context, const Entity& segment)
 {
     const Affine placement = context.Placement(segment.Ref(1));
     const Entity parent = segment.Ref(4);
-    const double from = MeasureOf(context, segment, 2);
     const double length = MeasureOf(context, segment, 3);
-    const double sense = length < 0 ? -1 : 1;
     const gp_XYZ ahead = Column(placement, 1);
     Bend bend;
     bend.start = Origin(placement);
     bend.heading = std::atan2(ahead.Y(), ahead.X());
+    bend.from = MeasureOf(context, segment, 2);
+    bend.sense = length < 0 ? -1 : 1;
     bend.length = std::abs(length);
+    const auto* kind = std::find_if(std::begin(SpiralKinds), std::end(SpiralKinds),
+                                    [&](const SpiralKind& known) { return known.name == parent.TypeName(); });
     if (parent.Is(Type::IfcCircle)) {
-        bend.curvature = sense / context.PositiveLength(parent, 1);
-    } else if (parent.TypeName() == "IFCCLOTHOID") {
-        const double constant = context.Length(parent, 1); // Position, ClothoidConstant
-        if (!(std::abs(constant) > 1e-3)) {
-            throw Unbuildable("a clothoid without a constant");
-        }
-        bend.change = constant / std::abs(constant * constant * constant);
-        bend.curvature = sense * bend.change * from;
+        bend.bending.powers[0] = 1 / context.PositiveLength(parent, 1);
+    } else if (kind != std::end(SpiralKinds) && bend.length > 0) {
+        bend.bending = ReadSpiral(context, parent, *kind, bend.length);
     } else if (!parent.Is(Type::IfcLine) && bend.length > 0) {
         throw Unbuildable("an alignment with a segment of an unknown kind");
     }

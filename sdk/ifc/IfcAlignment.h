@@ -1,4 +1,4 @@
-// Curves of alignments (IFC4X3): a way in the plane made of lines, arcs and clothoids, a profile of heights
+// Curves of alignments (IFC4X3): a way in the plane made of lines, arcs and spirals, a profile of heights
 // over it, and places that are told by a distance along it.
 //
 //     const std::shared_ptr<const Alignment> road = AlignmentOf(context, curve);

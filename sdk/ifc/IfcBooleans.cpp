@@ -7,6 +7,10 @@
 #include <BRepAlgoAPI_Fuse.hxx>
 #include <BRepBndLib.hxx>
 #include <BRepGProp.hxx>
+#include <BRepPrimAPI_MakeBox.hxx>
+#include <BRepPrimAPI_MakeCylinder.hxx>
+#include <BRepPrimAPI_MakeSphere.hxx>
+#include <BRepPrimAPI_MakeTorus.hxx>
 #include <BRep_Tool.hxx>
 #include <GProp_GProps.hxx>
 #include <TopExp_Explorer.hxx>
@@ -285,11 +289,7 @@ bool Combine(const Context& context, BooleanKind kind, const TopoDS_Shape& body,
 
 Polyhedron ReadHalfSpace(Context& context, const Entity& halfSpace, const Bnd_Box& body)
 {
-    const Entity surface = halfSpace.Ref(0);
-    if (!surface.Is(Type::IfcPlane)) {
-        throw Unbuildable("a half space that no plane bounds");
-    }
-    const Affine plane = context.Placement(surface.Ref(0));
+    const Affine plane = context.Placement(halfSpace.Ref(0).Ref(0));
     // with agreement the half space lies on the side that the normal points away from
     const bool below = halfSpace.Boolean(1, true);
     if (!halfSpace.Is(Type::IfcPolygonalBoundedHalfSpace)) {
@@ -313,6 +313,43 @@ Polyhedron ReadHalfSpace(Context& context, const Entity& halfSpace, const Bnd_Bo
     // curved boundaries become fine polygons: the tool is thrown away after the cut
     const std::vector<gp_XYZ> corners = Corners(context, Moved(outline, position), 0.05);
     return TruncatedPrism(corners, up, plane, Reach(body, corners.front()), below == (slant > 0));
+}
+
+/// What a cylinder, sphere or torus encloses, or what of the surroundings of the body it leaves out.
+TopoDS_Shape ReadRoundSpace(const Context& context, const Entity& halfSpace, const Bnd_Box& body)
+{
+    const Entity surface = halfSpace.Ref(0);
+    const Affine frame = context.Placement(surface.Ref(0));
+    const double reach = Reach(body, Origin(frame));
+    gp_Ax2 axes = ToAxes(frame).Ax2();
+    TopoDS_Shape inside;
+    if (halfSpace.Is(Type::IfcPolygonalBoundedHalfSpace)) {
+        throw Unbuildable("a bounded half space that no plane bounds");
+    }
+    if (surface.Is(Type::IfcCylindricalSurface)) {
+        axes.Translate(gp_Vec(axes.Direction()) * -reach);
+        inside = BRepPrimAPI_MakeCylinder(axes, context.PositiveLength(surface, 1), 2 * reach).Shape();
+    } else if (surface.Is(Type::IfcSphericalSurface)) {
+        inside = BRepPrimAPI_MakeSphere(axes, context.PositiveLength(surface, 1)).Shape();
+    } else if (surface.Is(Type::IfcToroidalSurface)) {
+        inside = BRepPrimAPI_MakeTorus(axes, context.PositiveLength(surface, 1),
+                                       context.PositiveLength(surface, 2))
+                     .Shape();
+    } else {
+        throw Unbuildable("a half space bounded by a surface that does not close");
+    }
+    // with agreement the half space lies on the side that the normal points away from: inside
+    if (halfSpace.Boolean(1, true)) {
+        return inside;
+    }
+    if (body.IsVoid()) {
+        throw Unbuildable("a half space without a body to be cut");
+    }
+    const gp_XYZ margin(1, 1, 1); // millimetres
+    const TopoDS_Shape around =
+        BRepPrimAPI_MakeBox(gp_Pnt(body.CornerMin().XYZ() - margin), gp_Pnt(body.CornerMax().XYZ() + margin))
+            .Shape();
+    return BRepAlgoAPI_Cut(around, inside).Shape();
 }
 
 bool SolidReader::IsSolid(Type type)
@@ -393,7 +430,8 @@ Solid SolidReader::ReadOperand(const Entity& item, const Bnd_Box& other)
     case Type::IfcHalfSpaceSolid:
     case Type::IfcBoxedHalfSpace: // its box is a hint for other kernels
     case Type::IfcPolygonalBoundedHalfSpace:
-        return Solid(ReadHalfSpace(myContext, item, other));
+        return item.Ref(0).Is(Type::IfcPlane) ? Solid(ReadHalfSpace(myContext, item, other))
+                                              : Solid(ReadRoundSpace(myContext, item, other));
     default:
         return Read(item);
     }

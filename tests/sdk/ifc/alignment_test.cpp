@@ -144,5 +144,56 @@ TEST(IfcAlignment, ClothoidsBendMoreAndMore)
     EXPECT_NEAR((part->low[1] + part->high[1]) / 2, 16'371.4, 0.5);
 }
 
+TEST(IfcAlignment, SpiralsTurnAsTheirTermsSay)
+{
+    // Metres; headings after s of a segment of 80.
+    constexpr double L = 80;
+    const struct
+    {
+        const char* spiral;
+        double (*heading)(double s);
+    } cases[] = {
+        {"IFCSECONDORDERPOLYNOMIALSPIRAL($,90.,-120.,200.)",
+         [](double s) { return s * s * s / (3 * 90 * 90 * 90.) - s * s / (2 * 120 * 120.) + s / 200; }},
+        {"IFCTHIRDORDERPOLYNOMIALSPIRAL($,-80.,$,$,150.)",
+         [](double s) { return -std::pow(s / 80, 4) / 4 + s / 150; }},
+        {"IFCSEVENTHORDERPOLYNOMIALSPIRAL($,70.,$,-75.,$,$,$,$,$)",
+         [](double s) { return std::pow(s / 70, 8) / 8 - std::pow(s / 75, 6) / 6; }},
+        {"IFCCOSINESPIRAL($,-100.,100.)",
+         [](double s) { return s / 100 - L / (M_PI * 100) * std::sin(M_PI * s / L); }},
+        {"IFCSINESPIRAL($,-300.,90.,$)",
+         [](double s) {
+             return s * s / (2 * 90 * 90) + L / (2 * M_PI * 300) * (std::cos(2 * M_PI * s / L) - 1);
+         }},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.spiral);
+        double x = 0;
+        double y = 0;
+        constexpr int Steps = 20000;
+        for (int i = 0; i < Steps; ++i) {
+            const double heading = test.heading(L * (i + 0.5) / Steps);
+            x += std::cos(heading) * L / Steps;
+            y += std::sin(heading) * L / Steps;
+        }
+        IfcText f("IFC4X3_ADD2", Metres);
+        const string axes =
+            f.Add("IFCAXIS2PLACEMENT2D(" + f.Point(0, 0) + "," + f.Add("IFCDIRECTION((1.,0.))") + ")");
+        const string segment =
+            f.Add("IFCCURVESEGMENT(.CONTINUOUS.," + axes + ",IFCLENGTHMEASURE(0.),IFCLENGTHMEASURE(80.)," +
+                  f.Add(test.spiral) + ")");
+        const string curve = f.Add("IFCCOMPOSITECURVE((" + segment + "),.F.)");
+        const string point = f.Add("IFCPOINTBYDISTANCEEXPRESSION(IFCLENGTHMEASURE(80.),$,$,$," + curve + ")");
+        f.Product(
+            "IFCSIGNAL", "end", f.Shape({f.Box(0.002, 0.002, 0.002)}),
+            f.Add("IFCLINEARPLACEMENT($," + f.Add("IFCAXIS2PLACEMENTLINEAR(" + point + ",$,$)") + ",$)"));
+        const ReadBack model(f.Text());
+        const Node* part = model.Named("end", 'P');
+        ASSERT_NE(part, nullptr);
+        EXPECT_NEAR((part->low[0] + part->high[0]) / 2, 1000 * x, 1);
+        EXPECT_NEAR((part->low[1] + part->high[1]) / 2, 1000 * y, 1);
+    }
+}
+
 } // namespace
 } // namespace ifctest

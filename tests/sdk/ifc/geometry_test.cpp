@@ -532,6 +532,24 @@ std::vector<Solid> Constructed()
          1000 - 2 * 10 * 6,
          {-5, -5, 0},
          {5, 5, 10}},
+        {"half space inside a cylinder",
+         [](IfcText& f) {
+             const string around = f.Add("IFCCYLINDRICALSURFACE(" + f.axes + ",3.)");
+             return Boolean(f, "DIFFERENCE", f.Box(10, 10, 10),
+                            f.Add("IFCHALFSPACESOLID(" + around + ",.T.)"));
+         },
+         1000 - M_PI * 9 * 10,
+         {-5, -5, 0},
+         {5, 5, 10}},
+        {"half space outside a sphere",
+         [](IfcText& f) {
+             const string around = f.Add("IFCSPHERICALSURFACE(" + f.Axes(0, 0, 5) + ",4.)");
+             return Boolean(f, "DIFFERENCE", f.Box(10, 10, 10),
+                            f.Add("IFCHALFSPACESOLID(" + around + ",.F.)"));
+         },
+         4.0 / 3 * M_PI * 64,
+         {-4, -4, 1},
+         {4, 4, 9}},
         {"faceted B-rep",
          [](IfcText& f) { return FacetedBox(f, "IFCFACETEDBREP"); },
          1e6,
@@ -598,6 +616,30 @@ TEST(IfcGeometry, ConstructedSolidsAndFacets)
         IfcText file;
         file.Product("IFCBEAM", "beam", file.Shape({solid.item(file)}));
         Check(solid, ReadBack(file.Text()), 1);
+    }
+}
+
+TEST(IfcGeometry, SurfacesEndAtTheirCurvesOrAtTheirOwnBounds)
+{
+    for (const bool isImplicit : {false, true}) {
+        SCOPED_TRACE(isImplicit);
+        IfcText f;
+        const auto boundary = [&](double low, double high) {
+            const string line =
+                f.Polyline({{low, low, 0}, {high, low, 0}, {high, high, 0}, {low, high, 0}, {low, low, 0}});
+            const string segment = f.Add("IFCCOMPOSITECURVESEGMENT(.CONTINUOUS.,.T.," + line + ")");
+            return f.Add("IFCBOUNDARYCURVE((" + segment + "),.F.)");
+        };
+        const string patch = f.Add("IFCBSPLINESURFACEWITHKNOTS(1,1,((" + f.Point(0, 0, 0) + "," +
+                                   f.Point(0, 10, 0) + "),(" + f.Point(10, 0, 0) + "," + f.Point(10, 10, 0) +
+                                   ")),.PLANE_SURF.,.F.,.F.,.F.,(2,2),(2,2),(0.,1.),(0.,1.),.UNSPECIFIED.)");
+        const string surface = f.Add("IFCCURVEBOUNDEDSURFACE(" + patch + ",(" + boundary(3, 7) + ")" +
+                                     (isImplicit ? ",.T.)" : ",.F.)"));
+        f.Product("IFCPLATE", "plate", f.Shape({surface}));
+        const ReadBack model(f.Text());
+        const auto parts = model.Parts();
+        ASSERT_EQ(parts.size(), 1U);
+        EXPECT_NEAR(parts.front()->area, isImplicit ? 84 : 16, 1e-6);
     }
 }
 
