@@ -16,7 +16,8 @@ struct ClosedMesh
     std::vector<bool> isCover;
 };
 
-/// Codes a mesh; each vertex is given attributes that begin at random places of the ring of polygons around it.
+/// Codes a mesh; each vertex is given attributes that begin at random places of the ring of polygons around
+/// it.
 class DualCoder
 {
 public:
@@ -30,7 +31,7 @@ public:
     Values largeMasks;
     Values splitFaces;
     Values splitPlaces;
-    std::vector<int> pointOrder;                       ///< vertices of the mesh in the order of the file
+    std::vector<int> pointOrder;                           ///< vertices of the mesh in the order of the file
     std::map<std::pair<int, std::size_t>, int> attributes; ///< by vertex and polygon
     int attributeCount = 0;
 
@@ -142,8 +143,8 @@ private:
         for (std::size_t q = p;;) {
             ring.polygons.push_back(q);
             const std::vector<int>& polygon = myMesh.polygons[q];
-            const auto at = static_cast<std::size_t>(std::find(polygon.begin(), polygon.end(), vertex) -
-                                                     polygon.begin());
+            const auto at =
+                static_cast<std::size_t>(std::find(polygon.begin(), polygon.end(), vertex) - polygon.begin());
             const int previous = polygon[(at + polygon.size() - 1) % polygon.size()];
             q = myOwners.at({vertex, previous});
             if (q == p) {

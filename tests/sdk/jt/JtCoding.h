@@ -41,7 +41,7 @@ public:
     /// The number of a version; none before version 9.
     Composer& Version(int number)
     {
-        return myFormat.IsV10() ? U8(static_cast<std::uint8_t>(number))
+        return myFormat.IsV10()  ? U8(static_cast<std::uint8_t>(number))
                : myFormat.IsV8() ? *this
                                  : Put(static_cast<std::int16_t>(number));
     }

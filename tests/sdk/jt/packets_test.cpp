@@ -30,8 +30,8 @@ TEST(JtPackets, EveryCodecGivesBackWhatWasCoded)
 {
     for (const int version : {80, 95}) {
         for (const bool isBigEndian : {false, true}) {
-            for (const Coding coding : {Coding::Plain, Coding::BitLength, Coding::Runs, Coding::Arithmetic,
-                                        Coding::Chopped}) {
+            for (const Coding coding :
+                 {Coding::Plain, Coding::BitLength, Coding::Runs, Coding::Arithmetic, Coding::Chopped}) {
                 if (version == 80 && (coding == Coding::Runs || coding == Coding::Chopped)) {
                     continue;
                 }

@@ -111,9 +111,17 @@ std::vector<Corner> Turned(std::vector<Corner> polygon)
 TEST(JtTopology, EveryPolygonComesBackWithItsAttributes)
 {
     const ClosedMesh meshes[] = {
-        Spindle(3),   Spindle(40),  Spindle(64), Spindle(65),
-        Spindle(300), Torus(3, 3),  Torus(7, 5), Torus(40, 30),
-        Tube(5),      Tube(90),     Both(Tube(12), Both(Torus(20, 9), Spindle(31))),
+        Spindle(3),
+        Spindle(40),
+        Spindle(64),
+        Spindle(65),
+        Spindle(300),
+        Torus(3, 3),
+        Torus(7, 5),
+        Torus(40, 30),
+        Tube(5),
+        Tube(90),
+        Both(Tube(12), Both(Torus(20, 9), Spindle(31))),
     };
     std::size_t splits = 0;
     for (const ClosedMesh& mesh : meshes) {
