@@ -4,7 +4,7 @@
 
 #include "sdk/acis/AcisTree.h"
 #include "sdk/acis/AcisWriter.h"
-#include "sdk/mesh/ExportPlan.h"
+#include "sdk/mesh/StreamedWriterEngine.h"
 #include "sdk/occt/EngineScope.h"
 #include "sdk/text/FileBytes.h"
 
@@ -45,39 +45,13 @@ private:
     acis::AcisFile myFile;
 };
 
-class AcisWriterEngine final : public WriterEngine
-{
-public:
-    bool Transfer(const ModelData_Model& model, const Base_WriterParameters& parameters) override
-    {
-        myModel = model;
-        myUnit = parameters.LengthUnit();
-        return mesh::ExportPlan().Build(model); // refuses what cannot be written
-    }
-
-    bool WriteFile(const std::filesystem::path& file) override
-    {
-        text::AtomicFile target(file);
-        return target.IsOpen() && acis::AcisWriter(target, myModel, myUnit).Write() && target.Commit();
-    }
-
-    bool WriteStream(std::ostream& stream) override
-    {
-        text::StreamSink sink(stream);
-        return acis::AcisWriter(sink, myModel, myUnit).Write() && stream.flush();
-    }
-
-private:
-    ModelData_Model myModel;
-    Base_LengthUnit myUnit = Base_LU_Millimeters;
-};
-
 } // namespace
 
 void RegisterAcisEngines(EngineRegistry& registry)
 {
     registry.SetReader(Format::ACIS, [] { return std::make_unique<AcisReaderEngine>(); });
-    registry.SetWriter(Format::ACIS, [] { return std::make_unique<AcisWriterEngine>(); });
+    registry.SetWriter(Format::ACIS,
+                       [] { return std::make_unique<mesh::ModelWriterEngine<acis::AcisWriter>>(); });
 }
 
 } // namespace internal

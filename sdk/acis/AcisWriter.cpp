@@ -6,12 +6,11 @@
 #include <optional>
 #include <vector>
 
-#include <cadex/ModelData_PolyLineSet.hxx>
-#include <cadex/internal/Reports.hxx>
-
 #include "sdk/text/LengthUnits.h"
 
 namespace cadex::acis {
+
+using mesh::PolygonBody;
 
 namespace {
 
@@ -20,85 +19,13 @@ constexpr std::size_t PieceSize = std::size_t{1} << 18;
 constexpr double Tolerance = 1e-6; ///< of the header, in the file's unit
 constexpr double FlatWithin = 1e-7;
 
-std::optional<ModelData_Color> ColourOf(const ModelData_Appearance& appearance)
-{
-    ModelData_Color colour;
-    if (appearance.IsNull() || !appearance.ToColor(colour)) {
-        return std::nullopt;
-    }
-    return colour;
-}
-
-bool IsSame(const std::optional<ModelData_Color>& a, const std::optional<ModelData_Color>& b)
-{
-    return a.has_value() == b.has_value() &&
-           (!a || (a->R() == b->R() && a->G() == b->G() && a->B() == b->B()));
-}
-
-/// All triangle sets of a part in one mesh, whatever the colours: a body of two colours is still closed.
-struct JoinedSets
-{
-    internal::TriangleSetImpl triangles;
-    std::vector<std::size_t> colourOf; ///< by triangle
-    std::vector<std::optional<ModelData_Color>> colours;
-
-    /// The colour of the body: none, where one set has none; else that of the first set.
-    std::size_t BodyColour() const
-    {
-        const auto none =
-            std::find_if(colours.begin(), colours.end(), [](const auto& colour) { return !colour; });
-        return none == colours.end() ? 0 : static_cast<std::size_t>(none - colours.begin());
-    }
-
-    explicit JoinedSets(const mesh::PlacedPart& placed)
-    {
-        const ModelData_PolyRepresentation shapes = placed.part.PolyRepresentation(ModelData_RM_Poly);
-        for (std::size_t i = 0; !shapes.IsNull() && i < shapes.Get().Size(); ++i) {
-            const ModelData_PolyVertexSet& shape = shapes.Get()[i];
-            if (shape.TypeId() != ModelData_IndexedTriangleSet::GetTypeId()) {
-                internal::Reports::Add(internal::Report::Kind::LeftOut, "lines and points");
-                continue;
-            }
-            const auto& set = *static_cast<const internal::TriangleSetImpl*>(shape.Impl());
-            mesh::Append(triangles, set.points, set.indices);
-            const ModelData_Appearance own = shape.Appearance();
-            Colour(ColourOf(own.IsNull() ? placed.appearance : own));
-        }
-    }
-
-private:
-    void Colour(const std::optional<ModelData_Color>& colour)
-    {
-        const auto known = std::find_if(colours.begin(), colours.end(),
-                                        [&](const auto& other) { return IsSame(colour, other); });
-        const auto index = static_cast<std::size_t>(known - colours.begin());
-        if (known == colours.end()) {
-            colours.push_back(colour);
-        }
-        colourOf.resize(triangles.indices.size() / 3, index);
-    }
-};
-
-bool HasTriangles(const ModelData_Part& part)
-{
-    const ModelData_PolyRepresentation shapes = part.PolyRepresentation(ModelData_RM_Poly);
-    for (std::size_t i = 0; !shapes.IsNull() && i < shapes.Get().Size(); ++i) {
-        if (shapes.Get()[i].TypeId() == ModelData_IndexedTriangleSet::GetTypeId()) {
-            return true;
-        }
-    }
-    return false;
-}
-
 } // namespace
 
 /// One shell and where its records stand: all of a kind behind each other.
 struct AcisWriter::Region
 {
-    PolygonBody polygons;
-    const std::vector<Vector3>* vertices = nullptr; ///< of the mesh
-    const std::vector<std::optional<ModelData_Color>>* colours = nullptr;
-    std::size_t bodyColour = 0;
+    const mesh::FlatPart* part = nullptr;
+    const PolygonBody* polygons = nullptr;
     bool isClosed = false;
     std::size_t colouredFaces = 0;
     std::size_t body = Nothing; ///< where the region is the first of its lump
@@ -119,19 +46,15 @@ struct AcisWriter::Region
     {
         shell = first;
         faces = shell + 1;
-        loops = faces + polygons.faces.size();
-        coedges = loops + polygons.loops.size();
-        edges = coedges + polygons.coedges.size();
-        vertexes = edges + 2 * polygons.edges.size();
-        surfaces = vertexes + 2 * polygons.vertices.size();
-        attributes = surfaces + polygons.faces.size();
+        loops = faces + polygons->faces.size();
+        coedges = loops + polygons->loops.size();
+        edges = coedges + polygons->coedges.size();
+        vertexes = edges + 2 * polygons->edges.size();
+        surfaces = vertexes + 2 * polygons->vertices.size();
+        attributes = surfaces + polygons->faces.size();
         return attributes + colouredFaces;
     }
-    bool IsColoured(const PolygonBody::Face& face) const
-    {
-        return face.set != bodyColour && (*colours)[face.set].has_value();
-    }
-    const Vector3& At(std::uint32_t place) const { return (*vertices)[polygons.vertices[place]]; }
+    const Vector3& At(std::uint32_t place) const { return part->At(*polygons, place); }
 };
 
 AcisWriter::AcisWriter(text::ByteSink& sink, const ModelData_Model& model, Base_LengthUnit unit)
@@ -151,8 +74,9 @@ void AcisWriter::Number(Real value)
 bool AcisWriter::Write()
 {
     std::size_t bodies = 0;
-    mesh::ForEachPlacedPart(
-        myModel, [&](const mesh::PlacedPart& placed) { bodies += HasTriangles(placed.part) ? 1U : 0U; });
+    mesh::ForEachPlacedPart(myModel, [&](const mesh::PlacedPart& placed) {
+        bodies += mesh::HasTriangles(placed.part) ? 1U : 0U;
+    });
     WriteHeader(bodies);
     mesh::ForEachPlacedPart(myModel, [&](const mesh::PlacedPart& placed) { WritePart(placed); });
     myBuffer += "End-of-ACIS-data \n";
@@ -176,55 +100,43 @@ void AcisWriter::WriteHeader(std::size_t bodies)
 /// A part whose triangles all have no area is an empty body.
 void AcisWriter::WritePart(const mesh::PlacedPart& placed)
 {
-    if (!HasTriangles(placed.part) || !myIsWhole) {
+    if (!mesh::HasTriangles(placed.part) || !myIsWhole) {
         return;
     }
-    const double scale = 1 / myMillimetres;
-    const JoinedSets joined(placed);
     // a movement stays one, so that equal parts have equal records; anything else goes into the points
     const bool isMoved = mesh::IsMovement(placed.placement) && !mesh::IsIdentity(placed.placement);
-    const mesh::PlacedMesh solid(joined.triangles,
-                                 mesh::Compose({{scale, 0, 0, 0, scale, 0, 0, 0, scale}, {}},
-                                               isMoved ? mesh::Affine() : placed.placement));
-    const std::vector<mesh::MeshBody> pieces = mesh::FindBodies(solid);
+    const double scale = 1 / myMillimetres;
+    const mesh::FlatPart part(placed,
+                              mesh::Compose({{scale, 0, 0, 0, scale, 0, 0, 0, scale}, {}},
+                                            isMoved ? mesh::Affine() : placed.placement),
+                              FlatWithin);
     std::vector<Region> regions;
     const std::size_t body = myNext;
-    const std::optional<ModelData_Color>& colour = joined.colours[joined.BodyColour()];
+    const std::optional<ModelData_Color>& colour = part.BodyColour();
     const bool hasName = !placed.name.IsEmpty();
     const std::size_t colourRecord = body + 1;
     const std::size_t nameRecord = body + 1 + (colour ? 1 : 0);
     const std::size_t transform = nameRecord + (hasName ? 1 : 0);
     std::size_t next = transform + (isMoved ? 1 : 0);
-    const std::size_t firstLump = pieces.empty() ? Nothing : next;
-    for (const mesh::MeshBody& piece : pieces) {
-        std::vector<std::size_t> shells{piece.outer};
-        shells.insert(shells.end(), piece.voids.begin(), piece.voids.end());
+    const std::size_t firstLump = part.bodies.empty() ? Nothing : next;
+    for (const mesh::FlatBody& piece : part.bodies) {
         const std::size_t lump = next++;
-        for (const std::size_t shell : shells) {
+        for (const PolygonBody& shell : piece.shells) {
             Region region;
-            std::vector<BodyTriangle> triangles;
-            const mesh::MeshTopology::Piece& part = solid.topology.pieces[shell];
-            for (std::size_t i = part.first; i < part.last; ++i) {
-                const U32 triangle = solid.topology.triangles[i];
-                triangles.push_back({solid.Corners(triangle, piece.isTurned),
-                                     joined.colourOf[solid.topology.SourceOf(joined.triangles, triangle)]});
-            }
-            region.polygons = MergeCoplanar(triangles, solid.vertices, FlatWithin);
-            region.vertices = &solid.vertices;
-            region.colours = &joined.colours;
-            region.bodyColour = joined.BodyColour();
+            region.part = &part;
+            region.polygons = &shell;
             region.isClosed = piece.isClosed;
-            region.body = shell == piece.outer ? body : Nothing;
+            region.body = &shell == &piece.shells.front() ? body : Nothing;
             region.lump = lump;
             region.colouredFaces = static_cast<std::size_t>(
-                std::count_if(region.polygons.faces.begin(), region.polygons.faces.end(),
-                              [&](const PolygonBody::Face& face) { return region.IsColoured(face); }));
+                std::count_if(shell.faces.begin(), shell.faces.end(),
+                              [&](const PolygonBody::Face& face) { return part.IsColoured(face); }));
             next = region.Place(next);
-            region.nextShell = shell == shells.back() ? Nothing : next;
-            region.nextLump = &piece == &pieces.back() ? Nothing : next; // true of the last shell alone
-            regions.push_back(std::move(region));
+            region.nextShell = &shell == &piece.shells.back() ? Nothing : next;
+            region.nextLump = &piece == &part.bodies.back() ? Nothing : next; // true of the last shell alone
+            regions.push_back(region);
         }
-        regions[regions.size() - shells.size()].nextLump = regions.back().nextLump;
+        regions[regions.size() - piece.shells.size()].nextLump = regions.back().nextLump;
     }
     Begin("body", colour ? colourRecord : hasName ? nameRecord : Nothing);
     Pointer(firstLump);
@@ -280,32 +192,30 @@ void AcisWriter::WriteRegion(const Region& region)
     End();
     WriteFaces(region);
     WriteEdges(region);
-    for (const PolygonBody::Face& face : region.polygons.faces) {
-        const PolygonBody::Loop& loop = region.polygons.loops[face.first];
-        const PolygonBody::Coedge& side = region.polygons.coedges[loop.first];
-        const Vector3 along = mesh::Minus(region.At(side.to), region.At(side.from));
-        const double length = mesh::Length(along);
+    for (const PolygonBody::Face& face : region.polygons->faces) {
+        const PolygonBody::Coedge& side = region.polygons->coedges[region.polygons->loops[face.first].first];
         Begin("plane-surface", Nothing);
         Vector(region.At(side.from));
         Vector(face.normal);
-        Vector({along[0] / length, along[1] / length, along[2] / length});
+        Vector(SideOf(*region.part, *region.polygons, side).direction);
         Word("forward_v I I I I");
         End();
     }
-    for (std::size_t i = 0; i < region.polygons.faces.size(); ++i) {
-        if (const PolygonBody::Face& face = region.polygons.faces[i]; region.IsColoured(face)) {
-            WriteColour(region.faces + i, Nothing, *(*region.colours)[face.set]);
+    for (std::size_t i = 0; i < region.polygons->faces.size(); ++i) {
+        const PolygonBody::Face& face = region.polygons->faces[i];
+        if (region.part->IsColoured(face)) {
+            WriteColour(region.faces + i, Nothing, *region.part->colours[face.set]);
         }
     }
 }
 
 void AcisWriter::WriteFaces(const Region& region)
 {
-    const PolygonBody& polygons = region.polygons;
+    const PolygonBody& polygons = *region.polygons;
     std::size_t attribute = region.attributes;
     for (std::size_t i = 0; i < polygons.faces.size(); ++i) {
         const PolygonBody::Face& face = polygons.faces[i];
-        Begin("face", region.IsColoured(face) ? attribute++ : Nothing);
+        Begin("face", region.part->IsColoured(face) ? attribute++ : Nothing);
         Pointer(i + 1 < polygons.faces.size() ? region.faces + i + 1 : Nothing);
         Pointer(region.loops + face.first);
         Pointer(region.shell);
@@ -340,25 +250,23 @@ void AcisWriter::WriteFaces(const Region& region)
 
 void AcisWriter::WriteEdges(const Region& region)
 {
-    const PolygonBody& polygons = region.polygons;
+    const PolygonBody& polygons = *region.polygons;
     for (std::size_t i = 0; i < polygons.edges.size(); ++i) {
         const PolygonBody::Coedge& coedge = polygons.coedges[polygons.edges[i]];
-        const Vector3& from = region.At(coedge.from);
-        const Vector3 along = mesh::Minus(region.At(coedge.to), from);
-        const double length = mesh::Length(along);
+        const mesh::Side side = SideOf(*region.part, polygons, coedge);
         Begin("edge", Nothing);
         Pointer(region.vertexes + 2 * std::size_t{coedge.from});
         Number(0.);
         Pointer(region.vertexes + 2 * std::size_t{coedge.to});
-        Number(length);
+        Number(side.length);
         Pointer(region.coedges + polygons.edges[i]);
         Pointer(region.edges + 2 * i + 1);
         Word("forward");
         Text("unknown");
         End();
         Begin("straight-curve", Nothing);
-        Vector(from);
-        Vector({along[0] / length, along[1] / length, along[2] / length});
+        Vector(region.At(coedge.from));
+        Vector(side.direction);
         Word("I I");
         End();
     }

@@ -10,12 +10,13 @@
 #include <cadex/Base_LengthUnit.hxx>
 #include <cadex/ModelData_Model.hxx>
 
-#include "sdk/acis/AcisPolygons.h"
-#include "sdk/mesh/MeshBodies.h"
+#include "sdk/mesh/FlatPart.h"
 #include "sdk/mesh/PlacedParts.h"
 #include "sdk/text/AtomicFile.h"
 
 namespace cadex::acis {
+
+using mesh::Vector3;
 
 /// Writes once. The model must be one of which an ExportPlan can be made.
 class AcisWriter

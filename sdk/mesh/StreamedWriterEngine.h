@@ -43,4 +43,34 @@ private:
     ExportOptions myOptions;
 };
 
+/// The same of formats whose writers walk the model themselves (ACIS, Parasolid): `Writer` is made of a sink,
+/// the model and the unit of length.
+template <typename Writer>
+class ModelWriterEngine final : public internal::WriterEngine
+{
+public:
+    bool Transfer(const ModelData_Model& model, const Base_WriterParameters& parameters) override
+    {
+        myModel = model;
+        myUnit = parameters.LengthUnit();
+        return ExportPlan().Build(model); // refuses what cannot be written
+    }
+
+    bool WriteFile(const std::filesystem::path& file) override
+    {
+        text::AtomicFile target(file);
+        return target.IsOpen() && Writer(target, myModel, myUnit).Write() && target.Commit();
+    }
+
+    bool WriteStream(std::ostream& stream) override
+    {
+        text::StreamSink sink(stream);
+        return Writer(sink, myModel, myUnit).Write() && stream.flush();
+    }
+
+private:
+    ModelData_Model myModel;
+    Base_LengthUnit myUnit = Base_LU_Millimeters;
+};
+
 } // namespace cadex::mesh

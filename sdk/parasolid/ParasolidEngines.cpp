@@ -2,8 +2,10 @@
 
 #include <iterator>
 
+#include "sdk/mesh/StreamedWriterEngine.h"
 #include "sdk/occt/EngineScope.h"
 #include "sdk/parasolid/ParasolidTree.h"
+#include "sdk/parasolid/ParasolidWriter.h"
 #include "sdk/text/FileBytes.h"
 
 namespace cadex {
@@ -47,6 +49,9 @@ private:
 void RegisterParasolidEngines(EngineRegistry& registry)
 {
     registry.SetReader(Format::Parasolid, [] { return std::make_unique<ParasolidReaderEngine>(); });
+    registry.SetWriter(Format::Parasolid, [] {
+        return std::make_unique<mesh::ModelWriterEngine<parasolid::ParasolidWriter>>();
+    });
 }
 
 } // namespace internal

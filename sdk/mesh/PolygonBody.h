@@ -1,5 +1,5 @@
-// Triangles of a body merged into planar faces with loops, and the edges between them: what a SAT file says
-// of a body of flat faces.
+// Triangles of a body merged into planar faces with loops, and the edges between them: what formats of
+// boundary representations say of a body of flat faces.
 //
 //     const PolygonBody polygons = MergeCoplanar(triangles, vertices, colours, 1e-7);
 #pragma once
@@ -11,9 +11,7 @@
 
 #include "sdk/mesh/Vectors.h"
 
-namespace cadex::acis {
-
-using mesh::Vector3;
+namespace cadex::mesh {
 
 struct PolygonBody
 {
@@ -60,4 +58,4 @@ struct BodyTriangle
 PolygonBody MergeCoplanar(const std::vector<BodyTriangle>& triangles, const std::vector<Vector3>& vertices,
                           double tolerance);
 
-} // namespace cadex::acis
+} // namespace cadex::mesh

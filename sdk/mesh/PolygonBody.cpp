@@ -1,4 +1,4 @@
-#include "sdk/acis/AcisPolygons.h"
+#include "sdk/mesh/PolygonBody.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,7 +8,7 @@
 
 #include "sdk/mesh/MeshTopology.h"
 
-namespace cadex::acis {
+namespace cadex::mesh {
 
 namespace {
 
@@ -75,7 +75,7 @@ private:
     Vector3 NormalOf(std::size_t triangle) const
     {
         const auto& corners = myTriangles[triangle].corners;
-        return mesh::AreaNormal(myVertices[corners[0]], myVertices[corners[1]], myVertices[corners[2]]);
+        return AreaNormal(myVertices[corners[0]], myVertices[corners[1]], myVertices[corners[2]]);
     }
 
     /// From the largest triangle on, each takes its neighbours in.
@@ -85,7 +85,7 @@ private:
         std::vector<double> areas(myTriangles.size());
         for (std::size_t i = 0; i < normals.size(); ++i) {
             normals[i] = NormalOf(i);
-            areas[i] = mesh::Length(normals[i]);
+            areas[i] = Length(normals[i]);
         }
         std::vector<std::size_t> order(myTriangles.size());
         std::iota(order.begin(), order.end(), std::size_t{0});
@@ -109,7 +109,7 @@ private:
                 for (std::size_t half = 3 * triangle; half < 3 * triangle + 3; ++half) {
                     const std::size_t other = myTwins[half] == NoIndex ? NoIndex : myTwins[half] / 3;
                     if (other != NoIndex && myGroupOf[other] == NoIndex && Fits(other, seed, normal) &&
-                        mesh::Dot(normals[other], normal) > SameWay * areas[other]) {
+                        Dot(normals[other], normal) > SameWay * areas[other]) {
                         myGroupOf[other] = group;
                         open.push_back(other);
                     }
@@ -129,8 +129,7 @@ private:
         return myTriangles[triangle].set == myTriangles[seed].set &&
                std::all_of(myTriangles[triangle].corners.begin(), myTriangles[triangle].corners.end(),
                            [&](std::uint32_t corner) {
-                               return std::abs(mesh::Dot(mesh::Minus(myVertices[corner], origin), normal)) <=
-                                      myTolerance;
+                               return std::abs(Dot(Minus(myVertices[corner], origin), normal)) <= myTolerance;
                            });
     }
 
@@ -235,4 +234,4 @@ PolygonBody MergeCoplanar(const std::vector<BodyTriangle>& triangles, const std:
     return Merger(triangles, vertices, tolerance).Merge();
 }
 
-} // namespace cadex::acis
+} // namespace cadex::mesh
