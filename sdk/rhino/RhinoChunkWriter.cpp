@@ -1,6 +1,6 @@
 #include "sdk/rhino/RhinoChunkWriter.h"
 
-#include <zlib.h>
+#include "sdk/text/Inflate.h"
 
 namespace cadex::rhino {
 
@@ -8,22 +8,11 @@ namespace {
 
 constexpr std::size_t BufferSize = std::size_t{1} << 20;
 
-std::uint32_t Continue(std::uint32_t crc, std::string_view bytes)
-{
-    while (!bytes.empty()) {
-        const std::size_t piece = bytes.size() < (std::size_t{1} << 30) ? bytes.size() : std::size_t{1} << 30;
-        crc = static_cast<std::uint32_t>(
-            crc32(crc, reinterpret_cast<const Bytef*>(bytes.data()), static_cast<uInt>(piece)));
-        bytes.remove_prefix(piece);
-    }
-    return crc;
-}
-
 } // namespace
 
 std::uint32_t ChunkWriter::ChecksumOf(std::string_view bytes)
 {
-    return Continue(0, bytes);
+    return text::Crc32(0, bytes);
 }
 
 bool ChunkWriter::Again()
@@ -43,7 +32,7 @@ bool ChunkWriter::Again()
 void ChunkWriter::Settle()
 {
     if (!myOpen.empty() && (myOpen.back().typeCode & code::CrcBit) != 0) {
-        myOpen.back().crc = Continue(myOpen.back().crc, std::string_view(myBuffer).substr(myUnsettled));
+        myOpen.back().crc = text::Crc32(myOpen.back().crc, std::string_view(myBuffer).substr(myUnsettled));
     }
     myUnsettled = myBuffer.size();
 }
@@ -65,7 +54,7 @@ void ChunkWriter::Bytes(std::string_view bytes)
     if (bytes.size() >= BufferSize) { // goes out as it is
         Flush();
         if (!myOpen.empty()) {
-            myOpen.back().crc = Continue(myOpen.back().crc, bytes);
+            myOpen.back().crc = text::Crc32(myOpen.back().crc, bytes);
         }
         myHasFailed = myHasFailed || !mySink.Write(bytes);
         return;

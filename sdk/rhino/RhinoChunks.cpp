@@ -2,9 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
-#include <limits>
 
-#include <zlib.h>
+#include "sdk/text/Inflate.h"
 
 namespace cadex::rhino {
 
@@ -18,42 +17,6 @@ constexpr std::size_t BudgetFactor = 64;
 
 constexpr std::uint32_t TableKind = 0x10000000;
 constexpr std::uint32_t KindMask = 0xF0000000;
-
-std::uint32_t Checksum(std::uint32_t crc, std::string_view bytes)
-{
-    while (!bytes.empty()) {
-        const std::size_t piece = std::min<std::size_t>(bytes.size(), std::size_t{1} << 30);
-        crc = static_cast<std::uint32_t>(
-            crc32(crc, reinterpret_cast<const Bytef*>(bytes.data()), static_cast<uInt>(piece)));
-        bytes.remove_prefix(piece);
-    }
-    return crc;
-}
-
-/// Inflates exactly as many bytes as `target` has.
-void Inflate(std::string_view packed, std::string& target)
-{
-    if (packed.size() > std::numeric_limits<uInt>::max() ||
-        target.size() > std::numeric_limits<uInt>::max()) {
-        throw Unreadable("a compressed buffer is too large");
-    }
-    z_stream stream{};
-    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(packed.data()));
-    stream.avail_in = static_cast<uInt>(packed.size());
-    stream.next_out = reinterpret_cast<Bytef*>(target.data());
-    stream.avail_out = static_cast<uInt>(target.size());
-    if (inflateInit(&stream) != Z_OK) {
-        throw std::bad_alloc();
-    }
-    const int result = inflate(&stream, Z_FINISH);
-    inflateEnd(&stream);
-    if (result != Z_STREAM_END || stream.avail_out != 0) {
-        throw Unreadable("a compressed buffer is damaged");
-    }
-}
-
-/// Deflate packs no tighter than this.
-constexpr std::size_t BestRatio = 1032;
 
 } // namespace
 
@@ -113,17 +76,20 @@ std::string Chunk::Buffer(std::size_t expected)
         result = Take(size);
     } else if (method == 1) {
         Chunk packed = Child(code::Anonymous);
-        if (size > myFacts->budget || size / BestRatio > packed.Left()) {
+        const std::string_view bytes = packed.Take(packed.Left());
+        if (size > myFacts->budget || !text::CanInflateTo(bytes, size)) {
             throw Unreadable("a compressed buffer claims too much memory");
         }
         myFacts->budget -= size;
         result.resize(size);
-        Inflate(packed.Take(packed.Left()), result);
+        if (!text::Inflate(bytes, text::Packing::Zlib, result)) {
+            throw Unreadable("a compressed buffer is damaged");
+        }
         packed.Finish();
     } else {
         throw Unreadable("a buffer is packed in an unknown way");
     }
-    if (Checksum(0, result) != crc) {
+    if (text::Crc32(0, result) != crc) {
         throw Unreadable("the checksum of a buffer is wrong");
     }
     return result;
@@ -132,7 +98,7 @@ std::string Chunk::Buffer(std::size_t expected)
 Chunk Chunk::Child()
 {
     if ((myCode & code::CrcBit) != 0) {
-        myCrc = Checksum(myCrc, {myFacts->bytes + myOwnFrom, myAt - myOwnFrom});
+        myCrc = text::Crc32(myCrc, {myFacts->bytes + myOwnFrom, myAt - myOwnFrom});
     }
     const std::uint32_t typeCode = U32();
     const std::int64_t value = myFacts->version >= 50 ? Get<std::int64_t>() : Get<std::int32_t>();
@@ -172,7 +138,7 @@ void Chunk::Finish()
     if ((myCode & code::CrcBit) == 0 || IsShort() || !myIsWhole || !AtEnd()) {
         return;
     }
-    myCrc = Checksum(myCrc, {myFacts->bytes + myOwnFrom, myAt - myOwnFrom});
+    myCrc = text::Crc32(myCrc, {myFacts->bytes + myOwnFrom, myAt - myOwnFrom});
     myOwnFrom = myAt;
     std::uint32_t stored = 0;
     std::memcpy(&stored, myFacts->bytes + myEnd, sizeof(stored));

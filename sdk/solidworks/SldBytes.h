@@ -11,6 +11,8 @@
 
 #include <cadex/Base_UTF16String.hxx>
 
+#include "sdk/text/Inflate.h"
+
 namespace cadex::solidworks {
 
 /// Why a file is refused.
@@ -41,18 +43,9 @@ T ValueAt(std::string_view bytes, std::size_t at)
 /// Text of two bytes a unit, as it lies in the file.
 Base_UTF16String Utf16At(std::string_view bytes, std::size_t at, std::size_t units);
 
-enum class Packing
-{
-    Raw, ///< deflate alone
-    Zlib
-};
-
 /// Inflates to exactly `size` bytes, which are taken off the budget. Throws Unreadable when the bytes become
 /// something else, or more memory than the budget or their own number allows.
-std::string Inflate(std::string_view packed, std::size_t size, Packing packing, std::size_t& budget);
-
-/// CRC-32 as in ZIP archives.
-std::uint32_t Checksum(std::string_view bytes);
+std::string Inflate(std::string_view packed, std::size_t size, text::Packing packing, std::size_t& budget);
 
 /// A stream that is packed once more: an identity of 16 bytes, the sizes unpacked and packed, zlib data.
 bool IsWrapped(std::string_view bytes);

@@ -128,8 +128,8 @@ std::optional<std::string> Container::Read(const std::string& name)
         }
         const Block& block = found->second;
         std::string bytes =
-            Inflate(myBytes.substr(block.data, block.packed), block.size, Packing::Raw, myBudget);
-        if (Checksum(bytes) != block.crc) {
+            Inflate(myBytes.substr(block.data, block.packed), block.size, text::Packing::Raw, myBudget);
+        if (text::Crc32(0, bytes) != block.crc) {
             throw Unreadable("the checksum of a block is wrong");
         }
         return bytes;
