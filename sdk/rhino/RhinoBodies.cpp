@@ -380,7 +380,7 @@ Body BodyOf(const Surface& surface)
     const gp_Pnt2d to = surface.Map(surface.end[0], surface.end[1]);
     const double u[2] = {std::min(from.X(), to.X()), std::max(from.X(), to.X())};
     const double v[2] = {std::min(from.Y(), to.Y()), std::max(from.Y(), to.Y())};
-    if (!Handle(Geom_Plane)::DownCast(surface.surface).IsNull()) {
+    if (surface.ring.IsNull() && !Handle(Geom_Plane)::DownCast(surface.surface).IsNull()) {
         int corners[4];
         for (int i = 0; i < 4; ++i) {
             corners[i] = target.AddVertex(surface.surface->Value(u[i == 1 || i == 2 ? 1 : 0], v[i / 2]));
@@ -397,7 +397,9 @@ Body BodyOf(const Surface& surface)
     } else {
         try {
             const Handle(Geom_Surface) bounded =
-                new Geom_RectangularTrimmedSurface(surface.surface, u[0], u[1], v[0], v[1]);
+                surface.ring.IsNull()
+                    ? new Geom_RectangularTrimmedSurface(surface.surface, u[0], u[1], v[0], v[1])
+                    : surface.ring;
             face.surface = target.AddSurface(GeomConvert::SurfaceToBSplineSurface(bounded));
         } catch (const Standard_Failure&) {
             body.lostFaces = 1;

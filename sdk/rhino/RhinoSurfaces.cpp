@@ -10,6 +10,7 @@
 #include <Geom_CylindricalSurface.hxx>
 #include <Geom_Line.hxx>
 #include <Geom_Plane.hxx>
+#include <Geom_RectangularTrimmedSurface.hxx>
 #include <Geom_SphericalSurface.hxx>
 #include <Geom_SurfaceOfRevolution.hxx>
 #include <Geom_ToroidalSurface.hxx>
@@ -211,7 +212,7 @@ Swept SweepLine(const Curve& profile, const gp_Ax1& axis)
         return {new Geom_CylindricalSurface(position, startRadius), 0, rise};
     }
     if (std::abs(rise) < tolerance::Recognition) {
-        // a disc: in the plane, u and v are no angles, but nothing asks for them
+        // a ring: in the plane, u is no angle, but only an untrimmed one asks for it
         return {new Geom_Plane(position), 0, -widening};
     }
     const double angle = std::atan(widening / rise);
@@ -297,6 +298,11 @@ Surface ReadRevolution(Chunk& data, double millimetres)
     result.surface = swept.surface;
     if (result.surface.IsNull()) {
         result.surface = new Geom_SurfaceOfRevolution(profile.curve, axis);
+    }
+    if (!Handle(Geom_Plane)::DownCast(result.surface).IsNull()) {
+        result.ring = new Geom_RectangularTrimmedSurface(new Geom_SurfaceOfRevolution(profile.curve, axis), 0,
+                                                         std::min(angles[1] - angles[0], 2 * M_PI),
+                                                         profile.first, profile.last);
     }
     result.axes[0] = AxisOf(parameters[0], parameters[1], 0, angles[1] - angles[0]);
     result.axes[1] = result.isElementary ? AxisOf(profile.begin, profile.end, swept.first, swept.last)

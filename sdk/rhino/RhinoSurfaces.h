@@ -28,6 +28,9 @@ struct Surface
     Axis axes[2] = {};        ///< from the file's to the kernel's, for the kernel's u and v
     /// A plane or another elementary surface: curves on it follow from those in space.
     bool isElementary = false;
+    /// The rectangle itself where that of a plane's parameters is none (a ring that a line sweeps); else
+    /// null.
+    Handle(Geom_Surface) ring = {};
 
     /// The kernel's normal is the opposite of the file's.
     bool IsFlipped() const { return isExchanged != (axes[0].factor * axes[1].factor < 0); }

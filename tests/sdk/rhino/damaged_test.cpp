@@ -1,6 +1,7 @@
 // 3DM files that are damaged, or built to hurt.
 #include "tests/sdk/TreeText.h"
 #include "tests/sdk/rhino/Files3dm.h"
+#include "tests/sdk/rhino/Tables3dm.h"
 #include "tests/support/ModelBuilder.h"
 
 #include <gtest/gtest.h>
@@ -66,37 +67,6 @@ TEST(RhinoDamage, TwoHundredDamagedFiles)
     model.AddRoot(Zemtar::Test::MakeAssembly("root", places));
     test::ExpectDamagedFilesEndWell<Rhino_Reader>({Fixture("v3.3dm"), Fixture("v8.3dm"), Written(model)}, 200,
                                                   120);
-}
-
-/// A file of one table after the other, as `write` fills them.
-template <typename Write>
-std::string FileOf(const Write& write)
-{
-    std::ostringstream stream;
-    text::StreamSink sink(stream);
-    rhino::ChunkWriter out(sink);
-    do {
-        out.Bytes("3D Geometry File Format       50");
-        out.Begin(code::Comment);
-        out.End();
-        out.Begin(code::PropertiesTable);
-        out.Short(code::LibraryVersion, rhino::WrittenLibrary);
-        out.Short(code::EndOfTable, 0);
-        out.End();
-        write(out);
-        const std::uint64_t size = out.Position() + 20;
-        out.Begin(code::EndOfFile);
-        out.Put(size);
-        out.End();
-    } while (out.Again());
-    return stream.str();
-}
-
-rhino::Uuid Number(std::uint8_t number)
-{
-    rhino::Uuid id;
-    id.bytes[0] = number;
-    return id;
 }
 
 void Reference(rhino::ChunkWriter& out, std::uint8_t id, std::uint8_t definition, bool isMember)
