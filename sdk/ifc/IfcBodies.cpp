@@ -92,6 +92,9 @@ void BodyReader::Read(const Entity& item, std::vector<Body>& bodies)
     bool told = false;
     const bool done = occt::RunGuarded(occt::EngineUse::Geometry, [&] {
         try {
+            if (!item) {
+                throw Unbuildable("an item that the file does not have");
+            }
             ReadItem(item, bodies);
             return true;
         } catch (const Unbuildable& reason) {
@@ -106,8 +109,9 @@ void BodyReader::Read(const Entity& item, std::vector<Body>& bodies)
             myContext.Report(Report::Kind::LeftOut, "an item that the kernel cannot build");
         }
     }
-    ++myItems;
-    myMade += bodies.size() > before ? 1 : 0;
+    if (done && bodies.size() == before) {
+        myContext.Report(Report::Kind::LeftOut, "an item of which nothing can be built");
+    }
     for (std::size_t i = before; i < bodies.size(); ++i) {
         bodies[i].item = bodies[i].item != 0 ? bodies[i].item : item.Id();
         if (bodies[i].appearance.IsNull()) {

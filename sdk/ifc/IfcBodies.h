@@ -37,10 +37,9 @@ public:
     {
     }
 
-    /// Appends the bodies of one item that is no mapped item. An item that cannot be built gives none.
+    /// Appends the bodies of one item that is no mapped item. An item that cannot be built gives none, and is
+    /// reported.
     void Read(const Entity& item, std::vector<Body>& bodies);
-    /// Items were read, and none of them gave a body.
-    bool HasOnlyFailed() const { return myItems > 0 && myMade == 0; }
     /// Appends all bodies of a representation, those of mapped items moved to their places.
     void ReadFlat(const Entity& representation, const Affine& placement, std::vector<Body>& bodies,
                   int depth = 0);
@@ -58,8 +57,6 @@ private:
     const Relations& myRelations;
     StyleReader& myStyles;
     SolidReader mySolids;
-    std::size_t myItems = 0; ///< read so far
-    std::size_t myMade = 0;  ///< of them, those that gave a body
 };
 
 /// Target o origin^-1 of an IfcMappedItem: where the representation map's own coordinates come to lie.

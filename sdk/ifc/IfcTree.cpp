@@ -76,10 +76,6 @@ bool ModelBuilder::Build(ModelData_Model& model)
     if (internal::Progress::IsCancelled()) {
         return false;
     }
-    if (myBodies.HasOnlyFailed()) {
-        // the tree with its names and properties is left, so the file is none that fails
-        Reports::Add(Report::Kind::LeftOut, "none of the file's bodies can be built");
-    }
     for (const ModelData_Assembly& assembly : roots) {
         model.AddRoot(assembly);
     }
@@ -328,14 +324,16 @@ void ModelBuilder::AddItems(const Entity& representation, const Base_UTF16String
     for (Id id : representation.Refs(3)) {
         const Entity item = myFile.Get(id);
         if (!item.Is(Type::IfcMappedItem)) {
-            if (item) {
-                myBodies.Read(item, bodies);
-            }
+            myBodies.Read(item, bodies);
             continue;
         }
         const ModelData_Appearance style = myStyles.OfItem(id);
-        const ModelData_SceneGraphElement element =
-            MapElement(item.Ref(0), name, style.IsNull() ? fallback : style);
+        const Entity map = item.Ref(0);
+        if (!map.Is(Type::IfcRepresentationMap)) {
+            Reports::Add(Report::Kind::LeftOut, "a mapped item without anything to place", id);
+            continue;
+        }
+        const ModelData_SceneGraphElement element = MapElement(map, name, style.IsNull() ? fallback : style);
         if (!element.IsNull()) {
             try {
                 placed.push_back({element, MappingOf(myContext, item), true});
@@ -349,7 +347,7 @@ void ModelBuilder::AddItems(const Entity& representation, const Base_UTF16String
 ModelData_SceneGraphElement ModelBuilder::MapElement(const Entity& map, const Base_UTF16String& name,
                                                      const ModelData_Appearance& fallback)
 {
-    if (!map.Is(Type::IfcRepresentationMap) || myOpenMaps.count(map.Id()) != 0 || myOpenMaps.size() > 16) {
+    if (myOpenMaps.count(map.Id()) != 0 || myOpenMaps.size() > 16) {
         return {};
     }
     // A map whose bodies all have a look of their own is one part, whatever wears it.

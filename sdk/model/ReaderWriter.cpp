@@ -1,14 +1,21 @@
 #include <cadex/Base_Reader.hxx>
 #include <cadex/Base_Writer.hxx>
 
+#include <algorithm>
+#include <deque>
 #include <exception>
 #include <new>
 #include <string>
+#include <unordered_set>
 #include <utility>
 
+#include <cadex/ModelData_Assembly.hxx>
+#include <cadex/ModelData_Instance.hxx>
+#include <cadex/ModelData_Part.hxx>
 #include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
+#include "sdk/model/Elements.h"
 #include "sdk/model/EngineRegistry.h"
 
 namespace cadex {
@@ -44,6 +51,9 @@ bool Guarded(internal::ProgressStage stage, Call call) noexcept
 {
     const internal::ProgressRange range(stage);
     const bool isDone = !internal::Progress::IsCancelled() && Caught(call);
+    if (!isDone && !internal::Reports::Have(internal::Report::Kind::Refused)) {
+        ReportRefusal("the engine gave up"); // what it gave up at is reported as left out
+    }
     return !internal::Progress::ReportCancel() && isDone;
 }
 
@@ -66,6 +76,42 @@ bool InRange(internal::Format format)
 Base_UTF16String TextOf(const std::filesystem::path& path)
 {
     return Base_UTF16String(reinterpret_cast<const char*>(path.u8string().c_str()));
+}
+
+/// Looks for a part with a shape; what several instances share is looked through once.
+class ShapeSearch : public ModelData_Model::VoidElementVisitor
+{
+public:
+    void operator()(const ModelData_Part& part) override
+    {
+        const ModelData_PolyRepresentation mesh = part.PolyRepresentation(ModelData_RM_Any);
+        isFound = isFound || !part.BRepRepresentation().IsNull() || (!mesh.IsNull() && mesh.Get().Size() > 0);
+    }
+    bool VisitEnter(const ModelData_Assembly& assembly) override
+    {
+        return !isFound && mySeen.insert(assembly.Impl()).second;
+    }
+    bool VisitEnter(const ModelData_Instance&) override { return !isFound; }
+
+    bool isFound = false;
+
+private:
+    std::unordered_set<const void*> mySeen;
+};
+
+using Roots = std::deque<ModelData_SceneGraphElement>;
+
+/// Nothing is no success: roots without a shape are sound only when nothing was lost on the way.
+bool HasLostAll(const Roots& roots, std::size_t first)
+{
+    if (!internal::Reports::Have(internal::Report::Kind::LeftOut)) {
+        return false;
+    }
+    ShapeSearch search;
+    for (std::size_t i = first; i < roots.size() && !search.isFound; ++i) {
+        roots[i].Accept(search);
+    }
+    return !search.isFound;
 }
 
 } // namespace
@@ -111,8 +157,13 @@ bool Base_Reader::ReadFile(std::istream& theStream)
 
 bool Base_Reader::Transfer(ModelData_Model& theModel)
 {
-    return Guarded(internal::ProgressStage::Building, [&] {
+    const std::size_t before = internal::RootsOf(theModel).size();
+    const bool isDone = Guarded(internal::ProgressStage::Building, [&] {
         if (myEngine == nullptr || !myEngine->Transfer(theModel)) {
+            return false;
+        }
+        if (HasLostAll(internal::RootsOf(theModel), before)) {
+            ReportRefusal("nothing in the file can be shown");
             return false;
         }
         if (theModel.Name().IsEmpty()) {
@@ -120,6 +171,11 @@ bool Base_Reader::Transfer(ModelData_Model& theModel)
         }
         return true;
     });
+    if (!isDone) {
+        Roots& roots = static_cast<internal::ModelImpl*>(theModel.Impl())->roots;
+        roots.resize(std::min(before, roots.size()));
+    }
+    return isDone;
 }
 
 Base_Writer::Base_Writer(internal::Format theFormat) : myFormat(theFormat) {}

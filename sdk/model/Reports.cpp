@@ -1,5 +1,6 @@
 #include <cadex/internal/Reports.hxx>
 
+#include <algorithm>
 #include <map>
 #include <mutex>
 #include <utility>
@@ -53,6 +54,14 @@ void Reports::Add(Report::Kind kind, std::string text, std::uint64_t record)
 void Reports::Clear()
 {
     Take();
+}
+
+bool Reports::Have(Report::Kind kind)
+{
+    State& state = TheState();
+    const std::lock_guard guard(state.lock);
+    return std::any_of(state.reports.begin(), state.reports.end(),
+                       [kind](const Report& report) { return report.kind == kind; });
 }
 
 std::vector<Report> Reports::Take()

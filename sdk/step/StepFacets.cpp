@@ -1,7 +1,9 @@
 #include "sdk/step/StepFacets.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -9,6 +11,7 @@
 
 #include <cadex/internal/Progress.hxx>
 
+#include "sdk/mesh/EngineTolerances.h"
 #include "sdk/mesh/Polygons.h"
 #include "sdk/occt/FacetedBRep.h"
 #include "sdk/step/StepPlacements.h"
@@ -352,7 +355,9 @@ private:
             return false;
         }
         position = ModelData_Point(c[0] * myUnit, c[1] * myUnit, c[2] * myUnit);
-        return true;
+        return std::all_of(std::begin(c), std::end(c), [this](double coordinate) {
+            return std::abs(coordinate * myUnit) <= tolerance::LargestCoordinate;
+        });
     }
 
     // The point at which an oriented edge begins; null when the edge is not straight.

@@ -41,6 +41,8 @@ class CADEX_EXPORT Reports
 public:
     static void Add(Report::Kind kind, std::string text, std::uint64_t record = 0);
     static void Clear();
+    /// Whether something of this kind came since the last Clear or Take.
+    static bool Have(Report::Kind kind);
     /// Everything since the last Clear or Take, in the order in which it first came.
     static std::vector<Report> Take();
 };

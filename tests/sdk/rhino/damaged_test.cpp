@@ -131,15 +131,10 @@ std::string Nested(std::uint8_t count, std::size_t width, std::uint8_t last)
 TEST(RhinoDamage, BlocksInCirclesAndBlocksWithoutEndAreCutOff)
 {
     Reports::Clear();
-    const auto circle = Read(Nested(3, 1, 1));
-    ASSERT_TRUE(circle);
+    EXPECT_FALSE(Read(Nested(3, 1, 1))); // there is nothing else in it
     EXPECT_EQ(TakeReason(), "a block that contains itself");
-    EXPECT_EQ(TreeText(*circle).text, "assembly \n  instance block (0 0 0)\n    assembly block\n"
-                                      "      instance block (0 0 0)\n        assembly block\n"
-                                      "          instance block (0 0 0)\n            assembly block\n");
     Reports::Clear();
-    const auto bomb = Read(Nested(40, 20, 77)); // 20 to the 40th
-    ASSERT_TRUE(bomb);
+    EXPECT_FALSE(Read(Nested(40, 20, 77))); // 20 to the 40th
     bool isSaid = false;
     for (const Report& report : Reports::Take()) {
         isSaid = isSaid || report.text == "a block that unfolds to too many instances";
