@@ -8,11 +8,17 @@
 #include <system_error>
 #include <utility>
 
+#ifndef _WIN32
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
 namespace fs = std::filesystem;
 
 namespace {
 
 constexpr std::size_t BufferSize = std::size_t{1} << 16;
+constexpr int MostNames = 100; // that are tried
 
 /// The file that a chain of links leads to, there or not yet.
 std::string Resolved(const std::string& target)
@@ -30,6 +36,29 @@ std::string Resolved(const std::string& target)
     return path.string();
 }
 
+/// A file without a name, of which a killed process leaves nothing: on Linux, where the file system has such.
+std::FILE* OpenNameless([[maybe_unused]] const fs::path& target)
+{
+#ifdef O_TMPFILE
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    if (access("/proc/self/fd", X_OK) == 0) {
+        const int descriptor = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
+        return descriptor >= 0 ? fdopen(descriptor, "wb") : nullptr;
+    }
+#endif
+    return nullptr;
+}
+
+bool GiveName([[maybe_unused]] std::FILE* file, [[maybe_unused]] const std::string& name)
+{
+#ifdef O_TMPFILE
+    const std::string nameless = "/proc/self/fd/" + std::to_string(fileno(file));
+    return linkat(AT_FDCWD, nameless.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+#else
+    return false;
+#endif
+}
+
 } // namespace
 
 OutputFile::OutputFile(const std::string& target, Progress progress)
@@ -39,15 +68,15 @@ OutputFile::OutputFile(const std::string& target, Progress progress)
     if (fs::exists(m_target, error) && !fs::is_regular_file(m_target, error)) {
         throw std::runtime_error("it is there and no file");
     }
-    // "x": a file of that name is another writer's.
-    for (int i = 0; i < 100 && !m_file; ++i) {
-        m_part = m_target + "." + std::to_string(i) + ".part";
+    if (fs::exists(m_target, error) && std::fclose(Existing()) != 0) {
+        Fail();
+    }
+    m_file = OpenNameless(m_target);
+    m_isNameless = m_file != nullptr;
+    for (int i = 0; i < MostNames && !m_file; ++i) {
+        m_part = PartName(i);
         errno = 0;
-        m_file = std::fopen(m_part.c_str(), "wbx");
-        if (!m_file && errno == ENAMETOOLONG) {
-            m_part = (fs::path(m_target).parent_path() / ("export." + std::to_string(i) + ".part")).string();
-            m_file = std::fopen(m_part.c_str(), "wbx");
-        }
+        m_file = std::fopen(m_part.c_str(), "wbx"); // a file of that name is another writer's
         if (!m_file && errno != EEXIST) {
             break;
         }
@@ -63,8 +92,42 @@ OutputFile::~OutputFile()
 {
     if (m_file) {
         std::fclose(m_file);
-        std::remove(m_part.c_str());
+        if (!m_isNameless) {
+            std::remove(m_part.c_str());
+        }
     }
+}
+
+/// Opened for append, which changes nothing: what may not be written is not replaced either.
+std::FILE* OutputFile::Existing() const
+{
+    errno = 0;
+    std::FILE* const file = std::fopen(m_target.c_str(), "ab");
+    if (!file) {
+        Fail();
+    }
+    return file;
+}
+
+/// Short, so that a target's name of the greatest length still has such neighbours.
+std::string OutputFile::PartName(int number) const
+{
+    return (fs::path(m_target).parent_path() / (".export-" + std::to_string(number) + ".part")).string();
+}
+
+/// Of a nameless file, which is whole now.
+bool OutputFile::NamePart()
+{
+    bool isNamed = false;
+    for (int i = 0; i < MostNames && !isNamed; ++i) {
+        m_part = PartName(i);
+        errno = 0;
+        isNamed = GiveName(m_file, m_part);
+        if (!isNamed && errno != EEXIST) {
+            break;
+        }
+    }
+    return isNamed;
 }
 
 void OutputFile::Fail() const
@@ -125,6 +188,15 @@ void OutputFile::Patch(long offset, std::uint32_t value)
 void OutputFile::Commit()
 {
     WriteOut();
+    std::error_code error;
+    const fs::file_status before = fs::status(m_target, error);
+    if (m_isNameless && !NamePart()) {
+        Fail();
+    }
+    m_isNameless = false; // whatever goes wrong from here on, the part is removed
+    if (fs::exists(before)) {
+        fs::permissions(m_part, before.permissions(), error); // a new file keeps those of the old one
+    }
     std::FILE* const file = m_file;
     m_file = nullptr;
     if (std::fclose(file) != 0 || std::rename(m_part.c_str(), m_target.c_str()) != 0) {

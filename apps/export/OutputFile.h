@@ -9,7 +9,8 @@
 #include <vector>
 
 /// A file that is whole or not there: bytes go to a file beside the target, which takes its name on `Commit`.
-/// Without a commit nothing is left. Every failure is a std::runtime_error that says why.
+/// Without a commit nothing is left. An existing file that may not be written is no target. Every failure is
+/// a std::runtime_error that says why.
 ///
 ///     OutputFile file("model.stl");
 ///     file.Write(header, sizeof(header));
@@ -50,12 +51,16 @@ public:
 private:
     void WriteOut();
     [[noreturn]] void Fail() const;
+    std::FILE* Existing() const;
+    std::string PartName(int number) const;
+    bool NamePart();
 
     std::string m_name;
     std::string m_target; ///< what its links lead to
     std::string m_part;
     Progress m_progress;
     std::FILE* m_file = nullptr;
+    bool m_isNameless = false; ///< until it is whole
     std::vector<char> m_buffer;
     std::uint64_t m_size = 0;
     std::uint64_t m_expected = 0;

@@ -189,17 +189,14 @@ bool writeWhole(const QString& file, const std::function<bool(const QString& nam
     if (exists && !QFileInfo(target.path()).isWritable()) {
         return write(file);
     }
-    const QString part = FilePlacement::nameBeside(target.filePath());
-    if (write(part)) {
-        if (exists) {
-            QFile::setPermissions(part, target.permissions());
-        }
-        if (FilePlacement::moveOver(part, target.filePath())) {
-            return true;
-        }
+    FilePlacement::NewFile part(target.filePath());
+    if (!write(part.name())) {
+        return false;
     }
-    QFile::remove(part);
-    return false;
+    if (exists) {
+        QFile::setPermissions(part.name(), target.permissions());
+    }
+    return part.place();
 }
 
 Bitmap loadBitmap(FREE_IMAGE_FORMAT format, const CZemtarString& file)

@@ -44,7 +44,7 @@ QImage load(const CZemtarString& file);
 /// under its name when it is whole: a failure leaves no new file and an old one as it was.
 bool save(const QImage& image, const CZemtarString& file, int quality = -1, const char* format = nullptr);
 
-/// Has `write` make a file beside `file`, under a name with the same suffix, and moves it to its place when
+/// Has `write` make a file, under the name that it is given, which takes the place of `file` when
 /// `write` returns true. A target that is no ordinary file, or whose folder takes no new one, is written
 /// directly.
 bool writeWhole(const QString& file, const std::function<bool(const QString& name)>& write);

@@ -9,6 +9,11 @@
 #include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
+#ifndef _WIN32
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
 namespace cadex::text {
 
 namespace fs = std::filesystem;
@@ -21,6 +26,40 @@ std::FILE* Open(const fs::path& path, const char* mode)
     return _wfopen(path.c_str(), std::wstring(mode, mode + std::char_traits<char>::length(mode)).c_str());
 #else
     return std::fopen(path.c_str(), mode);
+#endif
+}
+
+fs::path FolderOf(const fs::path& target)
+{
+    return target.has_parent_path() ? target.parent_path() : fs::path(".");
+}
+
+/// A name that is short, so that a target name of the greatest length still has such a neighbour.
+fs::path NewNameBeside(const fs::path& target)
+{
+    return FolderOf(target) / (".cadex-" + std::to_string(std::random_device()()) + ".part");
+}
+
+// NOTE: Linux alone has files without a name (open(2), O_TMPFILE), and not on every file system. Of them
+// nothing is left when the process is killed; elsewhere the file has a name from the start.
+std::FILE* OpenNameless([[maybe_unused]] const fs::path& folder)
+{
+#ifdef O_TMPFILE
+    if (access("/proc/self/fd", X_OK) == 0) {
+        const int descriptor = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
+        return descriptor >= 0 ? fdopen(descriptor, "wb") : nullptr;
+    }
+#endif
+    return nullptr;
+}
+
+bool GiveName([[maybe_unused]] std::FILE* file, [[maybe_unused]] const fs::path& name)
+{
+#ifdef O_TMPFILE
+    const std::string nameless = "/proc/self/fd/" + std::to_string(fileno(file));
+    return linkat(AT_FDCWD, nameless.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+#else
+    return false;
 #endif
 }
 
@@ -75,12 +114,12 @@ AtomicFile::AtomicFile(const fs::path& target) : myTarget(Resolved(target))
     }
 }
 
-// The name is short, so that a target name of the greatest length still has a neighbour.
 void AtomicFile::OpenBeside()
 {
-    std::random_device random;
+    myFile = OpenNameless(FolderOf(myTarget));
+    myIsNameless = myFile != nullptr;
     for (int attempt = 0; attempt < 16 && myFile == nullptr; ++attempt) {
-        myTemporary = myTarget.parent_path() / (".cadex-" + std::to_string(random()) + ".part");
+        myTemporary = NewNameBeside(myTarget);
         myFile = Open(myTemporary, "wbx");
     }
     if (myFile != nullptr) {
@@ -88,9 +127,9 @@ void AtomicFile::OpenBeside()
         return;
     }
     std::error_code failure;
-    const fs::path folder = myTarget.has_parent_path() ? myTarget.parent_path() : fs::path(".");
-    Refuse(fs::is_directory(folder, failure) ? "no file can be made in the folder of the file to be written"
-                                             : "the folder of the file to be written does not exist");
+    Refuse(fs::is_directory(FolderOf(myTarget), failure)
+               ? "no file can be made in the folder of the file to be written"
+               : "the folder of the file to be written does not exist");
 }
 
 /// The first reason is the one that counts: later failures follow from it.
@@ -138,27 +177,34 @@ bool AtomicFile::Commit()
     if (myFailed || myFile == nullptr || !internal::Progress::GoesOn()) {
         return false;
     }
-    std::FILE* file = std::exchange(myFile, nullptr);
-    bool ok = std::fclose(file) == 0;
-    if (!ok) {
-        Refuse("the file cannot be written to its end");
+    bool ok = true;
+    if (myIsNameless) {
+        myTemporary = NewNameBeside(myTarget);
+        ok = GiveName(myFile, myTemporary);
     }
-    if (myTemporary.empty()) {
-        return ok;
+    std::FILE* file = std::exchange(myFile, nullptr);
+    ok = std::fclose(file) == 0 && ok;
+    if (ok && myTemporary.empty()) {
+        return true;
     }
     std::error_code failure;
-    const fs::file_status before = fs::status(myTarget, failure);
-    if (ok && fs::exists(before)) {
-        fs::permissions(myTemporary, before.permissions(), failure); // a new file keeps those of the old one
-    }
+    const char* reason = "the file cannot be written to its end";
     if (ok) {
+        reason = "the written file cannot take the place of the one to be written";
+        const fs::file_status before = fs::status(myTarget, failure);
+        if (fs::exists(before)) {
+            fs::permissions(myTemporary, before.permissions(),
+                            failure); // a new file keeps those of the old one
+        }
         fs::rename(myTemporary, myTarget, failure);
-        ok = !failure || Refuse("the written file cannot take the place of the one to be written");
+        if (!failure) {
+            return true;
+        }
     }
-    if (!ok) {
+    if (!myTemporary.empty()) {
         fs::remove(myTemporary, failure);
     }
-    return ok;
+    return Refuse(reason);
 }
 
 } // namespace cadex::text

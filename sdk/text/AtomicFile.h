@@ -33,7 +33,8 @@ private:
 
 /// A symbolic link is followed: the file behind it is replaced. A target that is neither a regular file nor
 /// missing (a pipe, a device) is written directly. A folder, or an existing file that may not be written, is
-/// refused. What goes wrong is reported. Writing fails once the user has cancelled.
+/// refused. What goes wrong is reported. On Linux, where the file system can, the new file has no name until
+/// it is whole, so that a killed process leaves none. Writing fails once the user has cancelled.
 class AtomicFile final : public ByteSink
 {
 public:
@@ -56,8 +57,9 @@ private:
     bool Refuse(const char* reason);
 
     std::filesystem::path myTarget;
-    std::filesystem::path myTemporary; // empty when the target is written directly
+    std::filesystem::path myTemporary; // empty while it is nameless, and when the target is written directly
     std::FILE* myFile = nullptr;
+    bool myIsNameless = false;
     bool myFailed = false;
 };
 
