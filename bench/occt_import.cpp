@@ -16,13 +16,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <vector>
-
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cadex/IGES_Reader.hxx>
 #include <cadex/ModelAlgo_BRepMesher.hxx>
@@ -33,6 +28,8 @@
 #include <cadex/STEP_Writer.hxx>
 
 #include "bench/bare_import.h"
+#include "bench/cad_files.h"
+#include "bench/own_process.h"
 
 using namespace cadex;
 
@@ -48,12 +45,7 @@ struct Made
     double area = 0;
 };
 
-struct Run
-{
-    Made made;
-    double seconds = 0; // of the processor
-    double megabytes = 0;
-};
+using ImportRun = Run<Made>;
 
 double AreaOf(const double* a, const double* b, const double* c)
 {
@@ -140,60 +132,26 @@ Made MadeBare(const std::string& file)
     return made;
 }
 
-Run InOwnProcess(const std::function<Made()>& work)
-{
-    int ends[2];
-    if (pipe(ends) != 0) {
-        return {};
-    }
-    std::fflush(stdout); // or the child prints it once more
-    const pid_t child = fork();
-    if (child == 0) {
-        const Made made = work();
-        const bool told = write(ends[1], &made, sizeof made) == static_cast<ssize_t>(sizeof made);
-        _exit(told ? 0 : 1);
-    }
-    close(ends[1]);
-    Run run;
-    if (read(ends[0], &run.made, sizeof run.made) != static_cast<ssize_t>(sizeof run.made)) {
-        run.made = {};
-    }
-    close(ends[0]);
-    int status = 0;
-    rusage usage = {};
-    wait4(child, &status, 0, &usage);
-    const auto seconds = [](const timeval& t) {
-        return static_cast<double>(t.tv_sec) + 1e-6 * static_cast<double>(t.tv_usec);
-    };
-    run.seconds = seconds(usage.ru_utime) + seconds(usage.ru_stime);
-#if defined(__APPLE__)
-    run.megabytes = static_cast<double>(usage.ru_maxrss) / 1048576.0; // bytes there, kilobytes elsewhere
-#else
-    run.megabytes = static_cast<double>(usage.ru_maxrss) / 1024.0;
-#endif
-    return run;
-}
-
 // What other programs on the machine add is never negative.
-Run Fastest(const std::vector<Run>& runs)
+ImportRun Fastest(const std::vector<ImportRun>& runs)
 {
     return *std::min_element(runs.begin(), runs.end(),
-                             [](const Run& a, const Run& b) { return a.seconds < b.seconds; });
+                             [](const ImportRun& a, const ImportRun& b) { return a.seconds < b.seconds; });
 }
 
 struct Pair
 {
-    Run bare;
-    Run engine;
+    ImportRun bare;
+    ImportRun engine;
 };
 
 Pair Compare(const std::string& file, int rounds)
 {
-    std::vector<Run> bare;
-    std::vector<Run> engine;
+    std::vector<ImportRun> bare;
+    std::vector<ImportRun> engine;
     for (int i = 0; i < rounds; ++i) {
-        bare.push_back(InOwnProcess([&] { return MadeBare(file); }));
-        engine.push_back(InOwnProcess([&] { return MadeByEngine(file); }));
+        bare.push_back(InOwnProcess<Made>([&] { return MadeBare(file); }));
+        engine.push_back(InOwnProcess<Made>([&] { return MadeByEngine(file); }));
     }
     return {Fastest(bare), Fastest(engine)};
 }
@@ -217,27 +175,6 @@ bool Print(const std::string& name, const Pair& pair, bool exact)
     return same;
 }
 
-// The paths that are files, and the files below those that are folders.
-std::vector<std::string> FilesOf(const std::vector<std::string>& paths)
-{
-    std::vector<std::string> files;
-    for (const std::string& path : paths) {
-        std::error_code none;
-        if (!std::filesystem::is_directory(path, none)) {
-            files.push_back(path);
-            continue;
-        }
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(path, none)) {
-            const std::string extension = entry.path().extension().string();
-            if (extension == ".step" || extension == ".stp" || extension == ".igs" || extension == ".iges") {
-                files.push_back(entry.path().string());
-            }
-        }
-    }
-    std::sort(files.begin(), files.end());
-    return files;
-}
-
 std::vector<std::string> DefaultFiles()
 {
     std::vector<std::string> files;
@@ -247,7 +184,7 @@ std::vector<std::string> DefaultFiles()
             files.emplace_back(folder);
         }
     }
-    return FilesOf(files);
+    return CadFilesOf(files);
 }
 
 std::string WriteTorus(int facets)
@@ -298,7 +235,7 @@ int main(int argc, char** argv)
     std::printf("%-28s %9s %9s %8s %9s %9s %7s %8s %8s\n", "file", "bare tri.", "triangles", "area", "bare s",
                 "engine s", "ratio", "bare MB", "eng. MB");
     Pair total;
-    for (const std::string& file : paths.empty() ? DefaultFiles() : FilesOf(paths)) {
+    for (const std::string& file : paths.empty() ? DefaultFiles() : CadFilesOf(paths)) {
         const Pair pair = Compare(file, rounds);
         good = Print(std::filesystem::path(file).filename().string(), pair, false) && good;
         total.bare.seconds += pair.bare.seconds;

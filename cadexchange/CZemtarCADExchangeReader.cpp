@@ -1,6 +1,7 @@
 #include "cadexchange/CZemtarCADExchangeReader.h"
 
 #include "cadexchange/CZemtarCADExchangeReaderHandler.h"
+#include "cadexchange/ExchangeLock.h"
 #include "host/CZemtarDocument.h"
 #include "host/enumLengthUnit.h"
 
@@ -113,6 +114,7 @@ CZemtarDocument* CZemtarCADExchangeReader::Import(CZemtarString fileName)
     if (m_readerType == eReaderNone) {
         return nullptr;
     }
+    const std::lock_guard lock(ExchangeLock());
     const ParallelismScope parallelism(m_useParallelProcessing);
     const std::unique_ptr<cadex::Base_Reader> reader(GetCADReader());
     std::unique_ptr<CZemtarDocument> document(

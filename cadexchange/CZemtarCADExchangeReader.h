@@ -71,7 +71,7 @@ public:
     ///
     /// Null on failure, with one line on standard error that says why (none for eReaderNone). Exceptions of
     /// the SDK or the host pass through, leaving no document behind. Afterwards the SDK's parallelism is on
-    /// again.
+    /// again. May be called on any thread; imports and exports of several threads wait for one another.
     CZemtarDocument* Import(CZemtarString fileName) override;
 
 private:

@@ -1,6 +1,7 @@
 #include "cadexchange/CZemtarCADExchangeWriter.h"
 
 #include "cadexchange/CZemtarCADExchangeWriterHandler.h"
+#include "cadexchange/ExchangeLock.h"
 #include "host/CZemtarTransform.h"
 
 #include <cadex/ACIS_Writer.hxx>
@@ -124,6 +125,7 @@ bool CZemtarCADExchangeWriter::Export(CZemtarDocument* document, CZemtarString f
     if (m_writerType == eWriterNone) {
         return false;
     }
+    const std::lock_guard lock(ExchangeLock());
     const std::unique_ptr<cadex::Base_Writer> writer(GetCADWriter(unit.GetLengthUnit()));
     return CZemtarCADExchangeWriterHandler::getInstance()->Export(document, fileName, matrix, writer.get());
 }

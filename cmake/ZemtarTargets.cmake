@@ -36,8 +36,18 @@ endif()
 if(ZEMTAR_SANITIZE)
     # Instrumented code of std::function and std::regex makes g++ see uninitialised reads that are none.
     target_compile_options(zemtar_options INTERFACE
-        -fsanitize=address,undefined -fno-omit-frame-pointer -g1 -O1 -Wno-maybe-uninitialized)
+        -fsanitize=address,undefined -fno-omit-frame-pointer -g1 -O1
+        $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(zemtar_options INTERFACE -fsanitize=address,undefined)
+    if(ZEMTAR_BUILD_FUZZ AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+        target_compile_options(zemtar_options INTERFACE -fsanitize=fuzzer-no-link)
+        target_link_options(zemtar_options INTERFACE -fsanitize=fuzzer-no-link)
+    endif()
+endif()
+
+if(ZEMTAR_SANITIZE_THREADS)
+    target_compile_options(zemtar_options INTERFACE -fsanitize=thread -g1 -O1)
+    target_link_options(zemtar_options INTERFACE -fsanitize=thread)
 endif()
 
 # zemtar_objects(NAME SOURCES ... LIBS ...): one room as an object library that knows only what LIBS give it.
@@ -105,7 +115,8 @@ function(zemtar_add_test name)
     endif()
     add_test(NAME ${name} COMMAND ${launcher} $<TARGET_FILE:${name}>)
     set_tests_properties(${name} PROPERTIES
-        ENVIRONMENT "${platform};LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp${leaks}"
+        ENVIRONMENT "${platform};LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp;\
+TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/tsan.supp${leaks}"
         TIMEOUT 1800 LABELS "${ARG_LABELS}")
 endfunction()
 
