@@ -14,7 +14,7 @@ std::size_t Mutation::Below(std::size_t limit)
 
 std::string Mutation::Next()
 {
-    std::string bytes = mySeeds.empty() ? std::string() : mySeeds[Below(mySeeds.size())];
+    std::string bytes = mySeeds[Below(mySeeds.size())];
     for (std::size_t changes = std::size_t{1} << Below(4); changes > 0; --changes) {
         Damage(bytes);
     }

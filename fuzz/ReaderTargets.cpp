@@ -1,4 +1,5 @@
 // One target for each format that this build reads: reading, building, meshing, and what was promised of it.
+#include "fuzz/FormatSeeds.h"
 #include "fuzz/Target.h"
 
 #include <cmath>
@@ -9,7 +10,6 @@
 #include <cadex/ModelAlgo_BRepMesher.hxx>
 #include <cadex/internal/Reports.hxx>
 
-#include "tests/sdk/SeedFiles.h"
 #include "tests/support/EngineFormats.h"
 
 namespace Zemtar::Fuzz {
@@ -122,13 +122,9 @@ std::vector<std::string> Seeds(const Target& target)
             seeds.push_back(BytesOf(file));
         }
     }
-    for (const auto& made : {cadex::test::StepSeeds(), cadex::test::IgesSeeds()}) {
-        for (const cadex::test::Seed& seed : made) {
-            const bool isOurs =
-                seed.extension.substr(0, 4) == std::string(format.extension).substr(0, 4); // stp
-            if (isOurs && seed.bytes.size() <= target.longest) {
-                seeds.push_back(seed.bytes);
-            }
+    for (std::string& bytes : ComposedSeeds(format.name)) {
+        if (bytes.size() <= target.longest) {
+            seeds.push_back(std::move(bytes));
         }
     }
     std::vector<fs::path> folders = {ZEMTAR_SOURCE_DIR "/examples"};

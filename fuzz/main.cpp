@@ -72,6 +72,7 @@ long Damage(const Target& target, unsigned seed, long runs, double seconds)
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + std::chrono::duration<double>(seconds);
     const std::vector<std::string> seeds = target.seeds(target);
+    Require(!seeds.empty(), "a target has seeds");
     for (const std::string& bytes : seeds) {
         Feed(target, bytes);
     }

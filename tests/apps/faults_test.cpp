@@ -159,7 +159,7 @@ bool WriteScene(SceneFormat format, const std::string& file)
         scene.Mesh("mesh", nullptr, scene.Triangles(points, corners), {}, scene.Material(1, 0, 0));
         SceneExportSettings settings;
         settings.format = format;
-        settings.isCancelled = [] { return !LooksAround(); };
+        settings.progress = [](double) { return LooksAround(); };
         ExportScene(*document, file, settings);
         return true;
     } catch (const std::exception&) {
