@@ -38,8 +38,8 @@ public:
     /// Loads from a stream; false for formats whose engine needs a file.
     bool ReadFile(std::istream& theStream);
     /// Converts what was read and appends its roots to the model; a model without a name gets the file's base
-    /// name. False, with the model as it was, without a preceding successful ReadFile, and when damage has left
-    /// nothing that can be shown.
+    /// name. False, with the model as it was, without a preceding successful ReadFile, and when damage has
+    /// left nothing that can be shown.
     bool Transfer(ModelData_Model& theModel);
 
 protected:
