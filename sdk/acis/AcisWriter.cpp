@@ -6,6 +6,9 @@
 #include <optional>
 #include <vector>
 
+#include <cadex/ModelData_PolyLineSet.hxx>
+
+#include "sdk/mesh/PolyLines.h"
 #include "sdk/text/LengthUnits.h"
 
 namespace cadex::acis {
@@ -19,7 +22,58 @@ constexpr std::size_t PieceSize = std::size_t{1} << 18;
 constexpr double Tolerance = 1e-6; ///< of the header, in the file's unit
 constexpr double FlatWithin = 1e-7;
 
+bool HasWires(const ModelData_Part& part)
+{
+    const ModelData_PolyRepresentation shapes = part.PolyRepresentation(ModelData_RM_Poly);
+    for (std::size_t i = 0; !shapes.IsNull() && i < shapes.Get().Size(); ++i) {
+        if (shapes.Get()[i].IsOfType<ModelData_PolyLineSet>()) {
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
+
+/// A chain of straight edges; no two points behind each other are the same.
+struct AcisWriter::Wire
+{
+    std::vector<Vector3> points;
+    bool isClosed = false; ///< the last point goes on to the first
+    std::optional<ModelData_Color> colour;
+};
+
+std::vector<AcisWriter::Wire> AcisWriter::WiresOf(const mesh::PlacedPart& placed, const mesh::Affine& toFile)
+{
+    std::vector<Wire> wires;
+    const ModelData_PolyRepresentation shapes = placed.part.PolyRepresentation(ModelData_RM_Poly);
+    for (std::size_t i = 0; i < shapes.Get().Size(); ++i) {
+        const ModelData_PolyVertexSet& set = shapes.Get()[i];
+        if (!set.IsOfType<ModelData_PolyLineSet>()) {
+            continue;
+        }
+        const ModelData_Appearance own = set.Appearance();
+        for (const auto& chain : mesh::ChainsOf(*static_cast<internal::PolyLineSetImpl*>(set.Impl()))) {
+            Wire wire;
+            wire.colour = mesh::ColourOf(own.IsNull() ? placed.appearance : own);
+            for (const ModelData_Point& corner : chain) {
+                const ModelData_Point point = mesh::Apply(toFile, corner);
+                const Vector3 place{point.X(), point.Y(), point.Z()};
+                if (wire.points.empty() || place != wire.points.back()) {
+                    wire.points.push_back(place);
+                }
+            }
+            wire.isClosed = wire.points.size() > 3 && wire.points.front() == wire.points.back();
+            if (wire.isClosed) {
+                wire.points.pop_back();
+            }
+            if (wire.points.size() > 1) {
+                wires.push_back(std::move(wire));
+            }
+        }
+    }
+    return wires;
+}
 
 /// One shell and where its records stand: all of a kind behind each other.
 struct AcisWriter::Region
@@ -75,7 +129,7 @@ bool AcisWriter::Write()
 {
     std::size_t bodies = 0;
     mesh::ForEachPlacedPart(myModel, [&](const mesh::PlacedPart& placed) {
-        bodies += mesh::HasTriangles(placed.part) ? 1U : 0U;
+        bodies += (mesh::HasTriangles(placed.part) ? 1U : 0U) + (HasWires(placed.part) ? 1U : 0U);
     });
     WriteHeader(bodies);
     mesh::ForEachPlacedPart(myModel, [&](const mesh::PlacedPart& placed) { WritePart(placed); });
@@ -97,27 +151,62 @@ void AcisWriter::WriteHeader(std::size_t bodies)
     myBuffer += '\n';
 }
 
-/// A part whose triangles all have no area is an empty body.
+/// What stands in front of the lumps of a body: the body itself, its colour, its name, its transform.
+struct AcisWriter::BodyHead
+{
+    std::size_t body;
+    const mesh::PlacedPart& placed;
+    std::optional<ModelData_Color> colour;
+    bool isMoved;
+
+    bool HasName() const { return !placed.name.IsEmpty(); }
+    std::size_t NameRecord() const { return body + 1 + (colour ? 1 : 0); }
+    std::size_t TransformRecord() const { return NameRecord() + (HasName() ? 1 : 0); }
+    std::size_t Behind() const { return TransformRecord() + (isMoved ? 1 : 0); }
+};
+
+void AcisWriter::WriteHead(const BodyHead& head, std::size_t lump)
+{
+    const std::size_t colourRecord = head.body + 1;
+    Begin("body", head.colour ? colourRecord : head.HasName() ? head.NameRecord() : Nothing);
+    Pointer(lump);
+    Pointer(Nothing);
+    Pointer(head.isMoved ? head.TransformRecord() : Nothing);
+    End();
+    if (head.colour) {
+        WriteColour(head.body, head.HasName() ? head.NameRecord() : Nothing, *head.colour);
+    }
+    if (head.HasName()) {
+        WriteName(head.body, head.colour ? colourRecord : Nothing, head.placed.name);
+    }
+    if (head.isMoved) {
+        WriteTransform(head.placed.placement);
+    }
+}
+
 void AcisWriter::WritePart(const mesh::PlacedPart& placed)
 {
-    if (!mesh::HasTriangles(placed.part) || !myIsWhole) {
-        return;
-    }
     // a movement stays one, so that equal parts have equal records; anything else goes into the points
     const bool isMoved = mesh::IsMovement(placed.placement) && !mesh::IsIdentity(placed.placement);
     const double scale = 1 / myMillimetres;
-    const mesh::FlatPart part(placed,
-                              mesh::Compose({{scale, 0, 0, 0, scale, 0, 0, 0, scale}, {}},
-                                            isMoved ? mesh::Affine() : placed.placement),
-                              FlatWithin);
+    const mesh::Affine toFile = mesh::Compose({{scale, 0, 0, 0, scale, 0, 0, 0, scale}, {}},
+                                              isMoved ? mesh::Affine() : placed.placement);
+    if (myIsWhole && mesh::HasTriangles(placed.part)) {
+        WriteFacets(placed, toFile, isMoved);
+    }
+    if (myIsWhole && HasWires(placed.part)) {
+        WriteWires(placed, toFile, isMoved);
+    }
+}
+
+/// A part whose triangles all have no area is an empty body.
+void AcisWriter::WriteFacets(const mesh::PlacedPart& placed, const mesh::Affine& toFile, bool isMoved)
+{
+    const mesh::FlatPart part(placed, toFile, FlatWithin, mesh::OtherSets::AreTaken);
     std::vector<Region> regions;
     const std::size_t body = myNext;
-    const std::optional<ModelData_Color>& colour = part.BodyColour();
-    const bool hasName = !placed.name.IsEmpty();
-    const std::size_t colourRecord = body + 1;
-    const std::size_t nameRecord = body + 1 + (colour ? 1 : 0);
-    const std::size_t transform = nameRecord + (hasName ? 1 : 0);
-    std::size_t next = transform + (isMoved ? 1 : 0);
+    const BodyHead head{body, placed, part.BodyColour(), isMoved};
+    std::size_t next = head.Behind();
     const std::size_t firstLump = part.bodies.empty() ? Nothing : next;
     for (const mesh::FlatBody& piece : part.bodies) {
         const std::size_t lump = next++;
@@ -138,22 +227,82 @@ void AcisWriter::WritePart(const mesh::PlacedPart& placed)
         }
         regions[regions.size() - piece.shells.size()].nextLump = regions.back().nextLump;
     }
-    Begin("body", colour ? colourRecord : hasName ? nameRecord : Nothing);
-    Pointer(firstLump);
-    Pointer(Nothing);
-    Pointer(isMoved ? transform : Nothing);
-    End();
-    if (colour) {
-        WriteColour(body, hasName ? nameRecord : Nothing, *colour);
-    }
-    if (hasName) {
-        WriteName(body, colour ? colourRecord : Nothing, placed.name);
-    }
-    if (isMoved) {
-        WriteTransform(placed.placement);
-    }
+    WriteHead(head, firstLump);
     for (const Region& region : regions) {
         WriteRegion(region);
+    }
+}
+
+void AcisWriter::WriteWires(const mesh::PlacedPart& placed, const mesh::Affine& toFile, bool isMoved)
+{
+    const std::vector<Wire> wires = WiresOf(placed, toFile);
+    const BodyHead head{myNext, placed, wires.empty() ? std::nullopt : wires.front().colour, isMoved};
+    const std::size_t lump = head.Behind();
+    const std::size_t shell = lump + 1;
+    WriteHead(head, wires.empty() ? Nothing : lump);
+    if (wires.empty()) {
+        return; // all of their lines are points
+    }
+    Begin("lump", Nothing);
+    Pointer(Nothing);
+    Pointer(shell);
+    Pointer(head.body);
+    End();
+    Begin("shell", Nothing);
+    Pointer(Nothing);
+    Pointer(Nothing);
+    Pointer(Nothing);
+    Pointer(shell + 1);
+    Pointer(lump);
+    End();
+    for (const Wire& wire : wires) {
+        WriteWire(wire, shell, &wire == &wires.back(), head.colour);
+    }
+}
+
+/// The wire, its coedges, edges with their lines, vertices with their points, colours of edges.
+void AcisWriter::WriteWire(const Wire& wire, std::size_t shell, bool isLast,
+                           const std::optional<ModelData_Color>& bodyColour)
+{
+    const std::size_t record = myNext;
+    const std::size_t count = wire.points.size() - (wire.isClosed ? 0 : 1); // of edges
+    const std::size_t coedges = record + 1;
+    const std::size_t edges = coedges + count;
+    const std::size_t vertexes = edges + 2 * count;
+    const std::size_t colours = vertexes + 2 * wire.points.size();
+    const bool isColoured = wire.colour && !(bodyColour && *wire.colour == *bodyColour);
+    Begin("wire", Nothing);
+    Pointer(isLast ? Nothing : colours + (isColoured ? count : 0));
+    Pointer(coedges);
+    Pointer(shell);
+    Pointer(Nothing);
+    Word("out");
+    End();
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t next = i + 1 < count ? i + 1 : wire.isClosed ? 0 : i;
+        const std::size_t previous = i > 0 ? i - 1 : wire.isClosed ? count - 1 : i;
+        Begin("coedge", Nothing);
+        Pointer(coedges + next);
+        Pointer(coedges + previous);
+        Pointer(Nothing);
+        Pointer(edges + 2 * i);
+        Word("forward");
+        Pointer(record);
+        Pointer(Nothing);
+        End();
+    }
+    const auto endOf = [&](std::size_t i) { return (i + 1) % wire.points.size(); };
+    for (std::size_t i = 0; i < count; ++i) {
+        const Vector3 along = mesh::Minus(wire.points[endOf(i)], wire.points[i]);
+        const double length = mesh::Length(along);
+        WriteEdge(isColoured ? colours + i : Nothing, vertexes + 2 * i, vertexes + 2 * endOf(i), coedges + i,
+                  wire.points[i], {along[0] / length, along[1] / length, along[2] / length}, length);
+    }
+    for (std::size_t i = 0; i < wire.points.size(); ++i) {
+        WriteVertex(edges + 2 * std::min(i, count - 1), wire.points[i]);
+    }
+    for (std::size_t i = 0; i < count && isColoured; ++i) {
+        WriteColour(edges + 2 * i, Nothing, *wire.colour);
     }
 }
 
@@ -254,31 +403,46 @@ void AcisWriter::WriteEdges(const Region& region)
     for (std::size_t i = 0; i < polygons.edges.size(); ++i) {
         const PolygonBody::Coedge& coedge = polygons.coedges[polygons.edges[i]];
         const mesh::Side side = SideOf(*region.part, polygons, coedge);
-        Begin("edge", Nothing);
-        Pointer(region.vertexes + 2 * std::size_t{coedge.from});
-        Number(0.);
-        Pointer(region.vertexes + 2 * std::size_t{coedge.to});
-        Number(side.length);
-        Pointer(region.coedges + polygons.edges[i]);
-        Pointer(region.edges + 2 * i + 1);
-        Word("forward");
-        Text("unknown");
-        End();
-        Begin("straight-curve", Nothing);
-        Vector(region.At(coedge.from));
-        Vector(side.direction);
-        Word("I I");
-        End();
+        WriteEdge(Nothing, region.vertexes + 2 * std::size_t{coedge.from},
+                  region.vertexes + 2 * std::size_t{coedge.to}, region.coedges + polygons.edges[i],
+                  region.At(coedge.from), side.direction, side.length);
     }
     for (std::size_t i = 0; i < polygons.vertices.size(); ++i) {
-        Begin("vertex", Nothing);
-        Pointer(region.edges + 2 * polygons.edgeOf[i]);
-        Pointer(region.vertexes + 2 * i + 1);
-        End();
-        Begin("point", Nothing);
-        Vector(region.At(static_cast<std::uint32_t>(i)));
-        End();
+        WriteVertex(region.edges + 2 * polygons.edgeOf[i], region.At(static_cast<std::uint32_t>(i)));
     }
+}
+
+/// The edge and its line, which is the record behind it.
+void AcisWriter::WriteEdge(std::size_t attribute, std::size_t start, std::size_t end, std::size_t coedge,
+                           const Vector3& from, const Vector3& direction, double length)
+{
+    Begin("edge", attribute);
+    Pointer(start);
+    Number(0.);
+    Pointer(end);
+    Number(length);
+    Pointer(coedge);
+    Pointer(myNext + 1);
+    Word("forward");
+    Text("unknown");
+    End();
+    Begin("straight-curve", Nothing);
+    Vector(from);
+    Vector(direction);
+    Word("I I");
+    End();
+}
+
+/// The vertex and its point, which is the record behind it.
+void AcisWriter::WriteVertex(std::size_t edge, const Vector3& place)
+{
+    Begin("vertex", Nothing);
+    Pointer(edge);
+    Pointer(myNext + 1);
+    End();
+    Begin("point", Nothing);
+    Vector(place);
+    End();
 }
 
 void AcisWriter::WriteColour(std::size_t owner, std::size_t next, const ModelData_Color& colour)

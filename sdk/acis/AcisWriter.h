@@ -2,10 +2,12 @@
 //
 // Closed meshes bound solids, of which cavities are shells; open ones are sheets with two sides. Coplanar
 // neighbours of one colour are one face. A body has the name of the instance, and its colour; faces of other
-// colours have theirs. Lengths are in the caller's unit.
+// colours have theirs. Polylines become wires, in a body of their own. Lengths are in the caller's unit.
 #pragma once
 
+#include <optional>
 #include <string>
+#include <vector>
 
 #include <cadex/Base_LengthUnit.hxx>
 #include <cadex/ModelData_Model.hxx>
@@ -29,11 +31,22 @@ public:
 private:
     void WriteHeader(std::size_t bodies);
     void WritePart(const mesh::PlacedPart& placed);
+    void WriteFacets(const mesh::PlacedPart& placed, const mesh::Affine& toFile, bool isMoved);
+    void WriteWires(const mesh::PlacedPart& placed, const mesh::Affine& toFile, bool isMoved);
+    struct Wire;
+    static std::vector<Wire> WiresOf(const mesh::PlacedPart& placed, const mesh::Affine& toFile);
+    void WriteWire(const Wire& wire, std::size_t shell, bool isLast,
+                   const std::optional<ModelData_Color>& bodyColour);
+    struct BodyHead;
+    void WriteHead(const BodyHead& head, std::size_t lump);
     struct Region;
     void WriteRegion(const Region& region);
     void WriteFaces(const Region& region);
     void WriteEdges(const Region& region);
     void WriteTransform(const mesh::Affine& placement);
+    void WriteEdge(std::size_t attribute, std::size_t start, std::size_t end, std::size_t coedge,
+                   const Vector3& from, const Vector3& direction, double length);
+    void WriteVertex(std::size_t edge, const Vector3& place);
     void WriteColour(std::size_t owner, std::size_t next, const ModelData_Color& colour);
     void WriteName(std::size_t owner, std::size_t before, const Base_UTF16String& name);
 

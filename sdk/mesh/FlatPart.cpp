@@ -9,8 +9,6 @@
 
 namespace cadex::mesh {
 
-namespace {
-
 std::optional<ModelData_Color> ColourOf(const ModelData_Appearance& appearance)
 {
     ModelData_Color colour;
@@ -19,6 +17,8 @@ std::optional<ModelData_Color> ColourOf(const ModelData_Appearance& appearance)
     }
     return colour;
 }
+
+namespace {
 
 bool IsSame(const std::optional<ModelData_Color>& a, const std::optional<ModelData_Color>& b)
 {
@@ -33,13 +33,15 @@ struct JoinedSets
     std::vector<std::size_t> colourOf; ///< by triangle
     std::vector<std::optional<ModelData_Color>> colours;
 
-    explicit JoinedSets(const PlacedPart& placed)
+    JoinedSets(const PlacedPart& placed, OtherSets others)
     {
         const ModelData_PolyRepresentation shapes = placed.part.PolyRepresentation(ModelData_RM_Poly);
         for (std::size_t i = 0; !shapes.IsNull() && i < shapes.Get().Size(); ++i) {
             const ModelData_PolyVertexSet& shape = shapes.Get()[i];
             if (shape.TypeId() != ModelData_IndexedTriangleSet::GetTypeId()) {
-                internal::Reports::Add(internal::Report::Kind::LeftOut, "lines and points");
+                if (others == OtherSets::AreReported) {
+                    internal::Reports::Add(internal::Report::Kind::LeftOut, "lines and points");
+                }
                 continue;
             }
             const auto& set = *static_cast<const internal::TriangleSetImpl*>(shape.Impl());
@@ -64,9 +66,9 @@ private:
 
 } // namespace
 
-FlatPart::FlatPart(const PlacedPart& placed, const Affine& toFile, double flatWithin)
+FlatPart::FlatPart(const PlacedPart& placed, const Affine& toFile, double flatWithin, OtherSets others)
 {
-    const JoinedSets joined(placed);
+    const JoinedSets joined(placed, others);
     const PlacedMesh solid(joined.triangles, toFile);
     for (const MeshBody& piece : FindBodies(solid)) {
         FlatBody& body = bodies.emplace_back();

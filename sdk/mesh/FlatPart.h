@@ -24,11 +24,19 @@ struct FlatBody
     bool isClosed = false;
 };
 
+/// Lines and points of a part: left out here, with a report unless the caller takes care of them.
+enum class OtherSets
+{
+    AreReported,
+    AreTaken
+};
+
 struct FlatPart
 {
-    /// `toFile` takes the part's points to where they stand in the file and to its unit, in which `flatWithin`
-    /// is given too. Lines and points are left out, and reported.
-    FlatPart(const PlacedPart& placed, const Affine& toFile, double flatWithin);
+    /// `toFile` takes the part's points to where they stand in the file and to its unit, in which
+    /// `flatWithin` is given too.
+    FlatPart(const PlacedPart& placed, const Affine& toFile, double flatWithin,
+             OtherSets others = OtherSets::AreReported);
 
     /// Whether the face has another colour than its body, and which.
     bool IsColoured(const PolygonBody::Face& face) const
@@ -46,6 +54,8 @@ struct FlatPart
     std::vector<Vector3> vertices;
     std::vector<FlatBody> bodies; ///< none where all triangles are without area
 };
+
+std::optional<ModelData_Color> ColourOf(const ModelData_Appearance& appearance);
 
 bool HasTriangles(const ModelData_Part& part);
 

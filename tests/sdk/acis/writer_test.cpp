@@ -111,6 +111,54 @@ TEST(AcisWriter, SolidsCavitiesAndSheetsComeBackInEveryUnit)
     }
 }
 
+/// An open line, a closed one, and one of another colour, beside triangles, in inches.
+TEST(AcisWriter, PolylinesComeBackAsWires)
+{
+    const auto lines = [](const std::vector<std::vector<ModelData_Point>>& chains,
+                          const ModelData_Color& colour) {
+        ModelData_PolyLineSet set{initialized()};
+        for (const auto& chain : chains) {
+            set.AddPolyLine(chain.data(), chain.size());
+        }
+        set.SetAppearance(colour);
+        return set;
+    };
+    const ModelData_Color red(1.F, 0.F, 0.F);
+    ModelData_PolyRepresentation shapes{initialized()};
+    shapes.Add(lines({{{0, 0, 0}, {3, 0, 0}, {3, 0, 0}, {3, 4, 0}}, {{9, 9, 9}, {9, 9, 9}}}, red));
+    shapes.Add(
+        lines({{{0, 0, 1}, {2, 0, 1}, {2, 2, 1}, {0, 2, 1}, {0, 0, 1}}}, ModelData_Color(0.F, 0.F, 1.F)));
+    shapes.Add(Box(1));
+    ModelData_Model model("model");
+    model.AddRoot(
+        MakeAssembly("root", {ModelData_Instance(ModelData_Part(shapes, "mixed"), Shift(50), "wired")}));
+    internal::Reports::Clear();
+    const std::string bytes = Written(model, Base_LU_Inches);
+    EXPECT_TRUE(internal::Reports::Take().empty());
+    EXPECT_EQ(bytes.substr(0, 9), "700 0 2 0");
+    const auto back = Read(bytes);
+    ASSERT_TRUE(back);
+    const auto instances = InstancesOf(*back);
+    ASSERT_EQ(instances.size(), 2U);
+    EXPECT_EQ(Description(instances[0]).solids.size(), 1U);
+    const brep::Description& wires = Description(instances[1]);
+    ASSERT_EQ(wires.curves.size(), 6U);
+    EXPECT_EQ(wires.vertices.size(), 7U) << "a closed wire ends where it begins";
+    double length = 0;
+    int blue = 0;
+    for (const brep::LooseCurve& curve : wires.curves) {
+        const brep::Edge& edge = wires.edges[static_cast<std::size_t>(curve.edge)];
+        length += wires.vertices[static_cast<std::size_t>(edge.start)].point.Distance(
+            wires.vertices[static_cast<std::size_t>(edge.end)].point);
+        blue += test::Outline::Colour(curve.appearance) == " rgba 0 0 255 255" ? 1 : 0;
+    }
+    EXPECT_NEAR(length, 7 + 8, 1e-9);
+    EXPECT_EQ(blue, 4);
+    EXPECT_EQ(test::Outline::Colour(wires.appearance), " rgba 255 0 0 255");
+    EXPECT_NEAR(instances[1].Transformation().Data(0, 3), 50, 1e-9);
+    EXPECT_EQ(instances[1].Name().ToUTF8(), "wired");
+}
+
 /// A flat ring of eight triangles about a hole that touches the rim in a corner: one face whose boundary
 /// passes a vertex twice.
 TEST(AcisWriter, FacesWithHolesKeepTheirArea)
