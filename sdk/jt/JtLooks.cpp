@@ -32,14 +32,18 @@ ModelData_Appearance AppearanceOf(const Material& material)
 
 ModelData_Appearance Looks::Of(const Node& node, const Scene& scene, const ModelData_Appearance& inherited)
 {
-    for (auto id = node.attributes.rbegin(); id != node.attributes.rend(); ++id) {
-        const auto attribute = scene.attributes.find(*id);
-        if (attribute != scene.attributes.end() && attribute->second.material &&
-            !attribute->second.isIgnored) {
-            return *myKnown.insert(AppearanceOf(*attribute->second.material)).first;
-        }
+    const auto materialOf = [&](std::int32_t id) -> const Material* {
+        const auto attribute = scene.attributes.find(id);
+        const bool counts =
+            attribute != scene.attributes.end() && attribute->second.material && !attribute->second.isIgnored;
+        return counts ? &*attribute->second.material : nullptr;
+    };
+    const Material* last = nullptr;
+    for (const std::int32_t id : node.attributes) {
+        const Material* material = materialOf(id);
+        last = material == nullptr ? last : material;
     }
-    return inherited;
+    return last == nullptr ? inherited : *myKnown.insert(AppearanceOf(*last)).first;
 }
 
 } // namespace cadex::jt

@@ -25,8 +25,7 @@ constexpr std::size_t UnpackedEach = 64; ///< for a byte of the file
 constexpr std::size_t UnpackedLeast = 64'000'000;
 constexpr std::size_t ValuesLeast = 4'000'000;
 
-/// Nodes below one part: instances of shapes multiply them.
-constexpr std::size_t MostVisits = 1'000'000;
+constexpr std::size_t MostVisits = 5'000'000;
 
 char16_t Lower(char16_t c)
 {
@@ -101,6 +100,13 @@ Document::Document(std::string bytes)
 {
 }
 
+void Document::CountVisit()
+{
+    if (++visits > MostVisits) {
+        throw Unreadable("nodes multiply without end");
+    }
+}
+
 std::optional<double> MillimetresOf(const Node& node)
 {
     const std::u16string* text = node.Text(u"JT_PROP_MEASUREMENT_UNITS");
@@ -166,7 +172,6 @@ ModelData_SceneGraphElement PartMaker::Make(const Node& node, const Base_UTF16St
         return exact;
     }
     myPieces.clear();
-    myVisits = 0;
     mesh::Affine scale;
     scale.linear = {millimetres, 0, 0, 0, millimetres, 0, 0, 0, millimetres};
     const ModelData_Appearance look = myLooks.Of(node, myDocument.scene, {});
@@ -241,9 +246,10 @@ void PartMaker::Collect(const Node& node, const mesh::Affine& placement, const M
         Reports::Add(Report::Kind::LeftOut, "a hidden node");
         return;
     }
-    if (depth > DeepestNode || ++myVisits > MostVisits) {
+    if (depth > DeepestNode) {
         throw Unreadable("nodes are nested too deep");
     }
+    myDocument.CountVisit();
     switch (node.kind) {
     case Node::Kind::Shape:
         TakeShape(node, placement, look);

@@ -20,10 +20,14 @@ struct Document
     Budget unpacked; ///< bytes
     Budget values;
     Scene scene;
-    double millimetres = 1;       ///< in a unit of those nodes that have none of their own
+    double millimetres = 1; ///< in a unit of those nodes that have none of their own
+    /// Throws Unreadable when nodes have been visited too often: nodes that others share multiply.
+    void CountVisit();
+
     std::filesystem::path folder; ///< empty where it is not known
     std::string stem;             ///< of the file's name, UTF-8
     int number = 0;               ///< tells documents apart
+    std::size_t visits = 0;
 };
 
 /// In a unit that a node says it has; nothing when it has none that is known.
@@ -72,7 +76,6 @@ private:
     Document& myDocument;
     Looks& myLooks;
     std::vector<Piece> myPieces;
-    std::size_t myVisits = 0;
 };
 
 } // namespace cadex::jt

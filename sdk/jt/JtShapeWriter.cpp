@@ -8,6 +8,8 @@
 
 #include <zlib.h>
 
+#include <cadex/internal/Reports.hxx>
+
 #include "sdk/jt/JtOut.h"
 #include "sdk/jt/JtStrips.h"
 #include "sdk/model/TriangleSets.h"
@@ -203,6 +205,13 @@ std::string WriteShape(const ModelData_PolyVertexSet& set, const mesh::Matrix3& 
             strips.starts.push_back(static_cast<U32>(strips.corners.size()));
         }
         facts.primitives = strips.starts.size() - 1;
+    }
+    const auto isFinite = [](const std::array<float, 3>& p) {
+        return std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]);
+    };
+    if (!std::all_of(list.points.begin(), list.points.end(), isFinite)) {
+        internal::Reports::Add(internal::Report::Kind::LeftOut, "a mesh with a point that is not finite");
+        return {};
     }
     for (const U32 corner : strips.corners) {
         Include(facts, list.points[corner]);

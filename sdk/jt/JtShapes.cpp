@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <numeric>
 #include <string>
 
@@ -54,6 +55,7 @@ void AddPolygon(TriangleArrays& arrays, const std::vector<U32>& corners)
 {
     if (corners.size() > 3) {
         std::vector<ModelData_Point> polygon;
+        polygon.reserve(corners.size());
         for (const U32 corner : corners) {
             polygon.push_back(arrays.points[corner]);
         }
@@ -147,6 +149,9 @@ VertexTable ReadExactVertices(Bytes& in, const Bindings& bindings, Budget& budge
             table.normals.emplace_back(v[0], v[1], v[2]);
         }
         std::generate(v.begin(), v.end(), [&] { return data.F32(); });
+        if (!std::isfinite(v[0]) || !std::isfinite(v[1]) || !std::isfinite(v[2])) {
+            throw Unreadable("a point is not finite");
+        }
         table.points.emplace_back(v[0], v[1], v[2]);
     }
     return table;

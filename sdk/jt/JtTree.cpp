@@ -22,11 +22,13 @@ using internal::Reports;
 /// Instances multiply; an element that would unfold to more than this is left out.
 constexpr std::size_t MostUnfolded = 2'000'000;
 
-/// Begins of the keys that speak of the file, not of the thing.
+/// Begins of keys that speak of the file, not of the thing, and whole ones.
+constexpr std::u16string_view InnerBegins[] = {
+    u"JT_PROP_", u"JT_LLPROP_", u"JT_PMI_", u"LODLabel", u"_nTris", u"BSphere", u"LAYERFILTER",
+};
 constexpr std::u16string_view InnerKeys[] = {
-    u"JT_PROP_",      u"JT_LLPROP_", u"JT_PMI_",          u"LODLabel",       u"_nTris",      u"BSphere",
-    u"PartitionType", u"SUBNODE",    u"TOOLKIT_CUSTOMER", u"PMI_TYPE_TABLE", u"LAYERFILTER", u"Angular",
-    u"SegLength",     u"Chordal",    u"AdvCompress",      u"Name::",
+    u"PartitionType", u"SUBNODE", u"TOOLKIT_CUSTOMER", u"PMI_TYPE_TABLE",
+    u"Angular",       u"Chordal", u"SegLength",
 };
 
 void LeaveOut(const std::string& what)
@@ -34,10 +36,12 @@ void LeaveOut(const std::string& what)
     Reports::Add(Report::Kind::LeftOut, what);
 }
 
-bool IsInner(const std::u16string& key)
+/// `key` is without the colons behind it.
+bool IsInner(std::u16string_view key)
 {
-    return std::any_of(std::begin(InnerKeys), std::end(InnerKeys),
-                       [&](std::u16string_view begin) { return key.starts_with(begin); });
+    return std::any_of(std::begin(InnerBegins), std::end(InnerBegins),
+                       [&](std::u16string_view begin) { return key.starts_with(begin); }) ||
+           std::find(std::begin(InnerKeys), std::end(InnerKeys), key) != std::end(InnerKeys);
 }
 
 /// "wheel" for "wheel.part;12;0:": toolkits put a kind, a version and a number behind names.
@@ -88,12 +92,12 @@ std::string TextOf(const Date& date)
 void AddProperties(const std::vector<Property>& properties, ModelData_PropertyTable& table)
 {
     for (const Property& property : properties) {
-        if (IsInner(property.key) || std::holds_alternative<LateLoaded>(property.value)) {
-            continue;
-        }
         std::u16string name = property.key;
         while (!name.empty() && name.back() == u':') {
             name.pop_back();
+        }
+        if (IsInner(name) || std::holds_alternative<LateLoaded>(property.value)) {
+            continue;
         }
         const Base_UTF16String key = text::ToSdkString(name);
         if (const auto* string = std::get_if<std::u16string>(&property.value)) {
@@ -257,6 +261,7 @@ void TreeBuilder::AddChild(Document& document, std::int32_t id, Target& target, 
     if (myDepth > DeepestNode) {
         throw Unreadable("nodes are nested too deep, or contain themselves");
     }
+    document.CountVisit();
     ++myDepth;
     Above here = above;
     here.placement = mesh::Compose(above.placement, PlacementOf(node, document.scene));

@@ -60,6 +60,7 @@ std::vector<float> ReadExactFloats(Bytes& in, Predictor predictor, std::size_t c
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint32_t sign = static_cast<std::uint32_t>(exponents[i]) << 23;
         values[i] = std::bit_cast<float>(sign | (static_cast<std::uint32_t>(mantissas[i]) & 0x7FFFFF));
+        Check(std::isfinite(values[i]));
     }
     return values;
 }
@@ -116,6 +117,7 @@ std::vector<std::vector<double>> ReadColumns(Bytes& in, const std::vector<Quanti
         Check(codes.size() == count);
         column.reserve(count);
         for (const std::int32_t code : codes) {
+            Check(quantiser.Has(code));
             column.push_back(quantiser.Value(code));
         }
     }

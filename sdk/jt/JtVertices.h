@@ -27,6 +27,10 @@ public:
     explicit Quantiser(Bytes& in);
 
     int Bits() const { return myBits; }
+    bool Has(std::int32_t code) const
+    {
+        return myBits == 32 || static_cast<std::uint32_t>(code) >> myBits == 0;
+    }
     double Value(std::int32_t code) const { return myLeast + static_cast<std::uint32_t>(code) * myStep; }
 
 private:

@@ -314,7 +314,8 @@ std::string Composed(const jt::Format& format)
     scene.Node(jt::kind::Group, 9, {}, {});
     scene.Transform(22, 0x0008, {100});
     Composer material(format);
-    material.Put(static_cast<std::uint16_t>(format.IsV8() ? 0x1D : 0x10)); // in version 8: grey specular and emission
+    material.Put(
+        static_cast<std::uint16_t>(format.IsV8() ? 0x1D : 0x10)); // in version 8: grey specular and emission
     for (const float value : {0.1F, 0.1F, 0.1F, 1.F, 1.F, 0.5F, 0.F, 0.25F}) {
         material.F32(value);
     }
@@ -337,9 +338,8 @@ std::string Composed(const jt::Format& format)
 
 TEST(JtComposed, EveryVersionGivesTheSameModel)
 {
-    for (const jt::Format& format :
-         {jt::Format{80, false}, jt::Format{81, true}, jt::Format{95, false}, jt::Format{95, true},
-          jt::Format{100, false}, jt::Format{103, true}}) {
+    for (const jt::Format& format : {jt::Format{80, false}, jt::Format{81, true}, jt::Format{95, false},
+                                     jt::Format{95, true}, jt::Format{100, false}, jt::Format{103, true}}) {
         const auto model = Read(Composed(format));
         ASSERT_TRUE(model) << format.version << test::TakeReason();
         const std::string shape = std::string("4 triangles n") + (format.IsV8() ? " uv" : "");
@@ -373,16 +373,17 @@ TEST(JtComposed, EveryVersionGivesTheSameModel)
 
 TEST(JtComposed, DamagedFilesOfEveryVersionEndWell)
 {
-    test::ExpectDamagedFilesEndWell<JT_Reader>({Composed({80, false}), Composed({95, true}),
-                                                Composed({100, false})},
-                                               300, 200);
+    test::ExpectDamagedFilesEndWell<JT_Reader>(
+        {Composed({80, false}), Composed({95, true}), Composed({100, false})}, 300, 200);
 }
 
 /// Scene graphs that contain themselves, nest without end, or multiply.
 TEST(JtComposed, GraphsWithoutEndAreCutOffOrRefused)
 {
     const jt::Format format{95, false};
-    const auto file = [&](SceneText& scene) { return FileOf(format, scene.Bytes(), SecondFormShape(format)); };
+    const auto file = [&](SceneText& scene) {
+        return FileOf(format, scene.Bytes(), SecondFormShape(format));
+    };
     SceneText circle(format);
     circle.Node(jt::kind::Assembly, 1, {}, {2});
     circle.Node(jt::kind::Instance, 2, {}, {1});
@@ -412,6 +413,17 @@ TEST(JtComposed, GraphsWithoutEndAreCutOffOrRefused)
     internal::Reports::Clear();
     EXPECT_TRUE(Read(file(many)));
     EXPECT_EQ(test::TakeReason(), "an element that unfolds to too many instances");
+
+    for (const bool hasPart : {true, false}) { // groups are no elements: each place is a visit
+        SceneText groups(format);
+        for (int i = 1; i <= 60; ++i) {
+            groups.Node(jt::kind::Group, i, {}, std::vector<std::int32_t>(20, i + 1));
+        }
+        groups.Node(hasPart ? jt::kind::Part : jt::kind::Group, 61, {}, {});
+        EXPECT_FALSE(Read(file(groups)));
+        EXPECT_EQ(test::TakeReason(),
+                  hasPart ? "an element that unfolds to too many instances" : "nodes multiply without end");
+    }
 }
 
 } // namespace

@@ -90,6 +90,21 @@ TEST(JtWriter, AFailureLeavesNothingBehind)
     EXPECT_EQ(files, 0U);
 }
 
+TEST(JtWriter, PointsThatAreNotFiniteAreLeftOut)
+{
+    ModelData_IndexedTriangleSet bad = Zemtar::Test::MakeGrid(1);
+    const ModelData_Point points[] = {{0, 0, 0}, {1e300, 0, 0}, {0, 1, 0}};
+    const int corners[] = {0, 1, 2};
+    bad.AddCoordinates(points, 3, corners, 3);
+    ModelData_Model model;
+    model.AddRoot(Zemtar::Test::MakeAssembly(
+        "root",
+        {ModelData_Instance(Zemtar::Test::MakePart("part", {bad, Zemtar::Test::MakeGrid(2)}), "part")}));
+    const auto back = Read(Written(model));
+    ASSERT_TRUE(back);
+    EXPECT_EQ(TreeText(*back).text, "assembly root\n  instance part\n    part part: 8 triangles\n");
+}
+
 TEST(JtWriter, StripsHoldEveryTriangleOnceWoundAsItIs)
 {
     std::mt19937 random(8);

@@ -1,8 +1,10 @@
-// 3DM out and in.
+// Formats of meshes out and in: 3DM, JT.
 //
 // Data: a wavy torus of 200,000 triangles with normals and texture coordinates, its vertices shared, written
 // to a stream in memory and read from one. Counter: bytes a triangle.
 
+#include <cadex/JT_Reader.hxx>
+#include <cadex/JT_Writer.hxx>
 #include <cadex/ModelData_Assembly.hxx>
 #include <cadex/ModelData_IndexedTriangleSet.hxx>
 #include <cadex/ModelData_Instance.hxx>
@@ -49,19 +51,21 @@ ModelData_Model WavyTorus()
     return model;
 }
 
+template <typename Writer>
 std::string Written(const ModelData_Model& model)
 {
     std::ostringstream stream;
-    Rhino_Writer writer;
+    Writer writer;
     return writer.Transfer(model) && writer.WriteFile(stream) ? std::move(stream).str() : std::string();
 }
 
+template <typename Writer>
 void Write(benchmark::State& state)
 {
     const ModelData_Model model = WavyTorus();
     double bytes = 0;
     for ([[maybe_unused]] auto _ : state) {
-        const std::string file = Written(model);
+        const std::string file = Written<Writer>(model);
         bytes = static_cast<double>(file.size());
     }
     if (bytes == 0) {
@@ -70,12 +74,13 @@ void Write(benchmark::State& state)
     state.counters["bytes_per_triangle"] = bytes / (2.0 * kAround * kAround);
 }
 
+template <typename Reader, typename Writer>
 void Read(benchmark::State& state)
 {
-    const std::string file = Written(WavyTorus());
+    const std::string file = Written<Writer>(WavyTorus());
     for ([[maybe_unused]] auto _ : state) {
         std::istringstream stream(file);
-        Rhino_Reader reader;
+        Reader reader;
         ModelData_Model model;
         if (!reader.ReadFile(stream) || !reader.Transfer(model)) {
             state.SkipWithError("not read");
@@ -84,8 +89,10 @@ void Read(benchmark::State& state)
     }
 }
 
-BENCHMARK(Write)->Unit(benchmark::kMillisecond);
-BENCHMARK(Read)->Unit(benchmark::kMillisecond);
+BENCHMARK(Write<Rhino_Writer>)->Unit(benchmark::kMillisecond);
+BENCHMARK(Read<Rhino_Reader, Rhino_Writer>)->Unit(benchmark::kMillisecond);
+BENCHMARK(Write<JT_Writer>)->Unit(benchmark::kMillisecond);
+BENCHMARK(Read<JT_Reader, JT_Writer>)->Unit(benchmark::kMillisecond);
 
 } // namespace
 } // namespace cadex
