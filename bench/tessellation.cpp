@@ -27,6 +27,7 @@
 #include <BRep_Builder.hxx>
 #include <GProp_GProps.hxx>
 #include <STEPControl_Reader.hxx>
+#include <TopExp_Explorer.hxx>
 #include <TopoDS_Compound.hxx>
 #include <TopoDS_Shell.hxx>
 

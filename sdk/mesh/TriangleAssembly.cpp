@@ -31,14 +31,26 @@ bool Normalise(const Vector& vector, ModelData_Vectorf& result)
     return true;
 }
 
-/// By the right-hand rule; a triangle without area gives the z axis.
-ModelData_Vectorf FacetNormal(const ModelData_Point& a, const ModelData_Point& b, const ModelData_Point& c)
+/// By the right-hand rule, twice the area long.
+Vector AreaVector(const ModelData_Point& a, const ModelData_Point& b, const ModelData_Point& c)
 {
     const Vector u = Between(a, b);
     const Vector v = Between(a, c);
+    return {u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]};
+}
+
+/// A triangle without area gives the z axis.
+ModelData_Vectorf FacetNormal(const ModelData_Point& a, const ModelData_Point& b, const ModelData_Point& c)
+{
     ModelData_Vectorf normal(0, 0, 1);
-    Normalise({u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]}, normal);
+    Normalise(AreaVector(a, b, c), normal);
     return normal;
+}
+
+/// Whether the normal points to the other side than the facet.
+bool IsAgainst(const ModelData_Vectorf& normal, const Vector& facet)
+{
+    return normal.X() * facet[0] + normal.Y() * facet[1] + normal.Z() * facet[2] < 0;
 }
 
 U32 Append(TriangleTables& table, const ModelData_Vectorf& normal)
@@ -195,25 +207,30 @@ U32 TriangleAssembly::NewNormal(TriangleTables& table, const ModelData_Vectorf& 
 
 void TriangleAssembly::AddTriangle(TriangleTables& table, const NodeTriangle& nodes)
 {
+    // A sliver may be turned over where loops overlap by less than they are exact.
+    const Vector facet = AreaVector(table.points[PointOf(nodes[0])], table.points[PointOf(nodes[1])],
+                                    table.points[PointOf(nodes[2])]);
+    std::array<U32, 3> normals{};
+    for (std::size_t k = 0; k < 3; ++k) {
+        const U32 normal = myNormalOf[static_cast<std::size_t>(nodes[k])];
+        normals[k] = normal != NoIndex && IsAgainst(table.normals[normal], facet) ? NoIndex : normal;
+    }
     U32 continued = NoIndex;
-    for (const int node : nodes) {
-        U32 normal = myNormalOf[static_cast<std::size_t>(node)];
-        if (normal == NoIndex) {
-            continued = continued != NoIndex ? continued : Append(table, ContinuedNormal(table, nodes));
-            normal = continued;
+    for (std::size_t k = 0; k < 3; ++k) {
+        if (normals[k] == NoIndex && continued == NoIndex) {
+            continued = Append(table, ContinuedNormal(table, nodes, normals));
         }
-        table.pointIndices.push_back(PointOf(node));
-        table.normalIndices.push_back(normal);
+        table.pointIndices.push_back(PointOf(nodes[k]));
+        table.normalIndices.push_back(normals[k] == NoIndex ? continued : normals[k]);
     }
 }
 
 /// The mean of those corners that have a normal; the facet's own when none has.
-ModelData_Vectorf TriangleAssembly::ContinuedNormal(const TriangleTables& table,
-                                                    const NodeTriangle& nodes) const
+ModelData_Vectorf TriangleAssembly::ContinuedNormal(const TriangleTables& table, const NodeTriangle& nodes,
+                                                    const std::array<U32, 3>& normals) const
 {
     Vector sum{0, 0, 0};
-    for (const int node : nodes) {
-        const U32 known = myNormalOf[static_cast<std::size_t>(node)];
+    for (const U32 known : normals) {
         if (known != NoIndex) {
             const ModelData_Vectorf& normal = table.normals[known];
             sum = {sum[0] + normal.X(), sum[1] + normal.Y(), sum[2] + normal.Z()};

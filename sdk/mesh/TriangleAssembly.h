@@ -9,6 +9,7 @@
 // repeated in each group with bitwise equal coordinates.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <vector>
 
@@ -81,8 +82,9 @@ public:
 
     /// Faces of one group must come together. `isTurned` takes the face from its other side. Triangles with
     /// two corners at the same point are left out, and triangles without area become others (SliverFlips.h).
-    /// Where a node has no normal, a triangle there takes the mean of its other corners'. At a point where
-    /// two faces meet smoothly both use one normal, so that a merge by position and normal joins them.
+    /// Where a node has no normal, or one against the triangle, the triangle there takes the mean of its
+    /// other corners', or its own. At a point where two faces meet smoothly both use one normal, so that a
+    /// merge by position and normal joins them.
     void Add(std::size_t group, const FaceTriangles& face, bool isTurned = false);
 
     std::vector<TriangleTables> Take();
@@ -93,7 +95,8 @@ private:
     U32 NormalFor(TriangleTables& table, PointUse& use, const ModelData_Vectorf& normal, bool isFlat);
     U32 NewNormal(TriangleTables& table, const ModelData_Vectorf& normal, bool isFlat);
     void AddTriangle(TriangleTables& table, const NodeTriangle& nodes);
-    ModelData_Vectorf ContinuedNormal(const TriangleTables& table, const NodeTriangle& nodes) const;
+    ModelData_Vectorf ContinuedNormal(const TriangleTables& table, const NodeTriangle& nodes,
+                                      const std::array<U32, 3>& normals) const;
     U32 PointOf(int node) const { return myPointOf[static_cast<std::size_t>(node)]; }
 
     std::vector<TriangleTables> myTables;

@@ -401,6 +401,7 @@ TEST(Tessellation, LoopsThatSlipKeepAllTheirSides)
     const Seen seen(MeshOf(DescribedBRep(folded)));
     EXPECT_EQ(seen.triangles, 3);
     EXPECT_EQ(seen.openEdges, 5); // its own, once each
+    EXPECT_GE(seen.worstCosine, 0) << "also where a sliver is turned over";
     EXPECT_NEAR(seen.surface, 12, 1e-2);
     const Description line = PlanePolygon({{0, 0, 0}, {4, 0, 0}});
     EXPECT_TRUE(MeshOf(DescribedBRep(line)).IsNull());
