@@ -173,11 +173,12 @@ ModelData_Assembly SolidWorksFile::AssemblyOf(const Model& model, const Base_UTF
             continue;
         }
         const auto below = mySizes.find(element.Impl());
-        size += 1 + (below == mySizes.end() ? 0 : below->second);
-        if (size > MostUnfolded) {
+        const std::size_t more = 1 + (below == mySizes.end() ? 0 : below->second);
+        if (size + more > MostUnfolded) {
             LeaveOut("an assembly that unfolds to too many instances");
             break;
         }
+        size += more;
         if (!reference.isPlaced) {
             Reports::Add(Report::Kind::Repaired, "a component without a place stands as it was drawn");
         }

@@ -306,7 +306,7 @@ TEST(RhinoGeometry, SurfacesHaveTheirAreas)
     }
 }
 
-/// What no surface can be made of costs that object alone, with a report.
+/// What no shape can be made of is none; a file that has lost all it had is refused.
 TEST(RhinoGeometry, ImpossibleShapesAreLeftOut)
 {
     const Write reversed = [](Out& out) {
@@ -330,7 +330,10 @@ TEST(RhinoGeometry, ImpossibleShapesAreLeftOut)
     for (const auto& [id, write] : shapes) {
         internal::Reports::Clear();
         const auto model = Read(FileOfObject(id, write));
-        ASSERT_TRUE(model);
+        if (!model) {
+            EXPECT_NE(test::TakeReason(), "");
+            continue;
+        }
         test::MeshBodies(*model);
         EXPECT_EQ(AreaOf(*model) + LengthOf(*model), 0);
     }

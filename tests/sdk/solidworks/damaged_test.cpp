@@ -96,7 +96,7 @@ TEST(SolidWorksDamage, WhatClaimsMoreThanThereIsTakesNoMemory)
     list.bytes += U32(4) + U32(8) + U32(2) + U32(0xFFFFFFFF) + std::string(64, '\x01');
     list.Face({3}, {{0, 0, 0}, {1e30F, 0, 0}, {0, 1, 0}}, {});
     Reports::Clear();
-    ASSERT_TRUE(Read(Archive({{"Contents/DisplayLists", list.bytes}})));
+    EXPECT_FALSE(Read(Archive({{"Contents/DisplayLists", list.bytes}})));
     EXPECT_EQ(cadex::test::TakeReason(), "a displayed face with a point that is nowhere");
 
     // a gigabyte of zeros in a block of a megabyte, and a wrapped stream that claims four of them
@@ -122,8 +122,13 @@ TEST(SolidWorksDamage, AssembliesThatUnfoldWithoutEndAreCutOff)
         tree += "</swModel>";
     }
     tree += "<swModel id=\"20\" swName=\"leaf\"/><swConfiguration swModelRef=\"0\"/></sw>";
+    DisplayText list;
+    list.Component("c@m", {}, {0, 0, 0}, "", "leaf");
+    list.Body(6);
+    AddBox(list, 0.01F, 0.02F, 0.03F);
     Reports::Clear();
-    ASSERT_TRUE(Read(Archive({{"swXmlContents/COMPINSTANCETREE", tree}, {"Contents/DisplayLists", Box()}})));
+    ASSERT_TRUE(
+        Read(Archive({{"swXmlContents/COMPINSTANCETREE", tree}, {"Contents/DisplayLists", list.bytes}})));
     bool isSaid = false;
     for (const auto& report : Reports::Take()) {
         isSaid = isSaid || report.text == "an assembly that unfolds to too many instances";

@@ -262,9 +262,9 @@ TEST(SolidWorksReader, ConfusedTreesLoseOnlyWhatIsConfused)
         SCOPED_TRACE(damage);
         Reports::Clear();
         const auto model = Read(Archive(streams));
-        ASSERT_TRUE(model);
         EXPECT_EQ(cadex::test::TakeReason(), reason);
-        EXPECT_EQ(Places(*model).corners.size(), corners);
+        ASSERT_EQ(model.has_value(), corners > 0) << "a file that has lost all it shows is refused";
+        EXPECT_EQ(model ? Places(*model).corners.size() : 0, corners);
     }
 }
 
