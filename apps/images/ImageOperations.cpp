@@ -53,11 +53,41 @@ ImageOutcome ThroughFiles(const QImage& image, Write write)
                         write);
 }
 
+/// The picture with 8 bits a channel.
+QImage ShallowImage(const QImage& image)
+{
+    return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+}
+
+/// Replaces each pixel's red and green by what `turn(red, green)` gives.
+template <typename Turn>
+ImageOutcome WithTurned(ImageOutcome outcome, Turn turn)
+{
+    outcome.image = ShallowImage(outcome.image);
+    for (int y = 0; y < outcome.image.height(); ++y) {
+        auto* row = reinterpret_cast<QRgb*>(outcome.image.scanLine(y));
+        for (int x = 0; x < outcome.image.width(); ++x) {
+            const auto [red, green] = turn(qRed(row[x]), qGreen(row[x]));
+            row[x] = qRgba(red, green, qBlue(row[x]), qAlpha(row[x]));
+        }
+    }
+    return outcome;
+}
+
 ImageOutcome NormalMap(const ImageInput& input, const ImageValues& values)
 {
     // The map is opaque and does not look at alpha.
-    return ThroughFiles(input.image, kOpaqueForm, [&](const CZemtarString& in, const CZemtarString& out) {
-        ZemtarImage::NormalMapFromTexture(in, out, values[0], values[1] != 0);
+    ImageOutcome outcome =
+        ThroughFiles(input.image, kOpaqueForm, [&](const CZemtarString& in, const CZemtarString& out) {
+            ZemtarImage::NormalMapFromTexture(in, out, values[0], values[1] != 0);
+        });
+    // The library's red points up and its green to the left.
+    const int direction = static_cast<int>(values[2]);
+    if (outcome.image.isNull() || direction == 0) {
+        return outcome;
+    }
+    return WithTurned(std::move(outcome), [isUp = direction == 1](int red, int green) {
+        return std::pair(255 - green, isUp ? red : 255 - red);
     });
 }
 
@@ -68,11 +98,19 @@ ImageOutcome HeightMap(const ImageInput& input, const ImageValues& values)
     });
 }
 
-ImageOutcome TileableNormalMap(const ImageInput& input, const ImageValues& /*values*/)
+ImageOutcome TurnGreen(const ImageInput& input, const ImageValues& /*values*/)
 {
-    return ThroughFiles(input.image, kAlphaForm, [](const CZemtarString& in, const CZemtarString& out) {
-        ZemtarImage::GenerateNormalFromTexture(in, out);
-    });
+    return WithTurned({input.image}, [](int red, int green) { return std::pair(red, 255 - green); });
+}
+
+ImageOutcome TileableNormalMap(const ImageInput& input, const ImageValues& values)
+{
+    ImageOutcome outcome =
+        ThroughFiles(input.image, kAlphaForm, [](const CZemtarString& in, const CZemtarString& out) {
+            ZemtarImage::GenerateNormalFromTexture(in, out);
+        });
+    const bool isUp = values[0] == 0; // the library's green points down
+    return outcome.image.isNull() || !isUp ? outcome : TurnGreen({outcome.image}, {});
 }
 
 ImageOutcome ToneMap(const ImageInput& input, const ImageValues& /*values*/)
@@ -82,12 +120,6 @@ ImageOutcome ToneMap(const ImageInput& input, const ImageValues& /*values*/)
             input.highRange.isEmpty() ? ZemtarImage::ConvertToExr(in, out, false) : ToHost(input.highRange);
         ZemtarImage::ConvertHdrToPng(file, out);
     });
-}
-
-/// The picture with 8 bits a channel.
-QImage ShallowImage(const QImage& image)
-{
-    return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
 }
 
 using InPlace = void (*)(QImage* source, QImage* target, int amount);
@@ -215,6 +247,13 @@ constexpr const char* kInvertHelp = TEXT("Turns dark to high instead of light");
 constexpr ImageParameter kNormalMap[] = {
     {ImageParameter::Number, TEXT("Strength"), TEXT("Height of the relief"), 0.1, 100, 10},
     {ImageParameter::Switch, TEXT("Invert"), kInvertHelp, 0, 1, 0},
+    {ImageParameter::Choice, TEXT("Directions"),
+     TEXT("Plain: red up, green left. OpenGL: red right, green up. DirectX: red right, green down"), 0, 2, 0,
+     TEXT("Plain|OpenGL|DirectX")},
+};
+constexpr ImageParameter kTileableNormalMap[] = {
+    {ImageParameter::Choice, TEXT("Green channel"), TEXT("Points up for OpenGL, down for DirectX"), 0, 1, 1,
+     TEXT("OpenGL|DirectX")},
 };
 constexpr ImageParameter kHeightMap[] = {
     {ImageParameter::Number, TEXT("Scale"), TEXT("Factor of the brightness; 50 keeps it"), 0, 200, 50},
@@ -284,12 +323,14 @@ constexpr const char* kTwo = TEXT("Two pictures");
 constexpr ImageOperation kOperations[] = {
     {kMaps, TEXT("Normal map"), TEXT("Directions of the surface, from the texture's brightness"), kNormalMap,
      true, NormalMap},
+    {kMaps, TEXT("Tileable normal map"), TEXT("A normal map that joins itself at opposite sides"),
+     kTileableNormalMap, true, TileableNormalMap},
     {kMaps,
-     TEXT("Tileable normal map"),
-     TEXT("A normal map that joins itself at opposite sides"),
+     TEXT("Turn green"),
+     TEXT("Makes an OpenGL normal map one for DirectX, and the other way round"),
      {},
      true,
-     TileableNormalMap},
+     TurnGreen},
     {kMaps, TEXT("Height map"), TEXT("Grey heights, from the texture's brightness"), kHeightMap, true,
      HeightMap},
     {kTones,
@@ -324,7 +365,7 @@ constexpr ImageOperation kOperations[] = {
     {kShape, TEXT("Canvas"), TEXT("Centres the picture on a canvas whose pixels are transparent"), kCanvas,
      false, Canvas},
     {kShape, TEXT("Crop"), TEXT("Cuts out a rectangle; what lies outside the picture is empty"), kCrop, false,
-     Crop, nullptr, true},
+     Crop, nullptr, true, true},
     {kShape, TEXT("Flip"), TEXT("The mirror image"), kFlip, true, Flip, nullptr, true},
     {kShape, TEXT("Fade"), TEXT("Makes the picture more transparent"), kFade, true, Fade},
     {kShape, TEXT("Border line"), TEXT("A line along the edges"), kBorder, false, Border},

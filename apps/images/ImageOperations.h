@@ -58,6 +58,8 @@ struct ImageOperation
     ImageOutcome (*run)(const ImageInput& input, const ImageValues& values);
     const char* second = nullptr; ///< What the second picture is, for operations on two.
     bool keepsDepth = false;      ///< Whether 16 bits a channel stay; otherwise 8 are worked on.
+    /// Whether the first four values are an area of the picture: width, height, left, top.
+    bool takesArea = false;
 
     QString Name() const;
     QString Group() const;

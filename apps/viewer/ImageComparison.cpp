@@ -3,6 +3,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPainterPath>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -16,6 +17,8 @@ constexpr double kZoomStep = 1.25;
 /// From this zoom on the single pixels are shown, not smoothed.
 constexpr double kSharpZoom = 2.0;
 constexpr int kPanStep = 48;
+/// A tiled picture in each direction; the middle one is the result's own place.
+constexpr int kTiles = 3;
 
 /// Light and dark squares that suit the palette.
 QBrush ChequeredGround(const QPalette& palette, double ratio)
@@ -72,10 +75,33 @@ void ImageComparison::SetMode(Mode mode)
     update();
 }
 
+void ImageComparison::SetTiled(bool on)
+{
+    m_isTiled = on;
+    if (m_isFitted) {
+        FitToWindow();
+    }
+    update();
+}
+
+void ImageComparison::SetDrawsArea(bool on)
+{
+    m_drawsArea = on;
+    m_isDrawing = false;
+    SetArea({});
+}
+
+void ImageComparison::SetArea(const QRect& area)
+{
+    m_area = area;
+    update();
+}
+
 void ImageComparison::FitToWindow()
 {
     const QSizeF pane = PaneOf(m_result).size() - QSizeF(16, 16);
-    const QSizeF picture = m_original.wholeSize.expandedTo(m_result.wholeSize).expandedTo({1, 1});
+    const QSizeF picture =
+        m_original.wholeSize.expandedTo(m_result.wholeSize).expandedTo({1, 1}) * (m_isTiled ? kTiles : 1);
     const double fitting = std::min(pane.width() / picture.width(), pane.height() / picture.height());
     m_zoom = std::clamp(fitting * devicePixelRatioF(), kLeastZoom, kMostZoom);
     m_center = {0.5, 0.5};
@@ -187,12 +213,11 @@ const QImage& ImageComparison::ImageFor(Picture& picture, double scale) const
     return picture.small;
 }
 
-void ImageComparison::Draw(QPainter& painter, Picture& picture, const QRect& clip)
+void ImageComparison::Draw(QPainter& painter, Picture& picture, const QRectF& target, const QRect& clip)
 {
     if (picture.image.isNull()) {
         return;
     }
-    const QRectF target = TargetOf(picture);
     const double scale = target.width() * devicePixelRatioF() / picture.image.width();
     const QImage& image = ImageFor(picture, scale);
     painter.save();
@@ -212,6 +237,38 @@ void ImageComparison::Draw(QPainter& painter, Picture& picture, const QRect& cli
                        source.height() / perY);
     painter.setRenderHint(QPainter::SmoothPixmapTransform, scale < kSharpZoom);
     painter.drawImage(drawn, image, source);
+    painter.restore();
+}
+
+void ImageComparison::DrawTiles(QPainter& painter, const QRect& clip)
+{
+    const QRectF middle = TargetOf(m_result);
+    for (int row = -kTiles / 2; row <= kTiles / 2; ++row) {
+        for (int column = -kTiles / 2; column <= kTiles / 2; ++column) {
+            const QRectF tile = middle.translated(column * middle.width(), row * middle.height());
+            if (tile.intersects(clip)) {
+                Draw(painter, m_result, tile, clip);
+            }
+        }
+    }
+}
+
+void ImageComparison::DrawArea(QPainter& painter, const QRect& clip) const
+{
+    if (m_area.isEmpty() || m_original.wholeSize.isEmpty()) {
+        return;
+    }
+    const QRectF target = TargetOf(m_original);
+    const double scale = target.width() / m_original.wholeSize.width();
+    const QRectF area(target.topLeft() + QPointF(m_area.topLeft()) * scale, QSizeF(m_area.size()) * scale);
+    painter.save();
+    painter.setClipRect(clip);
+    QPainterPath around;
+    around.addRect(target);
+    around.addRect(area);
+    painter.fillPath(around, QColor(0, 0, 0, 110));
+    painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+    painter.drawRect(area);
     painter.restore();
 }
 
@@ -252,8 +309,13 @@ void ImageComparison::paintEvent(QPaintEvent* /*event*/)
         left.setRight(SplitX() - 1);
         right.setLeft(SplitX());
     }
-    Draw(painter, m_original, left);
-    Draw(painter, m_result, right);
+    Draw(painter, m_original, TargetOf(m_original), left);
+    if (m_isTiled) {
+        DrawTiles(painter, right);
+    } else {
+        Draw(painter, m_result, TargetOf(m_result), right);
+    }
+    DrawArea(painter, left);
     const int border = m_mode == Split ? SplitX() : width() / 2;
     painter.fillRect(QRect(border - 1, 0, 2, height()),
                      palette().color(m_mode == Split ? QPalette::Highlight : QPalette::Window));
@@ -314,6 +376,12 @@ void ImageComparison::mousePressEvent(QMouseEvent* event)
 {
     m_last = event->position();
     m_isSplitting = event->button() == Qt::LeftButton && IsNearSplit(m_last);
+    m_isDrawing = m_drawsArea && !m_isSplitting && event->button() == Qt::LeftButton &&
+                  !m_original.image.isNull() && PaneOf(m_original).contains(m_last.toPoint());
+    if (m_isDrawing) {
+        m_areaStart = PixelAt(m_original, m_last);
+        return;
+    }
     m_isPanning = !m_isSplitting && (event->buttons() & (Qt::LeftButton | Qt::MiddleButton)) != 0;
     if (m_isPanning && !m_original.image.isNull()) {
         setCursor(Qt::ClosedHandCursor);
@@ -326,10 +394,15 @@ void ImageComparison::mouseMoveEvent(QMouseEvent* event)
     if (m_isSplitting) {
         m_split = std::clamp(position.x() / std::max(1, width()), 0.0, 1.0);
         update();
+    } else if (m_isDrawing) {
+        const QPoint end = PixelAt(m_original, position);
+        SetArea(QRect(QPoint(std::min(m_areaStart.x(), end.x()), std::min(m_areaStart.y(), end.y())),
+                      QPoint(std::max(m_areaStart.x(), end.x()), std::max(m_areaStart.y(), end.y())))
+                    .intersected(QRect({}, m_original.wholeSize)));
     } else if (m_isPanning) {
         PanBy(position - m_last);
     } else {
-        setCursor(IsNearSplit(position) ? Qt::SplitHCursor : Qt::ArrowCursor);
+        setCursor(IsNearSplit(position) ? Qt::SplitHCursor : m_drawsArea ? Qt::CrossCursor : Qt::ArrowCursor);
     }
     m_last = position;
     ShowPixel(position);
@@ -337,7 +410,10 @@ void ImageComparison::mouseMoveEvent(QMouseEvent* event)
 
 void ImageComparison::mouseReleaseEvent(QMouseEvent* /*event*/)
 {
-    m_isPanning = m_isSplitting = false;
+    if (m_isDrawing && !m_area.isEmpty()) {
+        emit AreaDrawn(m_area);
+    }
+    m_isPanning = m_isSplitting = m_isDrawing = false;
     unsetCursor();
 }
 

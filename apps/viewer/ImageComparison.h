@@ -30,6 +30,13 @@ public:
     void SetMode(Mode mode);
     Mode CurrentMode() const { return m_mode; }
 
+    /// Shows the result three times in each direction, as it meets itself on a tiled surface.
+    void SetTiled(bool on);
+    /// While on, dragging with the left button draws an area on a picture instead of moving it.
+    void SetDrawsArea(bool on);
+    /// Marks an area of the original, in its pixels; an empty one: none.
+    void SetArea(const QRect& area);
+
     /// Screen pixels for a picture's pixel.
     double Zoom() const { return m_zoom; }
     void ZoomBy(double factor);
@@ -43,6 +50,8 @@ signals:
     /// The cursor is over this pixel of the original and of the result; empty when it is over neither.
     void Hovered(const QString& text);
     void ZoomChanged(double zoom);
+    /// The user drew an area, within the original, in its pixels.
+    void AreaDrawn(const QRect& area);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -72,7 +81,9 @@ private:
     QString PixelText(const Picture& picture, QPointF position) const;
     int SplitX() const;
     bool IsNearSplit(QPointF position) const;
-    void Draw(QPainter& painter, Picture& picture, const QRect& clip);
+    void Draw(QPainter& painter, Picture& picture, const QRectF& target, const QRect& clip);
+    void DrawTiles(QPainter& painter, const QRect& clip);
+    void DrawArea(QPainter& painter, const QRect& clip) const;
     void DrawTitle(QPainter& painter, const Picture& picture, const QRect& clip, Qt::Alignment side) const;
     const QImage& ImageFor(Picture& picture, double scale) const;
     void SetZoom(double zoom, QPointF anchor);
@@ -89,4 +100,9 @@ private:
     QPointF m_last;
     bool m_isPanning = false;
     bool m_isSplitting = false;
+    bool m_isTiled = false;
+    bool m_drawsArea = false;
+    bool m_isDrawing = false;
+    QPoint m_areaStart;
+    QRect m_area;
 };

@@ -37,8 +37,13 @@ constexpr Drawing kDrawings[] = {
     {"M 2.5 5.5 L 4 4 L 4 12 M 10.5 5.5 L 12 4 L 12 12 M 8 6.5 L 8 7.1 M 8 9.9 L 8 10.5"},
     {"M 2 3.5 L 14 3.5 L 14 12.5 L 2 12.5 L 2 3.5 M 8 1.5 L 8 14.5",
      "M 8 3.5 L 14 3.5 L 14 12.5 L 8 12.5 L 8 3.5"},
+    {"M 1.5 1.5 L 14.5 1.5 L 14.5 14.5 L 1.5 14.5 L 1.5 1.5 M 5.8 1.5 L 5.8 14.5 M 10.2 1.5 L 10.2 14.5 "
+     "M 1.5 5.8 L 14.5 5.8 M 1.5 10.2 L 14.5 10.2",
+     "M 5.8 5.8 L 10.2 5.8 L 10.2 10.2 L 5.8 10.2 L 5.8 5.8"},
+    {"M 1.5 13.5 L 1.5 3.5 L 6 3.5 L 7.5 5.5 L 14.5 5.5 L 14.5 13.5 L 1.5 13.5",
+     "M 6.5 7.5 L 11 9.5 L 6.5 11.5 L 6.5 7.5"},
 };
-static_assert(std::size(kDrawings) == std::size_t(ImageIcon::Split) + 1);
+static_assert(std::size(kDrawings) == std::size_t(ImageIcon::Batch) + 1);
 
 QPainterPath PathOf(const char* text)
 {

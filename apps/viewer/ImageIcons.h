@@ -18,6 +18,8 @@ enum class ImageIcon
     Fit,
     ActualSize,
     Split,
+    Tile,
+    Batch,
 };
 
 QIcon MakeImageIcon(ImageIcon kind);

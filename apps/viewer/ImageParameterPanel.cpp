@@ -83,6 +83,15 @@ bool ImageParameterPanel::SetSecond(const QString& file)
     return true;
 }
 
+void ImageParameterPanel::SetArea(const QRect& area)
+{
+    const int numbers[] = {area.width(), area.height(), area.left(), area.top()};
+    const QList<QDoubleSpinBox*> boxes = m_form->findChildren<QDoubleSpinBox*>();
+    for (int i = 0; i < std::min<int>(4, static_cast<int>(boxes.size())); ++i) {
+        boxes[i]->setValue(numbers[i]);
+    }
+}
+
 QWidget* ImageParameterPanel::MakeEditor(std::size_t index, const ImageParameter& parameter)
 {
     if (parameter.kind == ImageParameter::Switch) {

@@ -22,6 +22,9 @@ public:
     /// One value for each parameter.
     const ImageValues& Values() const { return m_values; }
 
+    /// Sets the first four values to an area: width, height, left, top.
+    void SetArea(const QRect& area);
+
     /// Takes the second picture of an operation on two from a file; false, with the reason beside the button,
     /// when it cannot be read.
     bool SetSecond(const QString& file);

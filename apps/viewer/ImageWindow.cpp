@@ -1,5 +1,6 @@
 #include "apps/viewer/ImageWindow.h"
 
+#include "apps/images/ImageBatch.h"
 #include "apps/images/ImageOperations.h"
 #include "apps/viewer/ImageComparison.h"
 #include "apps/viewer/ImageIcons.h"
@@ -18,6 +19,7 @@
 #include <QLocale>
 #include <QMenu>
 #include <QMimeData>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QSplitter>
 #include <QToolBar>
@@ -75,6 +77,8 @@ ImageWindow::ImageWindow(QWidget* parent) : QWidget(parent, Qt::Window), m_previ
 
     connect(m_comparison, &ImageComparison::Hovered, m_pixel, &QLabel::setText);
     connect(m_comparison, &ImageComparison::ZoomChanged, this, &ImageWindow::ShowInfo);
+    connect(m_comparison, &ImageComparison::AreaDrawn, m_parameters, &ImageParameterPanel::SetArea);
+    connect(m_parameters, &ImageParameterPanel::Changed, this, &ImageWindow::ShowArea);
     connect(m_preview, &ImagePreview::Changed, this, &ImageWindow::ShowResult);
     connect(m_parameters, &ImageParameterPanel::Changed, this,
             [this] { m_preview->SetOperation(Operation(), m_parameters->Values(), m_parameters->Second()); });
@@ -136,6 +140,12 @@ void ImageWindow::BuildToolBar()
                   m_comparison->SetMode(isOn ? ImageComparison::Split : ImageComparison::SideBySide);
               })
         ->setCheckable(true);
+    AddAction("tile", ImageIcon::Tile, tr("Tiled, as the result meets itself"), Qt::CTRL | Qt::Key_T,
+              [this](bool isOn) { m_comparison->SetTiled(isOn); })
+        ->setCheckable(true);
+    m_tools->addSeparator();
+    AddAction("batch", ImageIcon::Batch, tr("Do this to all pictures of a folder..."), Qt::CTRL | Qt::Key_B,
+              &ImageWindow::AskForBatch);
 }
 
 QWidget* ImageWindow::BuildMessage()
@@ -398,7 +408,50 @@ void ImageWindow::ShowOperation()
     m_help->setText(operation != nullptr ? operation->Help() : tr("Choose what is done to the picture."));
     m_parameters->SetOperation(operation, m_history.Current().size());
     m_preview->SetOperation(operation, m_parameters->Values(), m_parameters->Second());
+    m_comparison->SetDrawsArea(operation != nullptr && operation->takesArea);
     UpdateActions();
+}
+
+void ImageWindow::ShowArea()
+{
+    const ImageValues& values = m_parameters->Values();
+    if (const ImageOperation* operation = Operation(); operation != nullptr && operation->takesArea) {
+        m_comparison->SetArea(QRect(int(values[2]), int(values[3]), int(values[0]), int(values[1])));
+    }
+}
+
+void ImageWindow::AskForBatch()
+{
+    ImageBatch batch;
+    batch.operation = Operation();
+    batch.values = m_parameters->Values();
+    batch.second = m_parameters->Second();
+    batch.from = QFileDialog::getExistingDirectory(this, tr("Pictures of which folder?"), m_folder);
+    if (batch.operation == nullptr || batch.from.isEmpty()) {
+        return;
+    }
+    batch.to = QFileDialog::getExistingDirectory(this, tr("Into which folder?"), batch.from);
+    if (!batch.to.isEmpty()) {
+        RunBatch(batch);
+    }
+}
+
+void ImageWindow::RunBatch(ImageBatch batch)
+{
+    batch.suffix = QStringLiteral("png");
+    QProgressDialog progress(tr("Working ..."), tr("Cancel"), 0, int(batch.Files().size()), this);
+    progress.setWindowModality(Qt::WindowModal);
+    progress.setMinimumDuration(0);
+    const ImageBatch::Result result = batch.Run([&](int done, const QString& file) {
+        progress.setLabelText(file);
+        progress.setValue(done); // which turns the event loop
+        return !progress.wasCanceled();
+    });
+    QString text = tr("%n pictures are written.", nullptr, result.written);
+    if (result.isCancelled) {
+        text += ' ' + tr("The rest was cancelled.");
+    }
+    ShowMessage((QStringList(text) + result.failures).join('\n'));
 }
 
 void ImageWindow::ShowCurrent()
@@ -470,6 +523,7 @@ void ImageWindow::UpdateActions()
     set("redo", tr("Redo"), m_history.RedoName());
     findChild<QAction*>("revert")->setEnabled(hasPicture && !m_history.IsOriginal());
     m_apply->setEnabled(hasPicture && Operation() != nullptr && m_preview->Shown().failure.isEmpty());
+    findChild<QAction*>("batch")->setEnabled(Operation() != nullptr);
     m_defaults->setEnabled(Operation() != nullptr && !Operation()->parameters.empty());
 }
 

@@ -5,6 +5,7 @@
 
 #include <QWidget>
 
+struct ImageBatch;
 class ImageComparison;
 class ImageParameterPanel;
 class ImagePreview;
@@ -35,6 +36,10 @@ public:
     /// Saves the result in the format of the name's suffix, from the whole picture; false, with the reason in
     /// the window and no file written, when that fails. `isPanorama` adds the mark of a 360 degree panorama.
     bool Save(const QString& file, bool isPanorama = false);
+
+    /// Does the batch with a window that shows how far it is, and tells what came of it. PNG files are
+    /// written.
+    void RunBatch(ImageBatch batch);
 
     /// The result of the whole picture, made now unless it is there; null when there is none.
     QImage Result();
@@ -70,6 +75,9 @@ private:
     void AskWhereToSave(bool isPanorama);
     const ImageOperation* Operation() const;
     void ShowOperation();
+    /// Marks the area that the operation takes.
+    void ShowArea();
+    void AskForBatch();
     void ShowCurrent();
     void ShowResult();
     void ShowInfo();

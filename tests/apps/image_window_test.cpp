@@ -1,5 +1,6 @@
 // The image window, driven as a user drives it, against direct calls of the library.
 
+#include "apps/images/ImageBatch.h"
 #include "apps/images/ImageOperations.h"
 #include "apps/viewer/ImageComparison.h"
 #include "apps/viewer/ImagePreview.h"
@@ -11,6 +12,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QDir>
 #include <QDoubleSpinBox>
 #include <QDropEvent>
 #include <QLabel>
@@ -53,6 +55,16 @@ struct Expected
 const std::map<std::string, Expected> kExpected = {
     {"Normal map", {[](auto in, auto out) { ZemtarImage::NormalMapFromTexture(in, out, 10, false); }, {}}},
     {"Tileable normal map", {[](auto in, auto out) { ZemtarImage::GenerateNormalFromTexture(in, out); }, {}}},
+    {"Turn green",
+     {{},
+      [](QImage& image) {
+          for (int y = 0; y < image.height(); ++y) {
+              for (int x = 0; x < image.width(); ++x) {
+                  const QRgb p = image.pixel(x, y);
+                  image.setPixel(x, y, qRgba(qRed(p), 255 - qGreen(p), qBlue(p), qAlpha(p)));
+              }
+          }
+      }}},
     {"Height map",
      {[](auto in, auto out) { ZemtarImage::HeightMapFromTexture(in, out, 50, 25, false); }, {}}},
     {"Tone mapping",
@@ -201,6 +213,84 @@ TEST(ImageOperationsTest, RangesHoldTheDefaultsAndEveryEndRuns)
                       [](const ImageOperation& operation) { return operation.Name() == "Crop"; });
     EXPECT_FALSE(crop.Run({image}, {16384, 16384, 0, 0}).failure.isEmpty()) << "1 GiB is refused";
     EXPECT_EQ(image.copy(3, -2, 5, 9), crop.Run({image}, {5, 9, 3, -2}).image);
+}
+
+TEST(ImageOperationsTest, NormalMapsPointWhereTheirProgramWantsThem)
+{
+    QImage dome(64, 64, QImage::Format_RGB32); // bright in the middle: high
+    for (int y = 0; y < 64; ++y) {
+        for (int x = 0; x < 64; ++x) {
+            const int v = std::max(0, 255 - static_cast<int>(8 * std::hypot(x - 32, y - 32)));
+            dome.setPixel(x, y, qRgb(v, v, v));
+        }
+    }
+    const auto run = [&](const char* name, ImageValues values) {
+        for (const ImageOperation& operation : ImageOperations()) {
+            if (QLatin1String(operation.name) == QLatin1String(name)) {
+                return operation.Run({dome}, values).image;
+            }
+        }
+        return QImage();
+    };
+    for (const bool isDirectX : {false, true}) {
+        const double choice = isDirectX ? 2 : 1;
+        for (const QImage& map :
+             {run("Normal map", {10, 0, choice}), run("Tileable normal map", {choice - 1})}) {
+            const QColor above = map.pixelColor(32, 20);
+            const QColor right = map.pixelColor(44, 32);
+            EXPECT_EQ(above.green() > 128, !isDirectX);
+            EXPECT_GT(std::abs(above.green() - 128), 10);
+            EXPECT_NEAR(above.red(), 127, 3);
+            EXPECT_GT(right.red(), 138);
+        }
+    }
+}
+
+TEST(ImageBatchTest, WorksThroughAFolderAndTellsWhatFailed)
+{
+    const TestFolder folder;
+    QDir().mkpath(folder.path("in"));
+    ASSERT_TRUE(MakePicture(24, 17, false).save(folder.path("in/a.png")));
+    ASSERT_TRUE(MakePicture(10, 30, false).save(folder.path("in/b.bmp")));
+    QFile broken(folder.path("in/c.png"));
+    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
+    broken.write("no picture");
+    broken.close();
+    ImageBatch batch{folder.path("in"), folder.path("out"), "png", &ImageOperations().front(), {}, {}};
+    const auto always = [](int, const QString&) { return true; };
+    const ImageBatch::Result first = batch.Run(always);
+    EXPECT_EQ(first.written, 2);
+    ASSERT_EQ(first.failures.size(), 1);
+    EXPECT_TRUE(first.failures[0].startsWith("c.png: "));
+    EXPECT_EQ(QImage(folder.path("out/b.png")).size(), QSize(10, 30));
+    EXPECT_EQ(batch.Run(always).written, 0) << "nothing is overwritten";
+    const ImageBatch::Result cancelled = batch.Run([](int done, const QString&) { return done < 1; });
+    EXPECT_TRUE(cancelled.isCancelled);
+    batch.to = batch.from;
+    EXPECT_EQ(batch.Run(always).failures.size(), 1);
+}
+
+TEST_F(ImageWindowTest, ADrawnAreaIsCutOutAndTilesRepeatTheResult)
+{
+    ASSERT_TRUE(window.Load(Write("a.png", MakePicture(24, 17, false))));
+    auto* tree = window.findChild<QTreeWidget*>("operations");
+    tree->setCurrentItem(tree->findItems("Crop", Qt::MatchExactly | Qt::MatchRecursive).first());
+    window.Result();
+    auto* comparison = window.findChild<ImageComparison*>();
+    comparison->ActualSize();
+    comparison->ZoomBy(8);
+    const QPoint middle(comparison->width() / 4, comparison->height() / 2);
+    QTest::mousePress(comparison, Qt::LeftButton, {}, middle - QPoint(20, 20));
+    QTest::mouseMove(comparison, middle + QPoint(21, 13));
+    QTest::mouseRelease(comparison, Qt::LeftButton, {}, middle + QPoint(21, 13));
+    EXPECT_NEAR(window.findChild<QDoubleSpinBox*>("Width")->value(), 41.0 / 8 + 0.5, 1);
+    EXPECT_NEAR(window.findChild<QDoubleSpinBox*>("Height")->value(), 33.0 / 8 + 0.5, 1);
+    EXPECT_GT(window.findChild<QDoubleSpinBox*>("Left")->value(), 0);
+    EXPECT_TRUE(Await("the part that was drawn", [&] { return comparison->ResultSize().width() < 10; }));
+    window.Result();
+    const QImage plain = comparison->grab().toImage();
+    Press("tile");
+    EXPECT_NE(comparison->grab().toImage(), plain);
 }
 
 TEST_F(ImageWindowTest, ChainsOperationsWithUndo)
@@ -383,8 +473,8 @@ TEST_F(ImageWindowTest, ZoomAndPixelsBelongToBothSides)
     Press("split");
     EXPECT_EQ(ImageComparison::Split, comparison->CurrentMode());
     const QImage seen = comparison->grab().toImage();
-    EXPECT_EQ(QColor(10, 20, 30), seen.pixelColor(seen.width() * 4 / 9, seen.height() / 2));
-    EXPECT_EQ(QColor(50, 60, 30), seen.pixelColor(seen.width() * 5 / 9, seen.height() / 2));
+    EXPECT_EQ(QColor(10, 20, 30), seen.pixelColor(seen.width() / 2 - 12, seen.height() / 2));
+    EXPECT_EQ(QColor(50, 60, 30), seen.pixelColor(seen.width() / 2 + 12, seen.height() / 2));
 }
 
 int main(int argc, char** argv)
