@@ -28,7 +28,7 @@ if(NOT ZEMTAR_CAD_SDK_ROOT)
 endif()
 install(EXPORT ZemtarTargets NAMESPACE Zemtar:: DESTINATION "${package_dir}")
 if(ZEMTAR_BUILD_APPS)
-    install(TARGETS zemtar-cad zemtar-viewer RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+    install(TARGETS zemtar-cad zemtar-viewer zemtar-thumbnailer RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
     install(TARGETS zemtar_pictures LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/zemtar")
     # The module's libraries are a folder above it.
     set_target_properties(zemtar_pictures PROPERTIES INSTALL_RPATH "$<IF:$<BOOL:${APPLE}>,@loader_path/..,$ORIGIN/..>")

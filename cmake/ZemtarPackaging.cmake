@@ -10,6 +10,7 @@ install(FILES "${packaging}/zemtar-cad.bash" RENAME zemtar-cad
     DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
 if(NOT APPLE)
     install(FILES "${packaging}/org.zemtar.Viewer.desktop" DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
+    install(FILES "${packaging}/org.zemtar.Viewer.thumbnailer" DESTINATION "${CMAKE_INSTALL_DATADIR}/thumbnailers")
     install(FILES "${made}/org.zemtar.Viewer.metainfo.xml" DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
     install(FILES "${packaging}/org.zemtar.Viewer.mime.xml" RENAME org.zemtar.Viewer.xml
         DESTINATION "${CMAKE_INSTALL_DATADIR}/mime/packages")

@@ -21,6 +21,7 @@ struct ImportCommand
     std::vector<std::string> files;
     bool json = false;
     std::string preview;
+    int turntable = 0;
 
     void Run(Console& console) const;
 };
@@ -82,6 +83,9 @@ void ImportCommand::Run(Console& console) const
     if (!preview.empty() && files.size() > 1) {
         ThrowUsage(QStringLiteral("--preview takes one file"));
     }
+    if (turntable > 0 && preview.empty()) {
+        ThrowUsage(QStringLiteral("--turntable belongs to --preview"));
+    }
     std::vector<const FormatEntry*> formats; // all known before the first import
     for (const std::string& file : files) {
         formats.push_back(&options.FormatOf(Text(file)));
@@ -104,7 +108,7 @@ void ImportCommand::Run(Console& console) const
             std::cout.flush();
         }
         if (const QString problem = imported.document && !preview.empty()
-                                        ? WritePreview(*imported.document, Text(preview))
+                                        ? WritePreview(*imported.document, Text(preview), turntable)
                                         : QString();
             !problem.isEmpty()) {
             console.Error(QStringLiteral("no preview: ") + problem);
@@ -131,5 +135,10 @@ void AddImportCommand(CLI::App& program, Console& console)
     command->add_flag("--json", import->json, "Print JSON instead of a tree; an array for several files");
     command->add_option("--preview", import->preview, "Draw the model into this picture file")
         ->type_name("OUT");
+    command
+        ->add_option("--turntable", import->turntable,
+                     "Make so many previews from all around: OUT-001.png and so on")
+        ->check(CLI::Range(1, 3600))
+        ->type_name("N");
     command->callback([import, &console] { import->Run(console); });
 }

@@ -24,11 +24,11 @@ PictureWriter* LoadedWriter(QString& problem)
 
 } // namespace
 
-QString WritePreview(const Zemtar::CZemtarDocument& document, const QString& file)
+QString WritePreview(const Zemtar::CZemtarDocument& document, const QString& file, int frames)
 {
     QString problem;
     if (PictureWriter* writer = LoadedWriter(problem)) {
-        writer(document, file, problem);
+        writer(document, file, frames, problem);
     }
     return problem;
 }

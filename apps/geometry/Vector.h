@@ -37,6 +37,14 @@ inline bool IsFinite(const Vec3& v)
     return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
 }
 
+/// Tells whether a model can stand there: a number, and no farther from zero than single precision bears.
+/// Vertices elsewhere count as damaged.
+inline bool IsPlace(const Vec3& point)
+{
+    constexpr double farthest = 1e15;
+    return std::abs(point.x) < farthest && std::abs(point.y) < farthest && std::abs(point.z) < farthest;
+}
+
 /// A box along the axes; empty until a point is added.
 struct Bounds
 {

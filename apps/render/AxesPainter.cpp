@@ -2,6 +2,7 @@
 
 #include "apps/render/Shaders.h"
 
+#include <QVector2D>
 #include <QVector3D>
 #include <QtMath>
 
@@ -15,7 +16,7 @@ constexpr float ShaftRadius = 0.045F;
 constexpr float HeadRadius = 0.13F;
 constexpr float HeadStart = 0.68F;
 constexpr float PartOfPicture = 0.15F; ///< of its shorter side
-constexpr float Scale = 0.8F;          ///< an axis in the corner's half
+constexpr float Scale = 0.72F;         ///< an axis in the corner's half
 
 struct Corner
 {
@@ -24,11 +25,16 @@ struct Corner
     QVector3D tint;
 };
 
+QVector3D TintOf(int axis)
+{
+    constexpr float tints[3][3] = {{0.85F, 0.22F, 0.20F}, {0.25F, 0.62F, 0.22F}, {0.24F, 0.44F, 0.92F}};
+    return {tints[axis][0], tints[axis][1], tints[axis][2]};
+}
+
 /// Appends a shaft and a head, both round, along one axis.
 void AppendArrow(std::vector<Corner>& corners, int axis)
 {
-    constexpr float tints[3][3] = {{0.85F, 0.22F, 0.20F}, {0.25F, 0.62F, 0.22F}, {0.20F, 0.38F, 0.85F}};
-    const QVector3D tint(tints[axis][0], tints[axis][1], tints[axis][2]);
+    const QVector3D tint = TintOf(axis);
     QVector3D along;
     QVector3D u;
     QVector3D v;
@@ -59,6 +65,43 @@ void AppendArrow(std::vector<Corner>& corners, int axis)
     }
 }
 
+constexpr float LetterPlace = 1.16F; ///< of its middle, along the axis
+constexpr float LetterSize = 0.13F;  ///< half of its height
+constexpr float StrokeWidth = 0.032F;
+
+/// The strokes of X, Y and Z, from -1 to 1, y up; pairs of ends.
+const std::vector<QVector2D>& StrokesOf(int axis)
+{
+    static const std::vector<QVector2D> strokes[] = {
+        {{-0.7F, -1}, {0.7F, 1}, {-0.7F, 1}, {0.7F, -1}},
+        {{0, -1}, {0, 0}, {0, 0}, {-0.7F, 1}, {0, 0}, {0.7F, 1}},
+        {{-0.7F, 1}, {0.7F, 1}, {0.7F, 1}, {-0.7F, -1}, {-0.7F, -1}, {0.7F, -1}},
+    };
+    return strokes[axis];
+}
+
+/// Appends the letter of an axis, which faces the eye however the axes are turned.
+void AppendLetter(std::vector<Corner>& corners, int axis, const QMatrix4x4& turn)
+{
+    const QMatrix4x4 back = turn.transposed(); // a rotation
+    const QVector3D right = back.mapVector({1, 0, 0});
+    const QVector3D up = back.mapVector({0, 1, 0});
+    const QVector3D toEye = back.mapVector({0, 0, 1});
+    QVector3D middle;
+    middle[axis] = LetterPlace;
+    const std::vector<QVector2D>& strokes = StrokesOf(axis);
+    for (std::size_t i = 0; i < strokes.size(); i += 2) {
+        const QVector2D along = (strokes[i + 1] - strokes[i]).normalized();
+        const QVector2D side = StrokeWidth * QVector2D(-along.y(), along.x());
+        const QVector2D over = StrokeWidth * along;
+        const QVector2D a = LetterSize * strokes[i] - over;
+        const QVector2D b = LetterSize * strokes[i + 1] + over;
+        for (const QVector2D& p : {a - side, b - side, b + side, a - side, b + side, a + side}) {
+            corners.push_back({middle + p.x() * right + p.y() * up, toEye, TintOf(axis)});
+        }
+    }
+}
+
 } // namespace
 
 QString AxesPainter::Initialize()
@@ -68,17 +111,10 @@ QString AxesPainter::Initialize()
         !m_program.link()) {
         return m_program.log();
     }
-    std::vector<Corner> corners;
-    for (int axis = 0; axis < 3; ++axis) {
-        AppendArrow(corners, axis);
-    }
-    m_count = static_cast<GLsizei>(corners.size());
     m_gl.glGenVertexArrays(1, &m_state);
     m_gl.glGenBuffers(1, &m_buffer);
     m_gl.glBindVertexArray(m_state);
     m_gl.glBindBuffer(GL_ARRAY_BUFFER, m_buffer);
-    m_gl.glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(corners.size() * sizeof(Corner)),
-                      corners.data(), GL_STATIC_DRAW);
     for (GLuint i = 0; i < 3; ++i) {
         m_gl.glEnableVertexAttribArray(i);
         m_gl.glVertexAttribPointer(i, 3, GL_FLOAT, GL_FALSE, sizeof(Corner),
@@ -111,8 +147,16 @@ void AxesPainter::Draw(const QMatrix4x4& view, const QSize& size)
     m_gl.glDisable(GL_BLEND);
     m_program.bind();
     m_program.setUniformValue("matrix", matrix * turn);
+    std::vector<Corner> corners;
+    for (int axis = 0; axis < 3; ++axis) {
+        AppendArrow(corners, axis);
+        AppendLetter(corners, axis, turn);
+    }
     m_gl.glBindVertexArray(m_state);
-    m_gl.glDrawArrays(GL_TRIANGLES, 0, m_count);
+    m_gl.glBindBuffer(GL_ARRAY_BUFFER, m_buffer);
+    m_gl.glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(corners.size() * sizeof(Corner)),
+                      corners.data(), GL_STREAM_DRAW);
+    m_gl.glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(corners.size()));
     m_gl.glBindVertexArray(0);
     m_gl.glViewport(0, 0, size.width(), size.height());
 }

@@ -4,7 +4,8 @@
 #include <QOpenGLShaderProgram>
 #include <QSize>
 
-/// Draws the three axes, small, in the lower left corner of a picture: x red, y green, z blue. Every call
+/// Draws the three axes, small, in the lower left corner of a picture: x red, y green, z blue, with
+/// their letters. Every call
 /// needs the OpenGL context that it was made in to be current.
 class AxesPainter
 {
@@ -27,5 +28,4 @@ private:
     QOpenGLShaderProgram m_program;
     GLuint m_state = 0;
     GLuint m_buffer = 0;
-    GLsizei m_count = 0;
 };

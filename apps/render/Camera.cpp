@@ -3,6 +3,8 @@
 #include <QStringList>
 #include <QtMath>
 
+#include <array>
+
 namespace {
 
 struct NamedView
@@ -121,38 +123,77 @@ void Camera::FocusAt(double depth)
     }
 }
 
-void Camera::Fit(std::span<const Bounds> boxes, double aspect)
+void Camera::Fit(const Bounds& box, double aspect)
+{
+    std::array<Vec3, 8> corners;
+    for (unsigned i = 0; i < 8; ++i) {
+        corners[i] = box.Corner(i);
+    }
+    if (!box.IsEmpty()) {
+        Fit(corners, aspect);
+    }
+}
+
+void Camera::Fit(std::span<const Vec3> points, double aspect)
 {
     Bounds all;
-    for (const Bounds& box : boxes) {
-        all.Add(box);
+    for (const Vec3& point : points) {
+        all.Add(point);
     }
     if (all.IsEmpty()) {
         return;
     }
     // The picture's four sides, as planes through the eye (parallel: along the view), are pushed out to the
-    // farthest corner each: opposite ones then say where the eye stands across, and how far back it must be.
+    // farthest point each: opposite ones then say where the eye stands across, and how far back it must be.
     const Vec3 center = all.Center();
     const Vec3 axes[] = {Right(), Up()};
     const double tangents[] = {TangentOfHalfView() * aspect / FitMargin, TangentOfHalfView() / FitMargin};
-    Vec3 across;
+    double across[2];
     double back = 0.0;
     for (int i = 0; i < 2; ++i) {
         const double slope = m_perspective ? tangents[i] : 0.0;
         double sides[] = {-Bounds::Far, -Bounds::Far};
-        for (const Bounds& box : boxes) {
-            for (unsigned corner = 0; corner < 8 && !box.IsEmpty(); ++corner) {
-                const Vec3 arm = box.Corner(corner) - center;
-                const double depth = Dot(arm, Forward());
-                sides[0] = std::max(sides[0], Dot(arm, axes[i]) - slope * depth);
-                sides[1] = std::max(sides[1], -Dot(arm, axes[i]) - slope * depth);
-            }
+        for (const Vec3& point : points) {
+            const Vec3 arm = point - center;
+            const double depth = Dot(arm, Forward());
+            sides[0] = std::max(sides[0], Dot(arm, axes[i]) - slope * depth);
+            sides[1] = std::max(sides[1], -Dot(arm, axes[i]) - slope * depth);
         }
-        across = across + (0.5 * (sides[0] - sides[1])) * axes[i];
+        across[i] = 0.5 * (sides[0] - sides[1]);
         back = std::max(back, 0.5 * (sides[0] + sides[1]) / tangents[i]);
     }
-    m_target = center + across;
     m_distance = std::max({back, 0.05 * all.Radius(), 1e-6});
+    m_target = center;
+    for (int i = 0; i < 2; ++i) {
+        m_target = m_target + CentredAcross(points, center, axes[i], across[i], m_distance) * axes[i];
+    }
+}
+
+/// Where the eye stands across, so that both margins of the picture are alike: the side that the picture has
+/// room on is not the one that asked for the distance.
+double Camera::CentredAcross(std::span<const Vec3> points, const Vec3& center, const Vec3& axis, double start,
+                             double back) const
+{
+    constexpr int steps = 8; // of Newton's method on a convex, piecewise smooth difference
+    double across = start;
+    for (int step = 0; step < steps && m_perspective; ++step) {
+        double reach[] = {-Bounds::Far, -Bounds::Far};
+        double depths[] = {back, back};
+        for (const Vec3& point : points) {
+            const Vec3 arm = point - center;
+            const double depth = std::max(Dot(arm, Forward()) + back, 1e-3 * back);
+            const double place = (Dot(arm, axis) - across) / depth;
+            for (int side = 0; side < 2; ++side) {
+                const double out = side == 0 ? place : -place;
+                if (out > reach[side]) {
+                    reach[side] = out;
+                    depths[side] = depth;
+                }
+            }
+        }
+        across += (reach[0] - reach[1]) / (1.0 / depths[0] + 1.0 / depths[1]);
+    }
+    return across;
 }
 
 QMatrix4x4 Camera::View(const Vec3& origin) const

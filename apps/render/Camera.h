@@ -51,10 +51,11 @@ public:
     /// Puts the target at that depth, which moves no pixel: panning then follows what lies there. In
     /// parallel, and at or below zero, nothing happens.
     void FocusAt(double depth);
-    /// Brings all boxes as large as possible into a picture of that width to height, from the direction in
-    /// which the camera looks now. Without a box that is not empty nothing changes.
-    void Fit(std::span<const Bounds> boxes, double aspect);
-    void Fit(const Bounds& box, double aspect) { Fit(std::span(&box, 1), aspect); }
+    /// Brings all points as large as possible into a picture of that width to height, centred, from the
+    /// direction in which the camera looks now. Without a point nothing changes.
+    void Fit(std::span<const Vec3> points, double aspect);
+    /// The same for a box' corners.
+    void Fit(const Bounds& box, double aspect);
 
     /// The transform from the world, less `origin`, to the eye: x right, y up, looking along -z. Subtracting
     /// an origin near the model keeps single precision exact far away from zero.
@@ -80,6 +81,9 @@ public:
     Vec3 Up() const;
 
 private:
+    double CentredAcross(std::span<const Vec3> points, const Vec3& center, const Vec3& axis, double start,
+                         double back) const;
+
     Vec3 m_target;
     double m_distance = 1.0;
     double m_yaw = -45.0;

@@ -97,6 +97,7 @@ void DrawList::Build(const DrawRequest& request)
     AddRuns(m_opaque, DrawCommand::PassOpaque);
     AddRuns(m_opaque, DrawCommand::PassLines);
     if (request.edges) {
+        AddRuns(m_opaque, DrawCommand::PassTangents);
         AddRuns(m_opaque, DrawCommand::PassEdges);
     }
     std::sort(m_transparent.begin(), m_transparent.end(),
@@ -169,6 +170,7 @@ void DrawList::AddTransparent(bool edges)
         AddRuns(run, DrawCommand::PassTransparentNear);
         AddRuns(run, DrawCommand::PassLines);
         if (edges) {
+            AddRuns(run, DrawCommand::PassTangents);
             AddRuns(run, DrawCommand::PassEdges);
         }
     }

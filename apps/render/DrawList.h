@@ -30,6 +30,7 @@ struct DrawCommand
         PassOpaque,
         PassLines,           ///< line segments of the shape
         PassEdges,           ///< feature edges
+        PassTangents,        ///< edges at which surfaces go on smoothly
         PassTransparentFar,  ///< the sides that look away
         PassTransparentNear, ///< the sides that face the eye
     };

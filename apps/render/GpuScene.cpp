@@ -2,6 +2,7 @@
 
 #include "apps/render/Shaders.h"
 #include "apps/render/ShapeData.h"
+#include "apps/render/SolidShapes.h"
 #include "apps/render/TextureFile.h"
 
 #include <QCoreApplication>
@@ -158,14 +159,9 @@ void GpuScene::UploadIndices(const Placed& placed, Part& part, const std::vector
                          static_cast<GLsizeiptr>(indices.size() * IndexBytes(placed.indexType)), data);
 }
 
-bool GpuScene::UploadInstances(const Vec3& origin)
+std::vector<float> GpuScene::InstanceTexels(const Vec3& origin) const
 {
-    GLint limit = 0;
-    m_gl.glGetIntegerv(GL_MAX_TEXTURE_BUFFER_SIZE, &limit);
     const auto& instances = m_model->Instances();
-    if (instances.size() > static_cast<std::size_t>(limit) / TexelsPerInstance) {
-        return false;
-    }
     std::vector<float> texels;
     texels.reserve(instances.size() * TexelsPerInstance * 4);
     for (const Instance& instance : instances) {
@@ -181,6 +177,28 @@ bool GpuScene::UploadInstances(const Vec3& origin)
         const auto& color = m_model->LookOf(instance).color;
         texels.insert(texels.end(), {Linear(color[0]), Linear(color[1]), Linear(color[2]), color[3]});
     }
+    return texels;
+}
+
+void GpuScene::UpdateInstances(const Vec3& origin)
+{
+    if (m_instanceBuffer != 0) {
+        const std::vector<float> texels = InstanceTexels(origin);
+        m_gl.glBindBuffer(GL_TEXTURE_BUFFER, m_instanceBuffer);
+        m_gl.glBufferSubData(GL_TEXTURE_BUFFER, 0, static_cast<GLsizeiptr>(texels.size() * sizeof(float)),
+                             texels.data());
+    }
+}
+
+bool GpuScene::UploadInstances(const Vec3& origin)
+{
+    GLint limit = 0;
+    m_gl.glGetIntegerv(GL_MAX_TEXTURE_BUFFER_SIZE, &limit);
+    const auto& instances = m_model->Instances();
+    if (instances.size() > static_cast<std::size_t>(limit) / TexelsPerInstance) {
+        return false;
+    }
+    const std::vector<float> texels = InstanceTexels(origin);
     m_gl.glGenBuffers(1, &m_instanceBuffer);
     m_gl.glBindBuffer(GL_TEXTURE_BUFFER, m_instanceBuffer);
     m_gl.glBufferData(GL_TEXTURE_BUFFER, static_cast<GLsizeiptr>(texels.size() * sizeof(float)),
@@ -220,14 +238,19 @@ void GpuScene::NeedEdges()
     }
     m_hasEdges = true;
     ShapeData data;
-    std::vector<std::vector<std::uint32_t>> edges(m_shapes.size());
+    std::vector<std::vector<std::uint32_t>> edges[2];
+    edges[0].resize(m_shapes.size());
+    edges[1].resize(m_shapes.size());
     std::size_t bytes[2] = {0, 0};
     for (std::size_t i = 0; i < m_shapes.size(); ++i) {
         data.Build(m_model->Shapes()[i]);
-        edges[i] = data.FeatureEdges();
+        FormEdges found = data.FindEdges();
         std::size_t& end = bytes[m_shapes[i].textured ? 1 : 0];
-        m_shapes[i].parts[PartEdges].offset = end;
-        end += (edges[i].size() * IndexBytes(m_shapes[i].indexType) + 3) / 4 * 4;
+        for (const ePart part : {PartEdges, PartTangents}) {
+            edges[part - PartEdges][i] = std::move(part == PartEdges ? found.creases : found.tangents);
+            m_shapes[i].parts[part].offset = end;
+            end += (edges[part - PartEdges][i].size() * IndexBytes(m_shapes[i].indexType) + 3) / 4 * 4;
+        }
     }
     for (std::size_t a = 0; a < 2; ++a) {
         Arena& arena = m_arenas[a];
@@ -241,13 +264,25 @@ void GpuScene::NeedEdges()
                           GL_STATIC_DRAW);
         m_bytes += bytes[a];
         for (std::size_t i = 0; i < m_shapes.size(); ++i) {
-            if (m_shapes[i].textured == (a == 1)) {
-                Part& part = m_shapes[i].parts[PartEdges];
-                UploadIndices(m_shapes[i], part, edges[i], part.offset);
+            for (std::size_t k = 0; m_shapes[i].textured == (a == 1) && k < 2; ++k) {
+                Part& part = m_shapes[i].parts[PartEdges + k];
+                UploadIndices(m_shapes[i], part, edges[k][i], part.offset);
             }
         }
     }
     m_gl.glBindVertexArray(0);
+}
+
+void GpuScene::NeedSolids()
+{
+    if (m_hasSolids || !m_model) {
+        return;
+    }
+    m_hasSolids = true;
+    const std::vector<int> solids = FindSolids(*m_model);
+    for (std::size_t i = 0; i < m_shapes.size(); ++i) {
+        m_shapes[i].solid = solids[i];
+    }
 }
 
 std::uint32_t GpuScene::IndexCount(std::uint32_t shape, ePart part) const
@@ -260,7 +295,7 @@ void GpuScene::Draw(std::uint32_t shape, ePart part, std::uint32_t first, std::u
 {
     const Placed& placed = m_shapes[shape];
     const Arena& arena = m_arenas[placed.textured ? 1 : 0];
-    m_gl.glBindVertexArray(part == PartEdges ? arena.edgeState : arena.faceState);
+    m_gl.glBindVertexArray(part == PartEdges || part == PartTangents ? arena.edgeState : arena.faceState);
     m_gl.glVertexAttribIPointer(Shaders::AttributeInstance, 1, GL_UNSIGNED_INT, 0,
                                 Offset(ids * sizeof(std::uint32_t)));
     const std::size_t offset = placed.parts[part].offset + first * IndexBytes(placed.indexType);
@@ -292,5 +327,5 @@ void GpuScene::Release()
     m_instanceTexture = m_instanceBuffer = 0;
     m_model = nullptr;
     m_bytes = 0;
-    m_hasEdges = false;
+    m_hasEdges = m_hasSolids = false;
 }

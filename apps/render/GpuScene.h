@@ -27,6 +27,10 @@ public:
     QString Upload(const SceneModel& model, const Vec3& origin);
     /// Finds and uploads the feature edges, once for a model.
     void NeedEdges();
+    /// Finds which shapes bound volumes, once for a model.
+    void NeedSolids();
+    /// Takes the places of the model's instances anew.
+    void UpdateInstances(const Vec3& origin);
     void Release();
 
     /// What is drawn of a shape.
@@ -34,7 +38,9 @@ public:
     {
         PartFaces,
         PartSegments,
-        PartEdges
+        PartEdges,
+        PartTangents,
+        PartCount
     };
     /// Gives the number of indices of a part.
     std::uint32_t IndexCount(std::uint32_t shape, ePart part) const;
@@ -43,6 +49,9 @@ public:
     void Draw(std::uint32_t shape, ePart part, std::uint32_t first, std::uint32_t count, std::uint32_t ids,
               std::uint32_t instances);
 
+    /// 1 for a shape that bounds a volume, wound outwards, -1 for one that is wound inwards, 0 for open ones,
+    /// and before `NeedSolids`.
+    int SolidOf(std::uint32_t shape) const { return m_shapes[shape].solid; }
     GLuint InstanceTexture() const { return m_instanceTexture; }
     /// Gives the texture of that number; 0 when its file could not be read.
     GLuint Texture(int number) const;
@@ -70,7 +79,8 @@ private:
         bool textured = false;
         GLenum indexType = 0;
         std::uint32_t baseVertex = 0;
-        Part parts[3];
+        Part parts[PartCount];
+        int solid = 0;
     };
 
     void LayOut();
@@ -79,6 +89,7 @@ private:
     void UploadShape(std::uint32_t number, const ShapeData& data);
     void UploadIndices(const Placed& placed, Part& part, const std::vector<std::uint32_t>& indices,
                        std::size_t offset);
+    std::vector<float> InstanceTexels(const Vec3& origin) const;
     bool UploadInstances(const Vec3& origin);
     void UploadTextures();
 
@@ -91,5 +102,6 @@ private:
     GLuint m_instanceTexture = 0;
     std::uint64_t m_bytes = 0;
     bool m_hasEdges = false;
+    bool m_hasSolids = false;
     std::vector<std::uint16_t> m_shortIndices;
 };

@@ -30,6 +30,8 @@ GpuScene::ePart PartOf(DrawCommand::ePass pass)
         return GpuScene::PartSegments;
     case DrawCommand::PassEdges:
         return GpuScene::PartEdges;
+    case DrawCommand::PassTangents:
+        return GpuScene::PartTangents;
     default:
         return GpuScene::PartFaces;
     }
@@ -49,6 +51,7 @@ QString ModelPainter::Initialize()
         {ProgramLines, Shaders::ModelVertex, Shaders::LineFragment},
         {ProgramEdges, Shaders::ModelVertex, Shaders::EdgeFragment},
         {ProgramPick, Shaders::ModelVertex, Shaders::PickFragment},
+        {ProgramMask, Shaders::ModelVertex, Shaders::MaskFragment},
         {ProgramBackground, Shaders::BackgroundVertex, Shaders::BackgroundFragment},
     };
     for (const auto& source : sources) {
@@ -95,6 +98,13 @@ void ModelPainter::Start(const DrawList& list, const Frame& frame, const Vec3& o
     m_projection = projection;
     m_selection = frame.selection;
     m_highlight = frame.highlight;
+    m_hasSection = frame.section.has_value();
+    m_section = QVector4D(0, 0, 0, 1); // all is on its side, whether the card heeds planes or not
+    if (m_hasSection) {
+        const Vec3& n = frame.section->normal;
+        m_section = QVector4D(static_cast<float>(n.x), static_cast<float>(n.y), static_cast<float>(n.z),
+                              static_cast<float>(Dot(n, origin) - frame.section->offset));
+    }
     m_command = 0;
     m_instance = m_index = 0;
     m_gl.glBindBuffer(GL_ARRAY_BUFFER, m_ids);
@@ -112,6 +122,7 @@ QOpenGLShaderProgram& ModelPainter::Use(eProgram number)
     program.setUniformValue("instances", Shaders::UnitInstances);
     program.setUniformValue("picture", Shaders::UnitTexture);
     program.setUniformValue("highlight", LinearOf(m_highlight));
+    program.setUniformValue("section", m_section);
     m_gl.glUniform2ui(program.uniformLocation("selection"), m_selection.first, m_selection.last);
     return program;
 }
@@ -120,8 +131,7 @@ void ModelPainter::Prepare(const DrawCommand& command, const GpuScene& scene)
 {
     const bool far = command.pass == DrawCommand::PassTransparentFar;
     const bool near = command.pass == DrawCommand::PassTransparentNear;
-    const bool blends =
-        far || near || command.pass == DrawCommand::PassLines || command.pass == DrawCommand::PassEdges;
+    const bool blends = far || near || PartOf(command.pass) != GpuScene::PartFaces;
     blends ? m_gl.glEnable(GL_BLEND) : m_gl.glDisable(GL_BLEND);
     m_gl.glDepthMask(far || near ? GL_FALSE : GL_TRUE);
     if (far || near) {
@@ -132,13 +142,16 @@ void ModelPainter::Prepare(const DrawCommand& command, const GpuScene& scene)
         m_gl.glDisable(GL_CULL_FACE);
     }
     if (PartOf(command.pass) != GpuScene::PartFaces) {
-        Use(command.pass == DrawCommand::PassLines ? ProgramLines : ProgramEdges);
+        QOpenGLShaderProgram& lines =
+            Use(command.pass == DrawCommand::PassLines ? ProgramLines : ProgramEdges);
+        lines.setUniformValue("strength", command.pass == DrawCommand::PassTangents ? 0.28F : 0.75F);
         return;
     }
     QOpenGLShaderProgram& program = Use(ProgramFaces);
     const GLuint texture = scene.Texture(command.texture);
     program.setUniformValue("textured", texture != 0);
     program.setUniformValue("lit", command.lit);
+    program.setUniformValue("solid", m_solid);
     m_gl.glActiveTexture(GL_TEXTURE0 + Shaders::UnitTexture);
     m_gl.glBindTexture(GL_TEXTURE_2D, texture);
 }
@@ -154,13 +167,17 @@ bool ModelPainter::Draw(const DrawList& list, GpuScene& scene, std::uint64_t tri
     m_gl.glActiveTexture(GL_TEXTURE0 + Shaders::UnitInstances);
     m_gl.glBindTexture(GL_TEXTURE_BUFFER, scene.InstanceTexture());
     m_gl.glBindBuffer(GL_ARRAY_BUFFER, m_ids);
+    EnableSection(true);
     const DrawCommand* prepared = nullptr;
     std::uint64_t left = std::max<std::uint64_t>(triangles, 1);
     while (m_command < list.Commands().size() && left > 0) {
         const DrawCommand& command = list.Commands()[m_command];
         const bool same = prepared && prepared->pass == command.pass && prepared->lit == command.lit &&
                           prepared->texture == command.texture && prepared->mirrored == command.mirrored;
-        if (!same) {
+        const int solid =
+            m_hasSection && command.pass == DrawCommand::PassOpaque ? scene.SolidOf(command.shape) : 0;
+        if (!same || solid != m_solid) {
+            m_solid = solid;
             Prepare(command, scene);
             prepared = &command;
         }
@@ -170,6 +187,7 @@ bool ModelPainter::Draw(const DrawList& list, GpuScene& scene, std::uint64_t tri
             m_instance = 0;
         }
     }
+    EnableSection(false);
     m_gl.glDisable(GL_POLYGON_OFFSET_FILL);
     m_gl.glDisable(GL_CULL_FACE);
     m_gl.glDepthMask(GL_TRUE);
@@ -207,16 +225,22 @@ std::uint64_t ModelPainter::DrawPiece(const DrawCommand& command, GpuScene& scen
     return std::max<std::uint64_t>(count / corners, 1);
 }
 
-void ModelPainter::DrawNumbers(const DrawList& list, GpuScene& scene)
+void ModelPainter::EnableSection(bool on)
 {
-    m_gl.glEnable(GL_DEPTH_TEST);
+    on&& m_hasSection ? m_gl.glEnable(GL_CLIP_DISTANCE0) : m_gl.glDisable(GL_CLIP_DISTANCE0);
+}
+
+void ModelPainter::DrawPlain(const DrawList& list, GpuScene& scene, eProgram number)
+{
+    number == ProgramMask ? m_gl.glDisable(GL_DEPTH_TEST) : m_gl.glEnable(GL_DEPTH_TEST);
+    EnableSection(true);
     m_gl.glDepthFunc(GL_LEQUAL);
     m_gl.glDisable(GL_BLEND);
     m_gl.glDisable(GL_CULL_FACE);
     m_gl.glActiveTexture(GL_TEXTURE0 + Shaders::UnitInstances);
     m_gl.glBindTexture(GL_TEXTURE_BUFFER, scene.InstanceTexture());
     m_gl.glBindBuffer(GL_ARRAY_BUFFER, m_ids);
-    Use(ProgramPick);
+    Use(number);
     for (const DrawCommand& command : list.Commands()) {
         const GpuScene::ePart part = PartOf(command.pass);
         const std::uint32_t indices = scene.IndexCount(command.shape, part);
@@ -224,5 +248,6 @@ void ModelPainter::DrawNumbers(const DrawList& list, GpuScene& scene)
             scene.Draw(command.shape, part, 0, indices, command.first, command.count);
         }
     }
+    EnableSection(false);
     m_gl.glBindVertexArray(0);
 }

@@ -4,6 +4,7 @@
 #include "apps/render/Renderer.h"
 
 #include <QOpenGLShaderProgram>
+#include <QVector4D>
 
 /// Carries out a draw list on the card, piece by piece: the programs, the states between passes, and a place
 /// in the list to go on from. Every call needs the OpenGL context that it was made in to be current.
@@ -25,7 +26,9 @@ public:
     /// Draws on for about so many triangles (at least one piece); true at the end of the list.
     bool Draw(const DrawList& list, GpuScene& scene, std::uint64_t triangles);
     /// Draws instance numbers plus 1 in place of colours, all of the list.
-    void DrawNumbers(const DrawList& list, GpuScene& scene);
+    void DrawNumbers(const DrawList& list, GpuScene& scene) { DrawPlain(list, scene, ProgramPick); }
+    /// Draws all of the list in white, whatever stands before it.
+    void DrawMask(const DrawList& list, GpuScene& scene) { DrawPlain(list, scene, ProgramMask); }
 
 private:
     enum eProgram
@@ -34,6 +37,7 @@ private:
         ProgramLines,
         ProgramEdges,
         ProgramPick,
+        ProgramMask,
         ProgramBackground,
         ProgramCount
     };
@@ -42,6 +46,8 @@ private:
     std::uint64_t DrawPiece(const DrawCommand& command, GpuScene& scene, std::uint64_t budget);
     void Prepare(const DrawCommand& command, const GpuScene& scene);
     QOpenGLShaderProgram& Use(eProgram program);
+    void DrawPlain(const DrawList& list, GpuScene& scene, eProgram program);
+    void EnableSection(bool on);
 
     GpuScene::Gl& m_gl;
     QOpenGLShaderProgram m_programs[ProgramCount];
@@ -51,6 +57,9 @@ private:
     QMatrix4x4 m_projection;
     InstanceRange m_selection;
     QColor m_highlight;
+    QVector4D m_section;
+    bool m_hasSection = false;
+    int m_solid = 0; ///< of the shape that is drawn
     // The place in the list.
     std::size_t m_command = 0;
     std::uint32_t m_instance = 0;

@@ -4,11 +4,16 @@
 #include "apps/render/Renderer.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLFramebufferObject>
 #include <QStringList>
+
+#include <cmath>
+#include <memory>
 
 namespace {
 
@@ -46,48 +51,61 @@ private:
     QOpenGLContext m_context;
 };
 
-} // namespace
-
-Picture RenderPicture(const Zemtar::CZemtarDocument& document, const PictureOptions& options)
+/// A document made ready for pictures from several sides.
+class PictureMaker
 {
-    OffscreenContext context;
-    Picture picture;
-    picture.problem = context.Make();
-    if (!picture.problem.isEmpty()) {
+public:
+    /// Gives an empty text, or what is missing.
+    QString Prepare(const Zemtar::CZemtarDocument& document, const PictureOptions& options)
+    {
+        QString problem = m_context.Make();
+        if (problem.isEmpty()) {
+            m_model = SceneModel(document);
+            m_renderer = std::make_unique<Renderer>();
+            problem = m_renderer->Initialize();
+        }
+        if (problem.isEmpty()) {
+            problem = m_renderer->SetModel(&m_model);
+        }
+        m_frame.size = options.size;
+        m_frame.edges = options.edges;
+        m_frame.axes = options.axes;
+        m_frame.camera.SetPerspective(options.perspective);
+        m_frame.camera.SetStandardView(options.view);
+        return problem;
+    }
+
+    std::vector<Vec3> Points() const { return m_renderer->ShownPoints(); }
+    Camera& Look() { return m_frame.camera; }
+    void Fit(const std::vector<Vec3>& points)
+    {
+        m_frame.camera.Fit(points, static_cast<double>(m_frame.size.width()) / m_frame.size.height());
+    }
+
+    Picture Draw()
+    {
+        m_renderer->StartFull(m_frame);
+        while (!m_renderer->Continue(Renderer::QuickLimit)) {
+        }
+        QOpenGLFramebufferObject target(m_frame.size);
+        m_renderer->Show(target.handle(), m_frame.size);
+        Picture picture{target.toImage().convertToFormat(QImage::Format_RGB32), {}};
+        if (picture.image.isNull()) {
+            picture.problem =
+                QCoreApplication::translate("Renderer", "The graphics driver cannot draw a picture.");
+        }
         return picture;
     }
-    const SceneModel model(document);
-    Renderer renderer;
-    picture.problem = renderer.Initialize();
-    if (picture.problem.isEmpty()) {
-        picture.problem = renderer.SetModel(&model);
-    }
-    if (!picture.problem.isEmpty()) {
-        return picture;
-    }
-    Frame frame;
-    frame.size = options.size;
-    frame.edges = options.edges;
-    frame.camera.SetPerspective(options.perspective);
-    frame.camera.SetStandardView(options.view);
-    frame.camera.Fit(renderer.ShownBoxes(), static_cast<double>(frame.size.width()) / frame.size.height());
-    renderer.StartFull(frame);
-    while (!renderer.Continue(Renderer::QuickLimit)) {
-    }
-    QOpenGLFramebufferObject target(options.size);
-    renderer.Show(target.handle(), options.size);
-    picture.image = target.toImage().convertToFormat(QImage::Format_RGB32);
-    if (picture.image.isNull()) {
-        picture.problem =
-            QCoreApplication::translate("Renderer", "The graphics driver cannot draw a picture.");
-    }
-    return picture;
-}
 
-QString WritePicture(const Zemtar::CZemtarDocument& document, const PictureOptions& options,
-                     const QString& file)
+private:
+    OffscreenContext m_context; // outlives what is made in it
+    SceneModel m_model;
+    std::unique_ptr<Renderer> m_renderer;
+    Frame m_frame;
+};
+
+QString WriteTo(const Picture& picture, const QString& file)
 {
-    const Picture picture = RenderPicture(document, options);
     if (picture.image.isNull()) {
         return picture.problem;
     }
@@ -95,6 +113,75 @@ QString WritePicture(const Zemtar::CZemtarDocument& document, const PictureOptio
     return failure.isEmpty()
                ? QString()
                : QCoreApplication::translate("Renderer", "cannot write %1: %2").arg(file, failure);
+}
+
+/// The points as they come round, so that every frame has room for them.
+std::vector<Vec3> TurnedAround(const std::vector<Vec3>& points, const Vec3& center, int frames)
+{
+    std::vector<Vec3> turned;
+    for (int frame = 0; frame < frames; ++frame) {
+        const double angle = 2.0 * M_PI * frame / frames;
+        for (const Vec3& point : points) {
+            const Vec3 arm = point - center;
+            turned.push_back(center + Vec3{std::cos(angle) * arm.x - std::sin(angle) * arm.y,
+                                           std::sin(angle) * arm.x + std::cos(angle) * arm.y, arm.z});
+        }
+    }
+    return turned;
+}
+
+} // namespace
+
+Picture RenderPicture(const Zemtar::CZemtarDocument& document, const PictureOptions& options)
+{
+    PictureMaker maker;
+    if (const QString problem = maker.Prepare(document, options); !problem.isEmpty()) {
+        return {{}, problem};
+    }
+    maker.Fit(maker.Points());
+    return maker.Draw();
+}
+
+QString WritePicture(const Zemtar::CZemtarDocument& document, const PictureOptions& options,
+                     const QString& file)
+{
+    return WriteTo(RenderPicture(document, options), file);
+}
+
+QString WriteTurntable(const Zemtar::CZemtarDocument& document, const PictureOptions& options, int frames,
+                       const QString& file)
+{
+    PictureMaker maker;
+    QString problem = maker.Prepare(document, options);
+    if (!problem.isEmpty()) {
+        return problem;
+    }
+    const std::vector<Vec3> points = maker.Points();
+    Bounds box;
+    for (const Vec3& point : points) {
+        box.Add(point);
+    }
+    constexpr int mostTurns = 36; // between them nothing reaches much farther
+    const Vec3 center = box.IsEmpty() ? Vec3() : box.Center();
+    maker.Fit(TurnedAround(points, center, std::min(frames, mostTurns)));
+    const QFileInfo info(file);
+    const int digits = std::max(3, static_cast<int>(QString::number(frames).size()));
+    QStringList written;
+    for (int frame = 1; frame <= frames && problem.isEmpty(); ++frame) {
+        const QString name = info.dir().filePath(QStringLiteral("%1-%2.%3")
+                                                     .arg(info.completeBaseName())
+                                                     .arg(frame, digits, 10, QLatin1Char('0'))
+                                                     .arg(info.suffix()));
+        problem = WriteTo(maker.Draw(), name);
+        if (problem.isEmpty()) {
+            written << name;
+        }
+        maker.Look().Orbit(360.0 / frames, 0.0, center);
+    }
+    for (int i = 0; !problem.isEmpty() && i < written.size(); ++i) {
+        QFile::remove(written[i]);
+    }
+    return problem;
 }
 
 QString MissingOpenGL()

@@ -18,6 +18,7 @@ struct PictureOptions
     QSize size{800, 600};
     bool perspective = true;
     bool edges = true;
+    bool axes = true; ///< small axes in the lower left corner
 };
 
 /// A picture, or why there is none: then `image` is null and `problem` a message for the user.
@@ -40,6 +41,13 @@ Picture RenderPicture(const Zemtar::CZemtarDocument& document, const PictureOpti
 /// or not there. Gives an empty text, or what went wrong, for the user.
 QString WritePicture(const Zemtar::CZemtarDocument& document, const PictureOptions& options,
                      const QString& file);
+
+/// Draws pictures from all around, turning by equal steps about the vertical, each as `RenderPicture` does
+/// and from one distance, into files numbered before the extension: `OUT-001.png` and so on. Gives an empty
+/// text, or what went wrong; no frame is left then.
+QString WriteTurntable(const Zemtar::CZemtarDocument& document, const PictureOptions& options, int frames,
+                       const QString& file);
+constexpr int MostTurntableFrames = 3600;
 
 /// Gives an empty text where OpenGL 3.3 is there, otherwise why it is not, for the user. Ask before a window
 /// gets an OpenGL widget: Qt ends the process where it cannot make a context for one. Tried once a process.

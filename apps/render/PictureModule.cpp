@@ -5,7 +5,7 @@
 #include "apps/render/Picture.h"
 
 extern "C" __attribute__((visibility("default"))) void
-ZemtarWritePicture(const Zemtar::CZemtarDocument& document, const QString& file, QString& problem)
+ZemtarWritePicture(const Zemtar::CZemtarDocument& document, const QString& file, int frames, QString& problem)
 {
-    problem = WritePicture(document, {}, file);
+    problem = frames > 0 ? WriteTurntable(document, {}, frames, file) : WritePicture(document, {}, file);
 }

@@ -4,6 +4,7 @@
 #include "apps/render/GpuScene.h"
 #include "apps/render/ModelPainter.h"
 #include "apps/render/RenderTarget.h"
+#include "apps/render/SelectionOutline.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -17,6 +18,7 @@ constexpr int Samples = 4;
 constexpr int PickSide = 9;           ///< pixels around the cursor that count
 constexpr double SmallestFull = 0.25; ///< pixels; what is smaller does not show
 constexpr double SmallestQuick = 1.5;
+constexpr int OutlineWidth = 2;              ///< pixels
 constexpr double QuickAim = 40.0;            ///< milliseconds
 constexpr std::uint64_t LeastBudget = 20000; ///< triangles
 
@@ -41,6 +43,7 @@ public:
           scene(gl),
           painter(gl),
           axes(gl),
+          outline(gl),
           samples(gl, GL_RGBA8, true),
           quick(gl, GL_RGBA8, true),
           picture(gl, GL_RGBA8, false),
@@ -55,14 +58,15 @@ public:
     }
     void BuildList(DrawList& target, const Frame& frame, const QMatrix4x4& projection, double height,
                    double smallest, std::uint64_t budget) const;
+    void DrawOutline(const RenderTarget& target, const Frame& frame, int width);
     void FinishPicture(const RenderTarget& source);
 
     GpuScene::Gl& gl;
     GpuScene scene;
     ModelPainter painter;
     AxesPainter axes;
-    bool wantsAxes = false; ///< the growing picture
-    QMatrix4x4 growingView;
+    SelectionOutline outline;
+    Frame growingFrame;
     RenderTarget samples; ///< where a full picture grows
     RenderTarget quick;
     RenderTarget picture; ///< the last complete one
@@ -70,7 +74,10 @@ public:
     const SceneModel* model = nullptr;
     DrawList list;
     DrawList pickList;
-    Bounds extent; ///< of what is shown
+    DrawList selectionList;
+    std::vector<bool> shown; ///< as it was given
+    InstanceRange listed;    ///< what selectionList shows
+    Bounds extent;           ///< of what is shown
     Vec3 origin;
 
     double trianglesPerMillisecond = 1e5;
@@ -116,6 +123,9 @@ QString Renderer::Initialize()
     if (problem.isEmpty()) {
         problem = m_implementation->axes.Initialize();
     }
+    if (problem.isEmpty()) {
+        problem = m_implementation->outline.Initialize();
+    }
     if (!problem.isEmpty()) {
         m_implementation.reset();
         return QCoreApplication::translate("Renderer", "The graphics driver refuses the 3D view: %1")
@@ -129,7 +139,9 @@ QString Renderer::SetModel(const SceneModel* model)
     Implementation& self = *m_implementation;
     self.model = model;
     self.list = model ? DrawList(*model) : DrawList();
-    self.pickList = self.list;
+    self.pickList = self.selectionList = self.list;
+    self.listed = {};
+    self.shown.clear();
     self.extent = self.list.ShownExtent();
     self.origin = self.extent.IsEmpty() ? Vec3() : self.extent.Center();
     self.quickBudget = 0;
@@ -138,7 +150,7 @@ QString Renderer::SetModel(const SceneModel* model)
     QString problem = model ? self.scene.Upload(*model, self.origin) : QString();
     if (!problem.isEmpty()) {
         self.model = nullptr;
-        self.list = self.pickList = DrawList();
+        self.list = self.pickList = self.selectionList = DrawList();
     }
     return problem;
 }
@@ -146,22 +158,34 @@ QString Renderer::SetModel(const SceneModel* model)
 void Renderer::SetShown(std::vector<bool> shown)
 {
     m_implementation->pickList.SetShown(shown);
+    m_implementation->shown = shown;
+    m_implementation->listed = {};
     m_implementation->list.SetShown(std::move(shown));
     m_implementation->extent = m_implementation->list.ShownExtent();
 }
 
-std::vector<Bounds> Renderer::ShownBoxes() const
+void Renderer::UpdatePlaces()
 {
-    std::vector<Bounds> boxes;
-    if (m_implementation->model) {
-        const auto& instances = m_implementation->model->Instances();
-        for (std::uint32_t i = 0; i < instances.size(); ++i) {
+    m_implementation->scene.UpdateInstances(m_implementation->origin);
+    m_implementation->extent = m_implementation->list.ShownExtent();
+}
+
+std::vector<Vec3> Renderer::ShownPoints() const
+{
+    std::vector<Vec3> points;
+    if (const SceneModel* model = m_implementation->model) {
+        for (std::uint32_t i = 0; i < model->Instances().size(); ++i) {
             if (m_implementation->list.IsShown(i)) {
-                boxes.push_back(instances[i].bounds);
+                model->AddOutermost(i, points);
             }
         }
     }
-    return boxes;
+    return points;
+}
+
+const Bounds& Renderer::ShownExtent() const
+{
+    return m_implementation->extent;
 }
 
 void Renderer::Implementation::BuildList(DrawList& target, const Frame& frame, const QMatrix4x4& projection,
@@ -187,6 +211,11 @@ void Renderer::StartFull(const Frame& frame)
     timer.start();
     if (frame.edges) {
         self.scene.NeedEdges();
+    }
+    if (frame.section) {
+        self.scene.NeedSolids();
+    }
+    if (frame.edges || frame.section) {
         timer.restart(); // finding them happens once and says nothing about the next picture
     }
     const QMatrix4x4 projection = self.Projection(frame);
@@ -194,8 +223,7 @@ void Renderer::StartFull(const Frame& frame)
     self.samples.Bind(frame.size, Samples);
     self.painter.DrawBackground(frame);
     self.painter.Start(self.list, frame, self.origin, projection);
-    self.wantsAxes = frame.axes;
-    self.growingView = frame.camera.View(self.origin);
+    self.growingFrame = frame;
     self.growing = MillisecondsOf(timer);
 }
 
@@ -210,8 +238,11 @@ bool Renderer::Continue(double milliseconds)
     self.samples.Bind(self.samples.Size(), Samples);
     const double budget = std::max(self.trianglesPerMillisecond * milliseconds, 1.0);
     const bool complete = self.painter.Draw(self.list, self.scene, static_cast<std::uint64_t>(budget));
-    if (complete && self.wantsAxes) {
-        self.axes.Draw(self.growingView, self.samples.Size());
+    if (complete) {
+        self.DrawOutline(self.samples, self.growingFrame, OutlineWidth);
+        if (self.growingFrame.axes) {
+            self.axes.Draw(self.growingFrame.camera.View(self.origin), self.samples.Size());
+        }
     }
     self.gl.glFinish();
     const double spent = MillisecondsOf(timer);
@@ -251,6 +282,9 @@ void Renderer::DrawQuick(const Frame& frame)
     self.painter.DrawBackground(frame);
     self.painter.Start(self.list, frame, self.origin, projection);
     self.painter.Draw(self.list, self.scene, std::numeric_limits<std::uint32_t>::max());
+    Frame half = frame;
+    half.size = size;
+    self.DrawOutline(self.quick, half, 1);
     if (frame.axes) {
         self.axes.Draw(frame.camera.View(self.origin), size);
     }
@@ -264,6 +298,28 @@ void Renderer::DrawQuick(const Frame& frame)
         self.quickBudget =
             std::max(LeastBudget, static_cast<std::uint64_t>(static_cast<double>(self.quickBudget) * factor));
     }
+}
+
+void Renderer::Implementation::DrawOutline(const RenderTarget& target, const Frame& frame, int width)
+{
+    if (!model || frame.selection.IsEmpty()) {
+        return;
+    }
+    if (listed.first != frame.selection.first || listed.last != frame.selection.last) {
+        listed = frame.selection;
+        std::vector<bool> flags(model->Instances().size(), false);
+        for (std::uint32_t i = listed.first; i < listed.last; ++i) {
+            flags[i] = i >= shown.size() || shown[i];
+        }
+        selectionList.SetShown(std::move(flags));
+    }
+    const QMatrix4x4 projection = Projection(frame);
+    Frame plain = frame;
+    plain.edges = false;
+    BuildList(selectionList, plain, projection, frame.size.height(), SmallestFull, 0);
+    painter.Start(selectionList, plain, origin, projection);
+    outline.Draw(target.Name(), frame.size, frame.highlight, width,
+                 [&] { painter.DrawMask(selectionList, scene); });
 }
 
 void Renderer::Implementation::FinishPicture(const RenderTarget& source)

@@ -11,12 +11,20 @@
 #include <memory>
 #include <optional>
 
+/// A plane that cuts the model: what lies before it, where `Dot(normal, point) < offset`, is left out.
+struct SectionCut
+{
+    Vec3 normal; ///< of length one
+    double offset = 0.0;
+};
+
 /// What one picture shows.
 struct Frame
 {
     Camera camera;
     QSize size;              ///< in device pixels
-    InstanceRange selection; ///< drawn in the highlight colour
+    InstanceRange selection; ///< outlined, and tinted in the highlight colour
+    std::optional<SectionCut> section;
     bool edges = false;
     bool axes = true; ///< small axes in the lower left corner
     QColor backgroundTop{0xdf, 0xe7, 0xee};
@@ -57,8 +65,11 @@ public:
     QString SetModel(const SceneModel* model);
     /// Takes one flag for each instance; see `DrawList::SetShown`.
     void SetShown(std::vector<bool> shown);
-    /// Gives the boxes of all instances that are shown, for `Camera::Fit`.
-    std::vector<Bounds> ShownBoxes() const;
+    /// Takes the places of the model's instances anew, after `SceneModel::Displace`.
+    void UpdatePlaces();
+    /// Gives points around all that is shown, for `Camera::Fit`.
+    std::vector<Vec3> ShownPoints() const;
+    const Bounds& ShownExtent() const;
 
     void StartFull(const Frame& frame);
     /// Goes on with the full picture for about that time; true when it is complete.

@@ -1,5 +1,6 @@
 #include "apps/render/SceneModel.h"
 
+#include "apps/geometry/ExtremePoints.h"
 #include "common/encoding/CZemtarConvert.h"
 #include "host/CZemtar3DObject.h"
 #include "host/CZemtarCommonBasicMaterial.h"
@@ -233,11 +234,48 @@ Bounds SceneModel::Extent(const InstanceRange& range) const
     return bounds;
 }
 
-std::vector<Bounds> SceneModel::Boxes(const InstanceRange& range) const
+void SceneModel::AddOutermost(std::uint32_t instance, std::vector<Vec3>& points) const
 {
-    std::vector<Bounds> boxes;
-    for (std::uint32_t i = range.first; i < range.last; ++i) {
-        boxes.push_back(m_instances[i].bounds);
+    constexpr std::size_t mostInstances = 20000; // beyond, boxes are near enough
+    const Instance& placed = m_instances[instance];
+    if (m_instances.size() > mostInstances) {
+        for (unsigned corner = 0; corner < 8; ++corner) {
+            points.push_back(placed.bounds.Corner(corner));
+        }
+        return;
     }
-    return boxes;
+    m_outermost.resize(m_shapes.size());
+    std::vector<Vec3>& own = m_outermost[placed.shape];
+    if (own.empty()) {
+        const CZemtarVerticiesTable& table = *ShapeOf(placed).geometry->VerticiesTable();
+        own = ExtremePoints(table.Data(), table.Count());
+    }
+    for (const Vec3& p : own) {
+        points.push_back(placed.ToWorld(p));
+    }
+}
+
+std::vector<Vec3> SceneModel::Outermost(const InstanceRange& range) const
+{
+    std::vector<Vec3> points;
+    for (std::uint32_t i = range.first; i < range.last; ++i) {
+        AddOutermost(i, points);
+    }
+    return points;
+}
+
+void SceneModel::Displace(const std::vector<Vec3>& ways)
+{
+    m_extent = {};
+    for (std::uint32_t i = 0; i < m_instances.size(); ++i) {
+        Instance& instance = m_instances[i];
+        const Vec3 step = (i < ways.size() ? ways[i] : Vec3()) - DisplacementOf(i);
+        instance.toWorld[3] += step.x;
+        instance.toWorld[7] += step.y;
+        instance.toWorld[11] += step.z;
+        instance.bounds.min = instance.bounds.min + step;
+        instance.bounds.max = instance.bounds.max + step;
+        m_extent.Add(instance.bounds);
+    }
+    m_ways = ways;
 }

@@ -20,14 +20,6 @@ class CZemtarSceneNode;
 class CZemtarTextureCoordinatesTable;
 } // namespace Zemtar
 
-/// Tells whether a model can stand there: a number, and no farther from zero than single precision bears.
-/// Vertices elsewhere count as damaged.
-inline bool IsPlace(const Vec3& point)
-{
-    constexpr double farthest = 1e15;
-    return std::abs(point.x) < farthest && std::abs(point.y) < farthest && std::abs(point.z) < farthest;
-}
-
 /// Gives the box around a transformed box; an empty one when a corner is no place.
 Bounds Transformed(const Bounds& box, const Zemtar::CZemtarMatrix& matrix);
 
@@ -63,6 +55,13 @@ struct Instance
     std::uint32_t look = 0;
     std::array<double, 12> toWorld{}; ///< rows 0 to 2 of the transform
     Bounds bounds;                    ///< in the world; contains the shape's box
+
+    Vec3 ToWorld(const Vec3& p) const
+    {
+        const auto& m = toWorld;
+        return {Dot({m[0], m[1], m[2]}, p) + m[3], Dot({m[4], m[5], m[6]}, p) + m[7],
+                Dot({m[8], m[9], m[10]}, p) + m[11]};
+    }
 };
 
 /// Instances from `first` to before `last`.
@@ -82,7 +81,7 @@ struct InstanceRange
 ///     const SceneModel model(*document);
 ///     const Bounds part = model.Extent(model.RangeOf(node));
 ///
-/// The document must outlive the model and stay as it is.
+/// The document must outlive the model and stay as it is. One thread at a time.
 class SceneModel
 {
 public:
@@ -103,8 +102,20 @@ public:
     /// Gives the box around all, or some, instances; empty without any.
     const Bounds& Extent() const { return m_extent; }
     Bounds Extent(const InstanceRange& range) const;
-    /// Gives the boxes of some instances, for `Camera::Fit`.
-    std::vector<Bounds> Boxes(const InstanceRange& range) const;
+    /// Appends points of an instance, in the world, that no other of its points lies beyond, near enough; for
+    /// `Camera::Fit`.
+    void AddOutermost(std::uint32_t instance, std::vector<Vec3>& points) const;
+    /// Gives them for some instances.
+    std::vector<Vec3> Outermost(const InstanceRange& range) const;
+
+    /// Moves instances away from where the document has them, by one way in the world each; none puts all
+    /// back.
+    void Displace(const std::vector<Vec3>& ways);
+    /// Gives the way by which an instance is moved.
+    Vec3 DisplacementOf(std::uint32_t instance) const
+    {
+        return instance < m_ways.size() ? m_ways[instance] : Vec3();
+    }
 
 private:
     class Builder;
@@ -115,4 +126,6 @@ private:
     std::vector<QString> m_textures;
     std::unordered_map<const Zemtar::CZemtarSceneNode*, InstanceRange> m_ranges;
     Bounds m_extent;
+    std::vector<Vec3> m_ways;
+    mutable std::vector<std::vector<Vec3>> m_outermost; ///< of each shape, once it was asked for
 };

@@ -12,6 +12,7 @@ uniform samplerBuffer instances;
 uniform mat4 view;
 uniform mat4 projection;
 uniform uvec2 selection;
+uniform vec4 section; // a plane; what lies on its negative side is cut away
 
 out vec3 eyePosition;
 out vec3 eyeNormal;
@@ -19,6 +20,7 @@ out vec2 coordinate;
 flat out vec4 color;
 flat out float selected;
 flat out uint number;
+flat out float mirrored;
 
 void main()
 {
@@ -27,7 +29,10 @@ void main()
     vec4 row1 = texelFetch(instances, texel + 1);
     vec4 row2 = texelFetch(instances, texel + 2);
     vec4 local = vec4(position, 1.0);
-    vec4 eye = view * vec4(dot(row0, local), dot(row1, local), dot(row2, local), 1.0);
+    vec4 world = vec4(dot(row0, local), dot(row1, local), dot(row2, local), 1.0);
+    vec4 eye = view * world;
+    gl_ClipDistance[0] = dot(section, world);
+    mirrored = dot(row0.xyz, cross(row1.xyz, row2.xyz)) < 0.0 ? 1.0 : 0.0;
     // The cofactors of the matrix turn normals right under any scale and shear; a mirror image's sign is
     // left to the fragment stage.
     vec3 turned = vec3(dot(cross(row1.xyz, row2.xyz), normal.xyz), dot(cross(row2.xyz, row0.xyz), normal.xyz),
@@ -49,9 +54,12 @@ in vec3 eyeNormal;
 in vec2 coordinate;
 flat in vec4 color;
 flat in float selected;
+flat in float mirrored;
 
 uniform mat4 view;
 uniform mat4 projection;
+uniform vec4 section;
+uniform int solid; // of a section: 1 closed and wound outwards, -1 closed and inwards, 0 open
 uniform sampler2D picture;
 uniform bool textured;
 uniform bool lit;
@@ -87,8 +95,16 @@ void main()
         vec4 texel = texture(picture, coordinate);
         base = mix(base, texel.rgb, texel.a);
     }
-    base = mix(base, highlight, 0.65 * selected);
+    base = mix(base, highlight, 0.3 * selected);
     alpha = mix(alpha, max(alpha, 0.6), selected);
+    // Through the cut of a solid its inner side is seen: it stands for the face that the cut lays open, flat
+    // and hatched.
+    if (solid != 0 && (gl_FrontFacing == (mirrored > 0.5)) == (solid > 0)) {
+        float stripe = fract((gl_FragCoord.x + gl_FragCoord.y) / 9.0);
+        float hatch = smoothstep(0.0, 0.12, stripe) * (1.0 - smoothstep(0.22, 0.34, stripe));
+        result = vec4(encoded(base * mix(0.85, 0.35, hatch) + 0.02), alpha);
+        return;
+    }
     if (!lit) {
         result = vec4(encoded(base), alpha);
         return;
@@ -110,7 +126,7 @@ uniform vec3 highlight;
 out vec4 result;
 void main()
 {
-    vec3 light = mix(color.rgb, highlight, selected);
+    vec3 light = mix(color.rgb, highlight, 0.7 * selected);
     result = vec4(pow(clamp(light, 0.0, 1.0), vec3(1.0 / 2.2)), color.a);
 }
 )";
@@ -119,13 +135,14 @@ const char* const EdgeFragment = R"(#version 330 core
 flat in vec4 color;
 flat in float selected;
 uniform vec3 highlight;
+uniform float strength;
 out vec4 result;
 void main()
 {
-    vec3 light = mix(color.rgb, highlight, 0.65 * selected);
+    vec3 light = mix(color.rgb, highlight, 0.3 * selected);
     float brightness = dot(light, vec3(0.2126, 0.7152, 0.0722));
     light = brightness > 0.02 ? 0.08 * light : light + 0.12;
-    result = vec4(pow(clamp(light, 0.0, 1.0), vec3(1.0 / 2.2)), 0.75);
+    result = vec4(pow(clamp(light, 0.0, 1.0), vec3(1.0 / 2.2)), strength);
 }
 )";
 
@@ -135,6 +152,39 @@ out uint result;
 void main()
 {
     result = number;
+}
+)";
+
+const char* const MaskFragment = R"(#version 330 core
+out vec4 result;
+void main()
+{
+    result = vec4(1.0);
+}
+)";
+
+const char* const OutlineFragment = R"(#version 330 core
+uniform sampler2D mask;
+uniform int width;
+uniform vec3 color;
+out vec4 result;
+void main()
+{
+    ivec2 here = ivec2(gl_FragCoord.xy);
+    ivec2 last = textureSize(mask, 0) - 1;
+    if (texelFetch(mask, here, 0).r > 0.5) {
+        discard;
+    }
+    // The nearer the mask, the more of the line: its outer rim is soft.
+    float nearest = float(width + 1);
+    for (int y = -width; y <= width; ++y) {
+        for (int x = -width; x <= width; ++x) {
+            if (texelFetch(mask, clamp(here + ivec2(x, y), ivec2(0), last), 0).r > 0.5) {
+                nearest = min(nearest, length(vec2(x, y)));
+            }
+        }
+    }
+    result = vec4(color, clamp(float(width) + 0.5 - nearest, 0.0, 1.0));
 }
 )";
 

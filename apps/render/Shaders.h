@@ -26,9 +26,11 @@ extern const char* const FaceFragment; ///< surfaces, lit from both sides
 extern const char* const LineFragment; ///< line segments in their colour
 extern const char* const EdgeFragment; ///< feature edges: darker than the surface, lighter on black
 extern const char* const PickFragment; ///< the instance's number plus 1
+extern const char* const MaskFragment; ///< white
 
 extern const char* const BackgroundVertex; ///< one triangle that covers the picture
 extern const char* const BackgroundFragment;
+extern const char* const OutlineFragment; ///< a line around the white of a mask
 
 extern const char* const AxesVertex;
 extern const char* const AxesFragment;

@@ -57,7 +57,7 @@ std::uint32_t HashOf(const PackedVertex& vertex)
 }
 
 /// Gives for each vertex the first one in the same place, through a flat hash table.
-std::vector<std::uint32_t> FirstInPlace(const std::vector<PackedVertex>& vertices)
+std::vector<std::uint32_t> FirstVertices(const std::vector<PackedVertex>& vertices)
 {
     constexpr std::uint32_t none = 0xFFFFFFFFU;
     const std::size_t size = std::bit_ceil(2 * vertices.size() + 1);
@@ -144,7 +144,18 @@ public:
         return false;
     }
 
+    /// Tells whether one of the two is flat and the other bent, by the normals at their corners.
+    bool IsTangent(const Side& s, const Side& t) const { return IsFlat(s) != IsFlat(t); }
+
 private:
+    /// Packed normals are exact to a tenth of a degree.
+    bool IsFlat(const Side& side) const
+    {
+        const Vec3 n = UnpackedNormal(m_vertices[m_corners[side.triangle]].normal);
+        const Vec3 m = UnpackedNormal(m_vertices[m_corners[side.triangle + 1]].normal);
+        const Vec3 o = UnpackedNormal(m_vertices[m_corners[side.triangle + 2]].normal);
+        return !Differ(n, m, FlatCosine) && !Differ(n, o, FlatCosine) && !Differ(m, o, FlatCosine);
+    }
     static bool Differ(const Vec3& n, const Vec3& m, double cosine)
     {
         return Dot(n, m) < cosine * Length(n) * Length(m);
@@ -168,6 +179,7 @@ private:
     }
 
     const double FacetCosine = std::cos(ShapeData::CreaseAngle * Radian);
+    const double FlatCosine = std::cos(0.4 * Radian);
     const double NormalCosine = std::cos(ShapeData::SeamAngle * Radian);
     const std::vector<PackedVertex>& m_vertices;
     const std::vector<std::uint32_t>& m_corners;
@@ -268,15 +280,15 @@ bool ShapeData::IsUsable(std::uint32_t vertex) const
     return vertex < m_vertices.size() && (m_allUsable || IsPlace(PlaceOf(m_vertices[vertex])));
 }
 
-std::vector<std::uint32_t> ShapeData::FeatureEdges() const
+FormEdges ShapeData::FindEdges() const
 {
-    const std::vector<std::uint32_t> first = FirstInPlace(m_vertices);
+    const std::vector<std::uint32_t> first = FirstVertices(m_vertices);
     std::vector<std::uint32_t> starts;
     std::vector<Side> sides;
     FileSides(m_triangles, first, starts, sides);
 
     const Folds folds(m_vertices, m_triangles, first);
-    std::vector<std::uint32_t> edges;
+    FormEdges edges;
     for (std::uint32_t v = 0; v < first.size(); ++v) {
         const auto begin = sides.begin() + starts[v];
         const auto end = sides.begin() + starts[v + 1];
@@ -285,10 +297,22 @@ std::vector<std::uint32_t> ShapeData::FeatureEdges() const
             const auto next =
                 std::find_if(side, end, [&](const Side& s) { return s.higher != side->higher; });
             if (next - side != 2 || folds.IsCrease(v, side[0], side[1])) {
-                edges.insert(edges.end(), {v, side->higher});
+                edges.creases.insert(edges.creases.end(), {v, side->higher});
+            } else if (folds.IsTangent(side[0], side[1])) {
+                edges.tangents.insert(edges.tangents.end(), {v, side->higher});
             }
             side = next;
         }
     }
     return edges;
+}
+
+std::vector<std::uint32_t> ShapeData::FirstInPlace() const
+{
+    return FirstVertices(m_vertices);
+}
+
+Vec3 ShapeData::NormalOf(std::size_t vertex) const
+{
+    return UnpackedNormal(m_vertices[vertex].normal);
 }

@@ -24,6 +24,13 @@ struct TexturedVertex
 };
 static_assert(sizeof(TexturedVertex) == 24);
 
+/// The edges that draw a shape's form; two vertex indices each, each edge once.
+struct FormEdges
+{
+    std::vector<std::uint32_t> creases;
+    std::vector<std::uint32_t> tangents; ///< where a flat face goes on smoothly into a curved one
+};
+
 /// A shape's tables turned into what is drawn: packed vertices, triangles of vertex indices (polygons are
 /// cut into triangles) and line segments. Corners out of range or that are no place (`IsPlace`) take their
 /// triangle or segment with them; the rest is kept.
@@ -44,11 +51,15 @@ public:
 
     /// Finds the edges that draw the shape's form: where a surface ends, where the normals on both sides of a
     /// triangle's side differ by more than `SeamAngle` degrees, and, without normals, where the triangles
-    /// meet at more than `CreaseAngle` degrees. Vertices in one place count as one. Two vertex indices each,
-    /// each edge once.
-    std::vector<std::uint32_t> FeatureEdges() const;
+    /// meet at more than `CreaseAngle` degrees. Vertices in one place count as one.
+    FormEdges FindEdges() const;
     static constexpr double CreaseAngle = 28.0;
     static constexpr double SeamAngle = 12.0;
+
+    /// Gives for each vertex the first one in the same place, which `FindEdges` names.
+    std::vector<std::uint32_t> FirstInPlace() const;
+    /// Gives a vertex' normal, near enough to length one; zero for none.
+    Vec3 NormalOf(std::size_t vertex) const;
 
 private:
     void PackVertices(const Shape& shape);

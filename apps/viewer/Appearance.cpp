@@ -1,9 +1,10 @@
 #include "apps/viewer/Appearance.h"
 
+#include "apps/viewer/ContrastStyle.h"
+
 #include <QApplication>
 #include <QPalette>
 #include <QStyle>
-#include <QStyleFactory>
 
 namespace {
 
@@ -43,7 +44,7 @@ void ApplyAppearance(ViewerSettings::Appearance look)
         return;
     }
     // The system's own style need not follow a palette that is not its own; this one does.
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(new ContrastStyle);
     const bool dark = look == ViewerSettings::Appearance::Dark;
     const QColor accent(dark ? 0x3d7ab8 : 0x2f6fb5);
     QApplication::setPalette(

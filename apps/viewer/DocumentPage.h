@@ -1,11 +1,14 @@
 #pragma once
 
 #include "apps/viewer/Importer.h"
+#include "apps/viewer/MeasureTool.h"
 #include "apps/viewer/NodeList.h"
 #include "apps/viewer/NodeTree.h"
+#include "apps/viewer/SectionPlane.h"
 
 #include <QPointer>
 #include <QSet>
+#include <QTemporaryDir>
 #include <QWidget>
 
 class QStackedLayout;
@@ -37,6 +40,17 @@ public:
     const Zemtar::CZemtarSceneNode* Isolated() const { return m_isolated; }
     const QSet<const Zemtar::CZemtarSceneNode*>& Hidden() const { return m_hidden; }
 
+    void SetSection(const SectionPlane& section);
+    const SectionPlane& Section() const { return m_section; }
+    /// How far the parts stand apart; see `ExplodedWays`.
+    void SetExplosion(double amount);
+    double Explosion() const { return m_explosion; }
+    /// Begins to measure with each click, or ends.
+    void Measure(std::optional<MeasureKind> kind);
+    std::optional<MeasureKind> Measuring() const { return m_measuring; }
+    void ClearMeasurements();
+    const std::vector<Measurement>& Measurements() const { return m_measurements; }
+
 signals:
     /// Selection, hidden nodes or isolation changed.
     void Changed();
@@ -46,6 +60,10 @@ private:
     void MakeView();
     void MakeTree();
     void ShowVisibility();
+    void MeasureAt(const QPoint& place);
+    void ShowMeasurements();
+    QString MeasureHint() const;
+    QString ExportForDrag();
     void ShowViewProblem(const QString& message);
     void AddHint(const QString& text);
 
@@ -57,4 +75,10 @@ private:
     const Zemtar::CZemtarSceneNode* m_selected = nullptr;
     const Zemtar::CZemtarSceneNode* m_isolated = nullptr;
     QSet<const Zemtar::CZemtarSceneNode*> m_hidden;
+    SectionPlane m_section;
+    double m_explosion = 0.0;
+    std::optional<MeasureKind> m_measuring;
+    std::unique_ptr<MeasureTool> m_measureTool;
+    std::vector<Measurement> m_measurements;
+    QTemporaryDir m_drags; ///< files that were dragged out, which their targets may still read
 };

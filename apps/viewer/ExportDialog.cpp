@@ -31,6 +31,8 @@ ExportDialog::ExportDialog(const QString& sourceFile, QWidget* parent)
       m_format(new QComboBox(this)),
       m_unit(new QComboBox(this)),
       m_jtSplit(new QComboBox(this)),
+      m_packing(new QComboBox(this)),
+      m_packingLabel(new QLabel(tr("&Compression:"), this)),
       m_jtLabel(new QLabel(tr("&Split JT:"), this)),
       m_buttons(new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel, this))
 {
@@ -71,6 +73,15 @@ void ExportDialog::FillChoices()
     m_jtSplit->addItem(tr("as the engine likes"), ExportSettings::JTSplitNotSet);
     m_jtSplit->addItem(tr("one file"), 0);
     m_jtSplit->addItem(tr("one file a part"), 1);
+    const auto addPacking = [this](const QString& text, GlbPacking packing) {
+        m_packing->addItem(text, static_cast<int>(packing));
+    };
+    addPacking(tr("none"), GlbPacking::None);
+    addPacking(tr("16 bits a coordinate"), GlbPacking::Quantize);
+    if (HasMeshopt()) {
+        addPacking(tr("16 bits a coordinate, packed (meshopt)"), GlbPacking::Meshopt);
+    }
+    m_packing->setCurrentIndex(std::max(0, m_packing->findData(settings.GlbPackingChoice())));
 }
 
 void ExportDialog::Arrange()
@@ -82,6 +93,9 @@ void ExportDialog::Arrange()
     m_unit->setToolTip(tr("The unit that lengths are written in"));
     m_jtSplit->setToolTip(tr("How a JT export is divided into files"));
     m_jtLabel->setBuddy(m_jtSplit);
+    m_packing->setObjectName(QStringLiteral("packing"));
+    m_packing->setToolTip(tr("Smaller files; programs must know the glTF extensions that unpack them"));
+    m_packingLabel->setBuddy(m_packing);
     m_buttons->button(QDialogButtonBox::Save)->setText(tr("&Export"));
     auto* browse = new QToolButton(this);
     browse->setText(tr("..."));
@@ -94,6 +108,7 @@ void ExportDialog::Arrange()
     form->addRow(tr("Fo&rmat:"), m_format);
     form->addRow(tr("&Length unit:"), m_unit);
     form->addRow(m_jtLabel, m_jtSplit);
+    form->addRow(m_packingLabel, m_packing);
     form->addRow(tr("&File:"), fileRow);
     qobject_cast<QLabel*>(form->labelForField(fileRow))->setBuddy(m_file);
     auto* layout = new QVBoxLayout(this);
@@ -125,6 +140,7 @@ ExportSettings ExportDialog::Settings() const
     settings.format = &Format();
     settings.unit = static_cast<enumLengthUnit>(m_unit->currentData().toInt());
     settings.jtSplit = m_jtSplit->currentData().toInt();
+    settings.packing = static_cast<GlbPacking>(m_packing->currentData().toInt());
     return settings;
 }
 
@@ -136,6 +152,9 @@ void ExportDialog::UseFormat()
     m_unit->setEnabled(Format().scene != SceneFormat::GLB); // which has metres
     m_jtSplit->setVisible(isJT);
     m_jtLabel->setVisible(isJT);
+    const bool isGlb = Format().scene == SceneFormat::GLB;
+    m_packing->setVisible(isGlb);
+    m_packingLabel->setVisible(isGlb);
     QString file = File();
     const FormatEntry* named = ExportFormatByFileName(file);
     if (named != &Format() && !file.isEmpty()) {
@@ -203,6 +222,7 @@ void ExportDialog::Done()
     ViewerSettings settings;
     settings.SetExportFormat(Format().Name());
     settings.SetExportUnit(Settings().unit);
+    settings.SetGlbPackingChoice(m_packing->currentData().toInt());
     settings.SetFolderOf(Purpose, File());
     QDialog::accept();
 }

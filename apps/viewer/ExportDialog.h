@@ -9,8 +9,8 @@ class QDialogButtonBox;
 class QLabel;
 class QLineEdit;
 
-/// Asks where to and how a document is exported: the format, the length unit, how JT is split, and the file.
-/// Remembers format and unit.
+/// Asks where to and how a document is exported: the format, the length unit, how JT is split or GLB
+/// packed, and the file. Remembers format, unit and packing.
 class ExportDialog : public QDialog
 {
     Q_OBJECT
@@ -40,6 +40,8 @@ private:
     QComboBox* m_format;
     QComboBox* m_unit;
     QComboBox* m_jtSplit;
+    QComboBox* m_packing;
+    QLabel* m_packingLabel;
     QLabel* m_jtLabel;
     QDialogButtonBox* m_buttons;
 };

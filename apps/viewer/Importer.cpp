@@ -87,6 +87,14 @@ void Importer::Import(const QStringList& files)
     }
 }
 
+void Importer::Reload(const ImportedFile& imported)
+{
+    Later([this, file = imported.file, format = imported.format, settings = imported.settings] {
+        m_running = true;
+        Run(file, *format, settings);
+    });
+}
+
 void Importer::Cancel()
 {
     m_files.clear();
@@ -107,6 +115,9 @@ void Importer::Later(std::function<void()> step)
 
 void Importer::Next()
 {
+    if (m_dialog && m_dialog->isVisible()) {
+        return; // a reload came between; the dialog's end goes on
+    }
     if (m_files.empty()) {
         m_running = false;
         emit Finished(m_imported);
@@ -132,7 +143,9 @@ void Importer::AskForFormat(const QString& file, const QList<const FormatEntry*>
     QMap<QString, const FormatEntry*> choices;
     if (candidates.isEmpty()) {
         for (const FormatEntry& format : AllFormats()) {
-            choices.insert(FormatLabel(format), &format);
+            if (format.CanRead()) {
+                choices.insert(FormatLabel(format), &format);
+            }
         }
     }
     for (const FormatEntry* format : candidates) {
@@ -189,6 +202,7 @@ void Importer::Run(const QString& file, const FormatEntry& format, ImportSetting
     const auto imported = std::make_shared<ImportedFile>();
     imported->file = file;
     imported->format = &format;
+    imported->settings = settings;
     const QString name = QFileInfo(file).fileName();
     QString reason;
     {

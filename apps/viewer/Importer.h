@@ -26,6 +26,7 @@ struct ImportedFile
 
     QString file;
     const FormatEntry* format = nullptr;
+    ImportSettings settings;                 ///< what the user chose
     double seconds = 0.0;                    ///< the whole import
     double readAndMeshSeconds = 0.0;         ///< the engine's share
     std::unique_ptr<QTemporaryDir> textures; ///< when the user named no folder; removed with the document
@@ -52,6 +53,8 @@ public:
     Importer(QWidget* window, const StandardErrorLog& log, WorkQueue& work);
 
     void Import(const QStringList& files);
+    /// Imports a file again with the settings that it was imported with, without asking.
+    void Reload(const ImportedFile& imported);
     /// Forgets what has not begun and closes an open dialog.
     void Cancel();
     bool IsBusy() const { return m_running; }

@@ -7,7 +7,9 @@
 #include "apps/viewer/ExportDialog.h"
 #include "apps/viewer/Icons.h"
 #include "apps/viewer/ImageWindow.h"
+#include "apps/viewer/InspectionPanel.h"
 #include "apps/viewer/LogPanel.h"
+#include "apps/viewer/NoticeBar.h"
 #include "apps/viewer/PropertiesPanel.h"
 #include "apps/viewer/StartPage.h"
 #include "apps/viewer/Texts.h"
@@ -28,6 +30,7 @@
 #include <QStackedWidget>
 #include <QStatusBar>
 #include <QTabWidget>
+#include <QVBoxLayout>
 
 using namespace Zemtar;
 
@@ -121,7 +124,23 @@ void MainWindow::MakeCentre()
     m_tabs->setMovable(true);
     m_centre->addWidget(m_startPage);
     m_centre->addWidget(m_tabs);
-    setCentralWidget(m_centre);
+    auto* middle = new QWidget(this);
+    m_notice = new NoticeBar(tr("Reload"), middle);
+    auto* rows = new QVBoxLayout(middle);
+    rows->setContentsMargins({});
+    rows->setSpacing(0);
+    rows->addWidget(m_notice);
+    rows->addWidget(m_centre, 1);
+    setCentralWidget(middle);
+    connect(m_notice, &NoticeBar::Answered, this, [this] { Reload(*CurrentPage()); });
+    connect(m_notice, &NoticeBar::Dismissed, this, [this] {
+        m_outdated.remove(QFileInfo(CurrentPage()->Source().file).absoluteFilePath());
+        ShowTools();
+    });
+    connect(&m_watch, &FileWatch::Changed, this, [this](const QString& file) {
+        m_outdated << file;
+        ShowTools();
+    });
     m_startPage->SetRecentFiles(ViewerSettings().RecentFiles());
     connect(m_startPage, &StartPage::RecentFileChosen, this, [this](const QString& file) { Open({file}); });
     connect(m_tabs, &QTabWidget::currentChanged, this, &MainWindow::ShowCurrentPage);
@@ -145,8 +164,10 @@ void MainWindow::MakeDocks()
     m_propertiesDock = makeDock("propertiesDock", tr("Properties"), m_properties, Qt::RightDockWidgetArea);
     m_logDock = makeDock("logDock", tr("Log"), m_logPanel, Qt::BottomDockWidgetArea);
     m_logDock->hide();
+    MakeInspectionDock();
     setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
     setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
+    connect(m_properties, &PropertiesPanel::PictureActivated, this, &MainWindow::ShowImages);
     connect(&m_log, &StandardErrorLog::LinesArrived, m_logPanel, &LogPanel::Append);
 }
 
@@ -188,6 +209,11 @@ void MainWindow::AddPage(const std::shared_ptr<ImportedFile>& imported)
     const int index = m_tabs->addTab(page, QFileInfo(file).fileName().replace('&', QStringLiteral("&&")));
     m_tabs->setTabToolTip(index, QDir::toNativeSeparators(QFileInfo(file).absoluteFilePath()));
     m_tabs->setCurrentIndex(index);
+    m_watch.Add(file);
+    if (m_replaced && m_replaced->Source().file == file) {
+        TakePlaceOf(*m_replaced, *page);
+        m_watch.Add(file);
+    }
     ViewerSettings settings;
     settings.AddRecentFile(file);
     m_startPage->SetRecentFiles(settings.RecentFiles());
@@ -195,7 +221,11 @@ void MainWindow::AddPage(const std::shared_ptr<ImportedFile>& imported)
 
 void MainWindow::ClosePage(int index)
 {
+    const auto* page = qobject_cast<DocumentPage*>(m_tabs->widget(index));
+    const QString file = page ? page->Source().file : QString();
     delete m_tabs->widget(index);
+    m_watch.Remove(file);
+    m_outdated.remove(QFileInfo(file).absoluteFilePath());
     ShowCurrentPage();
 }
 
@@ -230,6 +260,7 @@ void MainWindow::ShowState()
     DocumentPage* page = CurrentPage();
     m_properties->Show(page ? page->Selected() : nullptr, page ? &page->Nodes() : nullptr);
     UpdateActions();
+    ShowTools();
     if (page && page->Isolated()) {
         statusBar()->showMessage(
             tr("Isolated: %1").arg(page->Nodes().DisplayName(page->Nodes().Position(page->Isolated()))));
@@ -240,6 +271,7 @@ void MainWindow::ShowState()
 
 void MainWindow::ShowFailures()
 {
+    m_replaced.clear();
     if (m_failures.isEmpty()) {
         return;
     }
@@ -265,6 +297,9 @@ void MainWindow::AskForFiles()
     QStringList all;
     QStringList filters;
     for (const FormatEntry& format : AllFormats()) {
+        if (!format.CanRead()) {
+            continue;
+        }
         const QString patterns = QStringLiteral("*.") + format.Extensions().join(QStringLiteral(" *."));
         all << patterns;
         filters << QStringLiteral("%1 (%2)").arg(format.Name(), patterns);
@@ -411,7 +446,7 @@ void MainWindow::ShowDocks(bool on)
         return;
     }
     m_dockState = saveState();
-    for (QDockWidget* dock : {m_treeDock, m_propertiesDock, m_logDock}) {
+    for (QDockWidget* dock : {m_treeDock, m_propertiesDock, m_logDock, m_inspectionDock}) {
         dock->hide();
     }
 }
@@ -440,7 +475,7 @@ void MainWindow::closeEvent(QCloseEvent* event)
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (!FilesOf(*event->mimeData()).isEmpty()) {
+    if (event->source() == nullptr && !FilesOf(*event->mimeData()).isEmpty()) { // none of our own
         event->acceptProposedAction();
     }
 }

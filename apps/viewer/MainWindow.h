@@ -1,9 +1,13 @@
 #pragma once
 
+#include "apps/viewer/FileWatch.h"
+#include "apps/viewer/MeasureTool.h"
 #include "apps/viewer/StandardErrorLog.h"
 #include "apps/viewer/WorkQueue.h"
 
 #include <QMainWindow>
+#include <QPointer>
+#include <QSet>
 #include <QStringList>
 
 #include <functional>
@@ -13,6 +17,8 @@ class BusyWindow;
 class DocumentPage;
 class ExportDialog;
 class ImageWindow;
+class InspectionPanel;
+class NoticeBar;
 class Importer;
 class LogPanel;
 class PropertiesPanel;
@@ -69,6 +75,17 @@ private:
     void SaveLayout();
     void ShowDocks(bool on);
 
+    // MainWindowTools.cpp: what is done with a document in front
+    void MakeMeasureActions(QMenu& menu);
+    void MakeInspectionDock();
+    void ShowTools();
+    void CopyPicture(DocumentPage& page);
+    void SavePicture(DocumentPage& page);
+    void ShowStatistics(DocumentPage& page);
+    void ShowHelp();
+    void Reload(DocumentPage& page);
+    void TakePlaceOf(DocumentPage& old, DocumentPage& page);
+
     // MainWindowActions.cpp: menus, tool bar, keys
     void MakeActions();
     void MakeFileMenu();
@@ -104,6 +121,13 @@ private:
     QDockWidget* m_propertiesDock = nullptr;
     QDockWidget* m_logDock = nullptr;
     LogPanel* m_logPanel = nullptr;
+    QDockWidget* m_inspectionDock = nullptr;
+    InspectionPanel* m_inspection = nullptr;
+    NoticeBar* m_notice = nullptr;
+    FileWatch m_watch;
+    QSet<QString> m_outdated;          ///< files that changed since they were imported
+    QPointer<DocumentPage> m_replaced; ///< whose file is being imported again
+    QList<QPair<QAction*, MeasureKind>> m_measureActions;
     QLabel* m_totals = nullptr;
     QLabel* m_times = nullptr;
     QMenu* m_recentMenu = nullptr;

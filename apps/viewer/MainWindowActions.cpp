@@ -95,7 +95,12 @@ void MainWindow::MakeFileMenu()
                                            [this](DocumentPage&) { AskForExport(); });
     exportAction->setIcon(Icons::Of(Glyph::Export));
     menu->addAction(exportAction);
+    menu->addAction(MakePageAction("reload", tr("Re&load"), QKeySequence(Qt::Key_F5),
+                                   [this](DocumentPage& page) { Reload(page); }));
     menu->addSeparator();
+    menu->addAction(MakePageAction(
+        "savePicture", tr("&Save picture..."), QKeySequence(tr("Ctrl+Shift+S")),
+        [this](DocumentPage& page) { SavePicture(page); }, Needs::View));
     m_openImage =
         menu->addAction(Icons::Of(Glyph::Image), tr("Open i&mage..."), this, &MainWindow::AskForImage);
     m_openImage->setShortcut(QKeySequence(tr("Ctrl+Shift+O")));
@@ -133,10 +138,18 @@ void MainWindow::MakeEditMenu()
     QAction* collapse = MakePageAction(
         "collapse", tr("&Collapse"), QKeySequence(Qt::CTRL | Qt::Key_Left),
         [](DocumentPage& page) { page.Tree()->CollapseBelow(page.Selected()); }, Needs::Selection);
-    QAction* deselect = MakePageAction(
-        "deselect", tr("&Deselect"), QKeySequence(Qt::Key_Escape),
-        [](DocumentPage& page) { page.Select(nullptr); }, Needs::Selection);
-    menu->addActions({find});
+    QAction* deselect =
+        MakePageAction("deselect", tr("&Deselect"), QKeySequence(Qt::Key_Escape), [](DocumentPage& page) {
+            if (page.Measuring()) {
+                page.Measure(std::nullopt);
+            } else {
+                page.Select(nullptr);
+            }
+        });
+    QAction* copyPicture = MakePageAction(
+        "copyPicture", tr("Copy &picture"), QKeySequence(tr("Ctrl+Shift+C")),
+        [this](DocumentPage& page) { CopyPicture(page); }, Needs::View);
+    menu->addActions({find, copyPicture});
     menu->addSeparator();
     menu->addActions({hide, isolate, showAll});
     menu->addSeparator();
@@ -150,7 +163,7 @@ void MainWindow::MakeViewMenu()
         "fitAll", tr("Fit &all"), QKeySequence(Qt::SHIFT | Qt::Key_F),
         [](DocumentPage& page) { page.View()->Fit(); }, Needs::View);
     QAction* fit = MakePageAction(
-        "fit", tr("Fi&t selection"), QKeySequence(Qt::Key_F),
+        "fit", tr("Fit &selection"), QKeySequence(Qt::Key_F),
         [](DocumentPage& page) { page.View()->Fit(page.Selected()); }, Needs::View);
     fit->setIcon(Icons::Of(Glyph::Fit));
     menu->addActions({fit, fitAll});
@@ -179,11 +192,11 @@ void MainWindow::MakeViewMenu()
     }
     menu->addSeparator();
     menu->addActions({m_treeDock->toggleViewAction(), m_propertiesDock->toggleViewAction(),
-                      m_logDock->toggleViewAction()});
+                      m_inspectionDock->toggleViewAction(), m_logDock->toggleViewAction()});
     m_logDock->toggleViewAction()->setIcon(Icons::Of(Glyph::Log));
     m_propertiesDock->toggleViewAction()->setIcon(Icons::Of(Glyph::Properties));
     menu->addSeparator();
-    MakeAppearanceMenu(*menu->addMenu(tr("Appea&rance")));
+    MakeAppearanceMenu(*menu->addMenu(tr("Appeara&nce")));
 }
 
 void MainWindow::MakeStandardViews(QMenu& menu)
@@ -201,11 +214,11 @@ void MainWindow::MakeStandardViews(QMenu& menu)
 
 void MainWindow::MakeAppearanceMenu(QMenu& menu)
 {
-    using Look = ViewerSettings::Appearance;
+    using Choice = ViewerSettings::Appearance;
     auto* group = new QActionGroup(this);
-    for (const auto& [look, text] : {std::pair{Look::System, tr("As the &system")},
-                                     {Look::Light, tr("&Light")},
-                                     {Look::Dark, tr("&Dark")}}) {
+    for (const auto& [look, text] : {std::pair{Choice::System, tr("As the &system")},
+                                     {Choice::Light, tr("&Light")},
+                                     {Choice::Dark, tr("&Dark")}}) {
         QAction* action = menu.addAction(text, this, [look = look] {
             ViewerSettings().SetLook(look);
             ApplyAppearance(look);
@@ -219,15 +232,23 @@ void MainWindow::MakeAppearanceMenu(QMenu& menu)
 void MainWindow::MakeToolsAndHelpMenus()
 {
     QMenu* tools = menuBar()->addMenu(tr("&Tools"));
+    MakeMeasureActions(*tools);
+    tools->addSeparator();
+    tools->addAction(MakePageAction("statistics", tr("&Statistics and bill of materials..."),
+                                    QKeySequence(tr("Ctrl+B")),
+                                    [this](DocumentPage& page) { ShowStatistics(page); }));
+    tools->addSeparator();
     m_images =
         tools->addAction(Icons::Of(Glyph::Image), tr("&Images..."), this, [this] { ShowImages(QString()); });
     m_images->setObjectName(QStringLiteral("images"));
     m_images->setToolTip(tr("Look at textures: normal maps, height maps, tone mapping and filters"));
     m_images->setShortcut(QKeySequence(tr("Ctrl+I")));
     QMenu* help = menuBar()->addMenu(tr("&Help"));
+    QAction* keys = help->addAction(tr("&Mouse and keys"), this, &MainWindow::ShowHelp);
+    keys->setObjectName(QStringLiteral("keys"));
+    keys->setShortcut(QKeySequence::HelpContents);
     QAction* about = help->addAction(tr("&About"), this, &MainWindow::ShowAbout);
     about->setMenuRole(QAction::AboutRole);
-    about->setShortcut(QKeySequence::HelpContents);
 }
 
 void MainWindow::MakeToolBar()

@@ -3,6 +3,7 @@
 #include "apps/geometry/Vector.h"
 
 #include <optional>
+#include <vector>
 
 class NodeList;
 
@@ -16,3 +17,7 @@ struct NodeBounds
     /// The box around all vertices of a node of the list and of what is below it; none without any.
     static std::optional<NodeBounds> Of(const NodeList& nodes, int position);
 };
+
+/// Points of a node's meshes, in the world, that no other of its points lies beyond: exactly or, of large
+/// meshes, near enough; see `ExtremePoints`.
+std::vector<Vec3> OwnPoints(const NodeList& nodes, int position);

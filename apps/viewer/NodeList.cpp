@@ -3,10 +3,12 @@
 #include "apps/viewer/Texts.h"
 #include "host/CZemtar3DObject.h"
 #include "host/CZemtarDocument.h"
+#include "host/CZemtarMetaData.h"
 
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <map>
 
 using namespace Zemtar;
 
@@ -119,6 +121,70 @@ NodeList::NodeList(const CZemtarDocument& document) : m_sums(1)
             end = std::max(end, End(position));
         }
     }
+    FindRows();
+}
+
+bool NodeList::JoinsParent(int position) const
+{
+    const int parent = Parent(position);
+    if (parent < 0 || parent != position - 1 || End(parent) != End(position) ||
+        DisplayName(parent) != DisplayName(position)) {
+        return false;
+    }
+    // The first row of a chain keeps the assembly that it may be; groups and meshes add nothing to a part.
+    const NodeKind above = KindOf(Node(parent));
+    const NodeKind kind = KindOf(Node(position));
+    const bool isLeaf = kind == NodeKind::Mesh || kind == NodeKind::Polyline;
+    return above == NodeKind::Group || (above == NodeKind::Part && isLeaf);
+}
+
+void NodeList::FindRows()
+{
+    m_rows.resize(m_entries.size());
+    int top = 0;
+    for (int position = 0; position < Count(); ++position) {
+        const auto at = static_cast<std::size_t>(position);
+        if (!JoinsParent(position)) {
+            top = position;
+            m_rows[at] = position;
+            continue;
+        }
+        // The part or assembly of the chain, which comes behind the groups, stands for all of it.
+        const NodeKind kind = KindOf(Node(position));
+        const bool stands = kind == NodeKind::Part || kind == NodeKind::Assembly;
+        m_rows[at] = stands ? position : m_rows[at - 1];
+        for (int i = top; stands && i < position; ++i) {
+            m_rows[static_cast<std::size_t>(i)] = position;
+        }
+    }
+}
+
+int NodeList::RowTop(int position) const
+{
+    int top = position;
+    while (Parent(top) >= 0 && Row(Parent(top)) == Row(position)) {
+        top = Parent(top);
+    }
+    return top;
+}
+
+int NodeList::RowBottom(int position) const
+{
+    int bottom = position;
+    while (bottom + 1 < Count() && Parent(bottom + 1) == bottom && Row(bottom + 1) == Row(position)) {
+        ++bottom;
+    }
+    return bottom;
+}
+
+const CZemtarSceneNode* NodeList::Picked(const CZemtarSceneNode* mesh, const CZemtarSceneNode* selected) const
+{
+    int part = Position(mesh);
+    while (part >= 0 && KindOf(Node(part)) != NodeKind::Part) {
+        part = Parent(part);
+    }
+    const int at = Position(selected);
+    return part < 0 || (at >= 0 && IsWithin(at, part)) ? mesh : &Node(part);
 }
 
 int NodeList::Position(const CZemtarSceneNode* node) const
@@ -147,8 +213,25 @@ std::vector<int> NodeList::Find(const QString& text) const
     if (text.isEmpty()) {
         return found;
     }
+    const auto holds = [&](const CZemtarString& value) {
+        return Text(value).contains(text, Qt::CaseInsensitive);
+    };
+    const auto inMetaData = [&](const CZemtarSceneNode& node) {
+        std::map<CZemtarString, CZemtarMetaData::NamedValues> categories;
+        if (!node.MetaData()->IsEmpty()) {
+            node.MetaData()->ListNamedValues(categories);
+        }
+        for (const auto& [category, values] : categories) {
+            for (const auto& [name, value] : values) {
+                if (holds(name) || holds(value)) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    };
     for (int position = 0; position < Count(); ++position) {
-        if (DisplayName(position).contains(text, Qt::CaseInsensitive)) {
+        if (DisplayName(position).contains(text, Qt::CaseInsensitive) || inMetaData(Node(position))) {
             found.push_back(position);
         }
     }

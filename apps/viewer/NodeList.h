@@ -66,8 +66,21 @@ public:
     /// The node's name or, where it has none, what it is: "Unnamed mesh".
     QString DisplayName(int position) const;
     bool HasName(int position) const;
-    /// Positions of the nodes whose display names contain the text, in any letter case; none for no text.
+    /// Positions of the nodes whose display names, or names and values of metadata, contain the text, in any
+    /// letter case; none for no text.
     std::vector<int> Find(const QString& text) const;
+
+    /// A group, the part in it and the part's mesh often bear one name, and nothing stands beside them: such
+    /// a chain of only children is one row to the user, and the part stands for it. This gives the position
+    /// that stands for a node's row; most stand for themselves.
+    int Row(int position) const { return m_rows[static_cast<std::size_t>(position)]; }
+    /// The first and the last node of a row's chain.
+    int RowTop(int position) const;
+    int RowBottom(int position) const;
+    /// What a click on a mesh selects: its part or, where that or something in it is selected already, the
+    /// mesh.
+    const Zemtar::CZemtarSceneNode* Picked(const Zemtar::CZemtarSceneNode* mesh,
+                                           const Zemtar::CZemtarSceneNode* selected) const;
 
     NodeCounts Subtree(int position) const;
     const NodeCounts& Totals() const { return m_sums.back(); }
@@ -82,7 +95,11 @@ private:
 
     const ListEntry& Entry(int position) const { return m_entries[static_cast<std::size_t>(position)]; }
 
+    void FindRows();
+    bool JoinsParent(int position) const;
+
     std::vector<ListEntry> m_entries;
+    std::vector<int> m_rows;
     std::vector<NodeCounts> m_sums; ///< of all entries before a position; one more than entries
     std::unordered_map<const Zemtar::CZemtarSceneNode*, int> m_positions;
 };

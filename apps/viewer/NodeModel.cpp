@@ -47,18 +47,27 @@ void NodeModel::Arrange(const std::vector<bool>& included)
     const int count = m_nodes.Count();
     m_firstChild.assign(At(count + 2), 0);
     m_rows.assign(At(count), -1);
+    const auto isRow = [&](int position) {
+        return included[At(position)] && m_nodes.Row(position) == position;
+    };
     for (int position = 0; position < count; ++position) {
-        if (included[At(position)]) {
-            m_rows[At(position)] = m_firstChild[At(m_nodes.Parent(position) + 2)]++;
+        if (isRow(position)) {
+            m_rows[At(position)] = m_firstChild[At(ParentRow(position) + 2)]++;
         }
     }
     std::partial_sum(m_firstChild.begin(), m_firstChild.end(), m_firstChild.begin());
     m_children.assign(At(m_firstChild.back()), 0);
     for (int position = 0; position < count; ++position) {
-        if (included[At(position)]) {
-            m_children[At(m_firstChild[At(m_nodes.Parent(position) + 1)] + m_rows[At(position)])] = position;
+        if (isRow(position)) {
+            m_children[At(m_firstChild[At(ParentRow(position) + 1)] + m_rows[At(position)])] = position;
         }
     }
+}
+
+int NodeModel::ParentRow(int position) const
+{
+    const int parent = m_nodes.Parent(m_nodes.RowTop(position));
+    return parent < 0 ? -1 : m_nodes.Row(parent);
 }
 
 const CZemtarSceneNode* NodeModel::NodeOf(const QModelIndex& index) const
@@ -68,10 +77,11 @@ const CZemtarSceneNode* NodeModel::NodeOf(const QModelIndex& index) const
 
 QModelIndex NodeModel::IndexOf(int position, int column) const
 {
-    if (position < 0 || m_rows[At(position)] < 0) {
+    const int row = position < 0 ? -1 : m_nodes.Row(position);
+    if (row < 0 || m_rows[At(row)] < 0) {
         return {};
     }
-    return createIndex(m_rows[At(position)], column, static_cast<quintptr>(position));
+    return createIndex(m_rows[At(row)], column, static_cast<quintptr>(row));
 }
 
 void NodeModel::SetFilter(const std::vector<int>* positions)
@@ -81,7 +91,8 @@ void NodeModel::SetFilter(const std::vector<int>* positions)
     std::vector<bool> included(At(m_nodes.Count()), !m_filtered);
     if (positions) {
         for (int position : *positions) {
-            for (; position >= 0 && !included[At(position)]; position = m_nodes.Parent(position)) {
+            for (position = m_nodes.Row(position); position >= 0 && !included[At(position)];
+                 position = ParentRow(position)) {
                 included[At(position)] = true;
             }
         }
@@ -102,6 +113,7 @@ bool NodeModel::IsShown(int position) const
         !m_nodes.IsWithin(m_isolated, position)) {
         return false;
     }
+    position = m_nodes.Row(position) == position ? m_nodes.RowBottom(position) : position;
     for (; position >= 0 && !m_hidden.isEmpty(); position = m_nodes.Parent(position)) {
         if (m_hidden.contains(&m_nodes.Node(position))) {
             return false;
@@ -121,7 +133,7 @@ QModelIndex NodeModel::index(int row, int column, const QModelIndex& parent) con
 
 QModelIndex NodeModel::parent(const QModelIndex& index) const
 {
-    return index.isValid() ? IndexOf(m_nodes.Parent(PositionOf(index))) : QModelIndex();
+    return index.isValid() ? IndexOf(ParentRow(PositionOf(index))) : QModelIndex();
 }
 
 int NodeModel::rowCount(const QModelIndex& parent) const
@@ -186,6 +198,16 @@ QVariant NodeModel::EyeData(int position, int role) const
     default:
         return {};
     }
+}
+
+Qt::ItemFlags NodeModel::flags(const QModelIndex& index) const
+{
+    return QAbstractItemModel::flags(index) | (m_makeDrag ? Qt::ItemIsDragEnabled : Qt::NoItemFlags);
+}
+
+QMimeData* NodeModel::mimeData(const QModelIndexList& /*indexes*/) const
+{
+    return m_makeDrag ? m_makeDrag() : nullptr;
 }
 
 QVariant NodeModel::headerData(int section, Qt::Orientation orientation, int role) const

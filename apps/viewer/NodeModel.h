@@ -5,6 +5,8 @@
 #include <QAbstractItemModel>
 #include <QSet>
 
+#include <functional>
+
 /// The node tree as item views see it: the name with the kind's icon, and an eye that tells whether the node
 /// is shown. A filter leaves the given nodes and those above them. Rows cost a few bytes each and no widget;
 /// 100,000 nodes are no trouble.
@@ -48,10 +50,17 @@ public:
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+    /// What dragging a row takes along; the caller owns it.
+    QMimeData* mimeData(const QModelIndexList& indexes) const override;
+    QStringList mimeTypes() const override { return {QStringLiteral("text/uri-list")}; }
+    void SetDrag(std::function<QMimeData*()> make) { m_makeDrag = std::move(make); }
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
 private:
     void Arrange(const std::vector<bool>& included);
+    /// The row above a row; -1 at the top.
+    int ParentRow(int position) const;
     QVariant NameData(int position, int role) const;
     QVariant EyeData(int position, int role) const;
 
@@ -64,4 +73,5 @@ private:
     bool m_filtered = false;
     QSet<const Zemtar::CZemtarSceneNode*> m_hidden;
     int m_isolated = -1;
+    std::function<QMimeData*()> m_makeDrag;
 };

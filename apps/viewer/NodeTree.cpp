@@ -62,6 +62,7 @@ void NodeTree::MakeView()
     m_view->setContextMenuPolicy(Qt::CustomContextMenu);
     m_view->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_view->setExpandsOnDoubleClick(false);
+    m_view->setDragDropMode(QAbstractItemView::DragOnly);
     m_view->setIndentation(m_view->indentation() * 2 / 3); // CAD trees are deep
     m_view->header()->setStretchLastSection(false);
     m_view->header()->setMinimumSectionSize(0);
@@ -71,15 +72,17 @@ void NodeTree::MakeView()
                          4 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1);
     m_view->header()->resizeSection(NodeModel::EyeColumn, eyeWidth);
     m_view->expandToDepth(0);
-    connect(m_view->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
-            [this](const QModelIndex& current) {
-                if (!m_silent) {
-                    emit Selected(m_model->NodeOf(current));
-                }
-            });
+    // Not the current row: focus that comes in gives the first row that mark without selecting it.
+    connect(m_view->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        if (!m_silent) {
+            emit Selected(m_model->NodeOf(SelectedRow()));
+        }
+    });
     connect(m_view, &QTreeView::clicked, this, [this](const QModelIndex& index) {
         if (index.column() == NodeModel::EyeColumn) {
             emit EyeClicked(m_model->NodeOf(index));
+        } else {
+            emit Selected(m_model->NodeOf(index)); // the row was selected, and a mesh of it in the view
         }
     });
     connect(m_view, &QTreeView::activated, this, [this](const QModelIndex& index) {
@@ -94,8 +97,8 @@ void NodeTree::MakeView()
 QLayout* NodeTree::MakeSearchBar()
 {
     m_searchField->setObjectName(QStringLiteral("search"));
-    m_searchField->setPlaceholderText(tr("Search names"));
-    m_searchField->setToolTip(tr("Search the names (Ctrl+F); Enter: next, Shift+Enter: previous"));
+    m_searchField->setPlaceholderText(tr("Search names and metadata"));
+    m_searchField->setToolTip(tr("Search names and metadata (Ctrl+F); Enter: next, Shift+Enter: previous"));
     m_searchField->setClearButtonEnabled(true);
     m_searchField->addAction(Icons::Of(Glyph::Search), QLineEdit::LeadingPosition);
     m_searchField->installEventFilter(this);
@@ -123,9 +126,15 @@ QLayout* NodeTree::MakeSearchBar()
     return bar;
 }
 
+QModelIndex NodeTree::SelectedRow() const
+{
+    const QModelIndexList rows = m_view->selectionModel()->selectedRows();
+    return rows.isEmpty() ? QModelIndex() : rows.first();
+}
+
 int NodeTree::SelectedPosition() const
 {
-    return NodeModel::PositionOf(m_view->currentIndex());
+    return NodeModel::PositionOf(SelectedRow());
 }
 
 void NodeTree::Select(const CZemtarSceneNode* node)
@@ -171,16 +180,35 @@ void NodeTree::Search()
 {
     m_searchDelay.stop();
     m_matches = m_nodes.Find(m_searchField->text());
+    for (int& match : m_matches) {
+        match = m_nodes.Row(match);
+    }
+    std::sort(m_matches.begin(), m_matches.end());
+    m_matches.erase(std::unique(m_matches.begin(), m_matches.end()), m_matches.end());
     if (m_filter->isChecked()) {
         ApplyFilter();
     }
+    if (!m_matches.empty() && !std::binary_search(m_matches.begin(), m_matches.end(), SelectedPosition())) {
+        Show(m_matches.front());
+    }
     ShowMatchCount();
+}
+
+void NodeTree::Show(int position)
+{
+    const CZemtarSceneNode* node = &m_nodes.Node(position);
+    Select(node);
+    emit Selected(node);
 }
 
 void NodeTree::Step(int direction)
 {
     if (m_searchDelay.isActive()) {
+        const int before = SelectedPosition();
         Search();
+        if (SelectedPosition() != before) {
+            return; // it has gone to the first
+        }
     }
     if (m_matches.empty()) {
         return;
@@ -193,9 +221,7 @@ void NodeTree::Step(int direction)
     } else {
         next = std::prev(next == m_matches.begin() ? m_matches.end() : next);
     }
-    const CZemtarSceneNode* node = &m_nodes.Node(*next);
-    Select(node);
-    emit Selected(node);
+    Show(*next);
 }
 
 void NodeTree::ApplyFilter()

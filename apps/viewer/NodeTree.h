@@ -10,8 +10,9 @@ class QLineEdit;
 class QToolButton;
 class QTreeView;
 
-/// The node tree of one document with its search field: what is typed is looked for in the names, Enter and
-/// Shift+Enter step through the matches, and the funnel leaves only them in the tree.
+/// The node tree of one document with its search field: what is typed is looked for in names and metadata
+/// and the first hit selected, Enter and Shift+Enter step through the matches, and the funnel leaves only
+/// them in the tree.
 class NodeTree : public QWidget
 {
     Q_OBJECT
@@ -52,7 +53,9 @@ private:
     void Step(int direction);
     void ApplyFilter();
     void ShowMatchCount();
+    QModelIndex SelectedRow() const;
     int SelectedPosition() const;
+    void Show(int position);
 
     const NodeList& m_nodes;
     NodeModel* m_model;

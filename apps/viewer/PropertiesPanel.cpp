@@ -1,5 +1,6 @@
 #include "apps/viewer/PropertiesPanel.h"
 
+#include "apps/geometry/OrientedBox.h"
 #include "apps/viewer/NodeBounds.h"
 #include "apps/viewer/NodeList.h"
 #include "apps/viewer/Texts.h"
@@ -20,6 +21,7 @@
 
 #include <cmath>
 #include <map>
+#include <set>
 
 using namespace Zemtar;
 
@@ -105,6 +107,11 @@ PropertiesPanel::PropertiesPanel(QWidget* parent) : QTreeWidget(parent)
     setAlternatingRowColors(true);
     setTextElideMode(Qt::ElideRight);
     header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    connect(this, &QTreeWidget::itemDoubleClicked, this, [this](const QTreeWidgetItem* item) {
+        if (const QString file = item->data(1, Qt::UserRole).toString(); !file.isEmpty()) {
+            emit PictureActivated(file);
+        }
+    });
     connect(this, &QTreeWidget::itemCollapsed, this,
             [this](const QTreeWidgetItem* item) { m_closedSections.insert(item->text(0)); });
     connect(this, &QTreeWidget::itemExpanded, this,
@@ -120,13 +127,14 @@ void PropertiesPanel::Show(const CZemtarSceneNode* node, const NodeList* nodes)
     }
     AddNode(*node, *nodes, position);
     AddContents(*nodes, position);
+    AddMaterials(*nodes, position);
     if (const auto* object = dynamic_cast<const CZemtar3DObject*>(node)) {
-        AddMaterial(*object);
         AddGeometry(*object);
     }
-    AddPlacement(*node);
-    AddBounds(*nodes, position);
     AddSolid(*node);
+    AddOwnSizes(*nodes, position);
+    AddBounds(*nodes, position);
+    AddPlacement(*nodes, position);
     AddMetaData(*node);
 }
 
@@ -205,10 +213,15 @@ void PropertiesPanel::AddContents(const NodeList& nodes, int position)
     }
 }
 
-void PropertiesPanel::AddPlacement(const CZemtarSceneNode& node)
+void PropertiesPanel::AddPlacement(const NodeList& nodes, int position)
 {
     QTreeWidgetItem* section = Section(tr("Local placement"));
-    const CZemtarMatrix matrix = node.LocalMatrix();
+    // One row may stand for a group with its part: then both place it.
+    CZemtarMatrix matrix = nodes.Node(position).LocalMatrix();
+    for (int at = position; at != nodes.RowTop(position);) {
+        at = nodes.Parent(at);
+        matrix = nodes.Node(at).LocalMatrix() * matrix;
+    }
     if (matrix.IsIdentity()) {
         Row(section, tr("Matrix"), tr("identity"));
         return;
@@ -235,11 +248,27 @@ void PropertiesPanel::AddBounds(const NodeList& nodes, int position)
     if (!bounds) {
         return;
     }
-    QTreeWidgetItem* section =
-        Section(bounds->isExact ? tr("Bounds in the world") : tr("Bounds in the world (at most)"));
+    QTreeWidgetItem* section = Section(bounds->isExact ? tr("Bounds in the world, from the mesh")
+                                                       : tr("Bounds in the world, from the mesh (at most)"));
     Row(section, tr("Size (mm)"), Triple(bounds->box.Size(), MillimetresPerMetre));
     Row(section, tr("Minimum (mm)"), Triple(bounds->box.min, MillimetresPerMetre));
     Row(section, tr("Maximum (mm)"), Triple(bounds->box.max, MillimetresPerMetre));
+}
+
+/// A part's length, width and height, however it lies.
+void PropertiesPanel::AddOwnSizes(const NodeList& nodes, int position)
+{
+    const NodeKind kind = KindOf(nodes.Node(position));
+    const std::vector<Vec3> points =
+        kind == NodeKind::Part || kind == NodeKind::Mesh ? OwnPoints(nodes, position) : std::vector<Vec3>();
+    if (points.empty()) {
+        return;
+    }
+    const OrientedBox box = OrientedBox::Around(points);
+    QTreeWidgetItem* section = Section(tr("Sizes along its own axes, from the mesh"));
+    Row(section, tr("Sizes (mm)"), Triple(box.size[0], box.size[1], box.size[2], MillimetresPerMetre),
+        tr("The smallest box that was found around the mesh, whatever its direction"));
+    Row(section, tr("Longest axis"), Triple(box.axes[0], 1.0));
 }
 
 void PropertiesPanel::AddSolid(const CZemtarSceneNode& node)
@@ -277,9 +306,28 @@ void PropertiesPanel::AddGeometry(const CZemtar3DObject& object)
     Row(section, tr("Texture coordinates"), yesOrNo(object.TextureCoordinatesTable()));
 }
 
-void PropertiesPanel::AddMaterial(const CZemtar3DObject& object)
+/// The material of a mesh, and of a part where all its meshes have one.
+void PropertiesPanel::AddMaterials(const NodeList& nodes, int position)
 {
-    const CZemtarMaterial* material = object.Material();
+    constexpr int most = 10000; // nodes that are looked at
+    std::set<const CZemtarMaterial*> materials;
+    for (int at = position; at < std::min(nodes.End(position), position + most); ++at) {
+        if (const auto* object = dynamic_cast<const CZemtar3DObject*>(&nodes.Node(at))) {
+            materials.insert(object->Material());
+        }
+    }
+    if (materials.size() == 1) {
+        AddMaterial(*materials.begin());
+    } else if (materials.size() > 1 && KindOf(nodes.Node(position)) == NodeKind::Part) {
+        QTreeWidgetItem* section = Section(tr("Material"));
+        for (const CZemtarMaterial* material : materials) {
+            Row(section, tr("Name"), material ? Text(material->Name()) : tr("none"));
+        }
+    }
+}
+
+void PropertiesPanel::AddMaterial(const CZemtarMaterial* material)
+{
     QTreeWidgetItem* section = Section(tr("Material"));
     if (!material) {
         Row(section, tr("Name"), tr("none"));
@@ -311,6 +359,8 @@ void PropertiesPanel::AddMaterial(const CZemtar3DObject& object)
             QTreeWidgetItem* row =
                 Row(section, tr(slot.name), picture.isNull() ? tr("%1 (cannot be read)").arg(file) : file);
             row->setIcon(1, picture);
+            row->setData(1, Qt::UserRole, file);
+            row->setToolTip(1, tr("%1\nDouble-click opens it in the image window").arg(file));
         }
     }
 }
@@ -340,6 +390,10 @@ void PropertiesPanel::contextMenuEvent(QContextMenuEvent* event)
 {
     if (currentItem() && currentItem()->parent()) {
         QMenu menu(this);
+        if (const QString file = currentItem()->data(1, Qt::UserRole).toString(); !file.isEmpty()) {
+            menu.addAction(tr("Open in the image window"), this,
+                           [this, file] { emit PictureActivated(file); });
+        }
         menu.addAction(tr("Copy value"), this, &PropertiesPanel::CopyValue);
         menu.exec(event->globalPos());
     }

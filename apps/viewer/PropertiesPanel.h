@@ -6,6 +6,7 @@ class NodeList;
 
 namespace Zemtar {
 class CZemtar3DObject;
+class CZemtarMaterial;
 class CZemtarMatrix;
 class CZemtarSceneNode;
 } // namespace Zemtar
@@ -22,6 +23,10 @@ public:
     /// Shows a node of the list (null: none), which is read now and not kept.
     void Show(const Zemtar::CZemtarSceneNode* node, const NodeList* nodes);
 
+signals:
+    /// The user asked to see a picture file of a material.
+    void PictureActivated(const QString& file);
+
 protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -35,11 +40,13 @@ private:
                    int size);
     void AddNode(const Zemtar::CZemtarSceneNode& node, const NodeList& nodes, int position);
     void AddContents(const NodeList& nodes, int position);
-    void AddPlacement(const Zemtar::CZemtarSceneNode& node);
+    void AddPlacement(const NodeList& nodes, int position);
+    void AddOwnSizes(const NodeList& nodes, int position);
     void AddBounds(const NodeList& nodes, int position);
     void AddSolid(const Zemtar::CZemtarSceneNode& node);
     void AddGeometry(const Zemtar::CZemtar3DObject& object);
-    void AddMaterial(const Zemtar::CZemtar3DObject& object);
+    void AddMaterials(const NodeList& nodes, int position);
+    void AddMaterial(const Zemtar::CZemtarMaterial* material);
     void AddMetaData(const Zemtar::CZemtarSceneNode& node);
     void CopyValue();
 

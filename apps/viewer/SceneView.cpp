@@ -1,7 +1,9 @@
 #include "apps/viewer/SceneView.h"
 
-#include "apps/render/Renderer.h"
 #include "apps/render/SceneModel.h"
+#include "apps/viewer/Annotations.h"
+#include "apps/viewer/MeshProbe.h"
+#include "apps/viewer/ViewCube.h"
 
 #include "host/CZemtar3DObject.h"
 
@@ -47,6 +49,10 @@ public:
     SceneModel model;
     std::unique_ptr<Renderer> renderer; ///< null without OpenGL
     Frame frame;
+    Annotations* notes = nullptr;
+    ViewCube* cube = nullptr;
+    bool measuring = false;
+    QMatrix4x4 overlaid; ///< the look that the overlays show
     QTimer rest;
     bool uploadDue = true;
     bool moving = false;
@@ -71,6 +77,7 @@ SceneView::SceneView(QWidget* parent) : QOpenGLWidget(parent), m_state(std::make
     setFormat(RendererFormat());
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(160, 120);
+    MakeOverlays();
     m_state->rest.setSingleShot(true);
     m_state->rest.setInterval(RestMilliseconds);
     connect(&m_state->rest, &QTimer::timeout, this, [this] {
@@ -79,6 +86,112 @@ SceneView::SceneView(QWidget* parent) : QOpenGLWidget(parent), m_state(std::make
             DrawFull();
         }
     });
+}
+
+void SceneView::MakeOverlays()
+{
+    m_state->notes = new Annotations(this, [this](const Vec3& point) { return Projected(point); });
+    m_state->cube = new ViewCube(this);
+    connect(m_state->cube, &ViewCube::Chosen, this, &SceneView::SetStandardView);
+}
+
+/// The overlays are painted by themselves, so they are told when the camera has moved.
+void SceneView::UpdateOverlays()
+{
+    State& state = *m_state;
+    const QMatrix4x4 look = state.frame.camera.Projection(Aspect(), state.model.Extent()) *
+                            state.frame.camera.View(state.model.Extent().Center());
+    if (look != state.overlaid) {
+        state.overlaid = look;
+        state.cube->Turn(state.frame.camera);
+        state.notes->update();
+    }
+}
+
+std::optional<QPointF> SceneView::Projected(const Vec3& point) const
+{
+    const Camera& camera = m_state->frame.camera;
+    const double depth = camera.Depth(point);
+    if (camera.IsPerspective() && depth <= 0.0) {
+        return std::nullopt;
+    }
+    const double scale = height() / camera.HeightAt(depth);
+    const Vec3 arm = point - camera.Eye();
+    return QPointF(0.5 * width() + scale * Dot(arm, camera.Right()),
+                   0.5 * height() - scale * Dot(arm, camera.Up()));
+}
+
+void SceneView::SetSection(const std::optional<SectionCut>& section)
+{
+    m_state->frame.section = section;
+    DrawFull();
+}
+
+void SceneView::Displace(const std::vector<Vec3>& ways)
+{
+    State& state = *m_state;
+    state.model.Displace(ways);
+    if (state.renderer && !state.uploadDue) {
+        makeCurrent();
+        state.renderer->UpdatePlaces();
+        doneCurrent();
+    }
+    DrawFull();
+}
+
+const SceneModel& SceneView::Model() const
+{
+    return m_state->model;
+}
+
+const Camera& SceneView::ViewCamera() const
+{
+    return m_state->frame.camera;
+}
+
+void SceneView::SetCamera(const Camera& camera)
+{
+    m_state->frame.camera = camera;
+    m_state->fitDue = false;
+    DrawFull();
+}
+
+void SceneView::SetMeasuring(bool on)
+{
+    m_state->measuring = on;
+    setCursor(on ? Qt::CrossCursor : Qt::ArrowCursor);
+}
+
+Annotations& SceneView::Notes()
+{
+    return *m_state->notes;
+}
+
+Ray SceneView::RayAt(const QPointF& point) const
+{
+    const Camera& camera = m_state->frame.camera;
+    const double x = 2.0 * point.x() / std::max(width(), 1) - 1.0;
+    const double y = 1.0 - 2.0 * point.y() / std::max(height(), 1);
+    const Vec3 near = camera.PointAtDepth(x, y, Aspect(), 0.0);
+    const Vec3 far = camera.PointAtDepth(x, y, Aspect(), camera.Distance());
+    const double radius =
+        std::max(m_state->model.Extent().IsEmpty() ? 0.0 : m_state->model.Extent().Radius(), 1e-9);
+    // In parallel the model reaches behind the eye, too.
+    return {camera.IsPerspective() ? near : near - 1e3 * radius * camera.Forward(), far - near};
+}
+
+double SceneView::PixelSize(const Vec3& point) const
+{
+    const Camera& camera = m_state->frame.camera;
+    return camera.HeightAt(std::max(camera.Depth(point), 0.0)) / std::max(height(), 1);
+}
+
+QImage SceneView::Picture()
+{
+    m_state->cube->hide();
+    const QImage picture = grab().toImage();
+    m_state->cube->show();
+    return picture;
 }
 
 SceneView::~SceneView()
@@ -191,17 +304,24 @@ void SceneView::FitNow()
 {
     State& state = *m_state;
     state.fitDue = false;
-    const auto boxes =
-        state.fitNode ? state.model.Boxes(state.model.RangeOf(state.fitNode)) : state.renderer->ShownBoxes();
-    state.frame.camera.Fit(boxes, Aspect());
+    const auto points = state.fitNode ? state.model.Outermost(state.model.RangeOf(state.fitNode))
+                                      : state.renderer->ShownPoints();
+    state.frame.camera.Fit(points, Aspect());
     state.zoomPlace = QPointF(-1.0, -1.0);
+    UpdateOverlays();
 }
 
 const CZemtarSceneNode* SceneView::NodeAt(const QPoint& point)
 {
+    const std::optional<std::uint32_t> instance = InstanceAt(point);
+    return instance ? m_state->model.Instances()[*instance].node : nullptr;
+}
+
+std::optional<std::uint32_t> SceneView::InstanceAt(const QPoint& point)
+{
     State& state = *m_state;
     if (!state.renderer || state.uploadDue || !rect().contains(point)) {
-        return nullptr;
+        return std::nullopt;
     }
     makeCurrent();
     if (state.fitDue) {
@@ -209,7 +329,7 @@ const CZemtarSceneNode* SceneView::NodeAt(const QPoint& point)
     }
     const auto hit = state.renderer->Pick(state.frame, (QPointF(point) * devicePixelRatioF()).toPoint());
     doneCurrent();
-    return hit ? state.model.Instances()[hit->instance].node : nullptr;
+    return hit ? std::optional(hit->instance) : std::nullopt;
 }
 
 double SceneView::Aspect() const
@@ -286,8 +406,11 @@ void SceneView::initializeGL()
     m_state->uploadDue = m_state->fullDue = true;
 }
 
-void SceneView::resizeGL(int /*width*/, int /*height*/)
+void SceneView::resizeGL(int width, int /*height*/)
 {
+    m_state->notes->setGeometry(rect());
+    m_state->cube->move(width - m_state->cube->width() - fontMetrics().height() / 2,
+                        fontMetrics().height() / 2);
     m_state->zoomPlace = QPointF(-1.0, -1.0);
     m_state->fullDue = true;
 }
@@ -326,6 +449,7 @@ void SceneView::paintGL()
         state.growing = !state.renderer->Continue(SliceMilliseconds);
     }
     state.fullDue = false;
+    UpdateOverlays();
     state.renderer->Show(defaultFramebufferObject(), state.frame.size);
     if (state.growing) {
         update(); // input comes first, then the next slice
@@ -395,7 +519,9 @@ void SceneView::mouseReleaseEvent(QMouseEvent* event)
 {
     const bool clicked = !m_state->dragging && event->button() == Qt::LeftButton;
     m_state->dragging = false;
-    if (clicked) {
+    if (clicked && m_state->measuring) {
+        emit PlaceClicked(event->position().toPoint());
+    } else if (clicked) {
         emit NodePicked(NodeAt(event->position().toPoint()));
     }
 }
@@ -403,7 +529,9 @@ void SceneView::mouseReleaseEvent(QMouseEvent* event)
 void SceneView::mouseDoubleClickEvent(QMouseEvent* event)
 {
     m_state->dragging = true; // its release is no click
-    if (event->button() == Qt::LeftButton) {
+    if (event->button() == Qt::LeftButton && m_state->measuring) {
+        emit PlaceClicked(event->position().toPoint()); // two quick clicks are two points
+    } else if (event->button() == Qt::LeftButton) {
         Fit(NodeAt(event->position().toPoint()));
     }
 }

@@ -1,11 +1,16 @@
 #pragma once
 
-#include "apps/render/Camera.h"
+#include "apps/render/Renderer.h"
 
 #include <QOpenGLWidget>
 #include <QSet>
 
 #include <memory>
+#include <optional>
+
+class Annotations;
+class SceneModel;
+struct Ray;
 
 namespace Zemtar {
 class CZemtarDocument;
@@ -47,12 +52,36 @@ public:
     /// Brings all that is drawn into view or, with a node, that node.
     void Fit(const Zemtar::CZemtarSceneNode* node = nullptr);
 
+    /// Cuts the model.
+    void SetSection(const std::optional<SectionCut>& section);
+    /// Moves instances; see `SceneModel::Displace`.
+    void Displace(const std::vector<Vec3>& ways);
+    const SceneModel& Model() const;
+    const Camera& ViewCamera() const;
+    /// Looks from there, without fitting.
+    void SetCamera(const Camera& camera);
+
+    /// While measuring, clicks tell of places instead of picking nodes.
+    void SetMeasuring(bool on);
+    /// Lines and texts over the model.
+    Annotations& Notes();
+    /// The number of the instance drawn at a point of the widget; none where there is nothing.
+    std::optional<std::uint32_t> InstanceAt(const QPoint& point);
+    /// The look through a point of the widget.
+    Ray RayAt(const QPointF& point) const;
+    /// Metres that a pixel covers at a point of the world.
+    double PixelSize(const Vec3& point) const;
+    /// What the view shows, with lines and texts over it, without the cube.
+    QImage Picture();
+
     /// Gives the mesh node drawn at a point of the widget, in its own coordinates; null: none.
     const Zemtar::CZemtarSceneNode* NodeAt(const QPoint& point);
 
 signals:
     /// The user clicked a mesh node, or empty space (null).
     void NodePicked(const Zemtar::CZemtarSceneNode* node);
+    /// The user clicked while measuring.
+    void PlaceClicked(const QPoint& point);
     /// The user asked for the context menu of what is below the cursor (null: empty space).
     void MenuRequested(const Zemtar::CZemtarSceneNode* node, const QPoint& globalPosition);
     /// OpenGL is missing or too old; the view stays empty. The text says so to the user.
@@ -74,6 +103,9 @@ protected:
 private:
     class State;
 
+    void MakeOverlays();
+    void UpdateOverlays();
+    std::optional<QPointF> Projected(const Vec3& point) const;
     double Aspect() const;
     /// Gives the point of the model below a place or, where there is none, in the target's plane.
     Vec3 PointBelow(const QPointF& place);

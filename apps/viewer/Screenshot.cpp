@@ -16,7 +16,7 @@ int Fail(const QString& reason)
 
 } // namespace
 
-int RunScreenshot(const QString& file, const QString& pictureFile, const PictureOptions& options)
+int RunScreenshot(const QString& file, const QString& pictureFile, const PictureOptions& options, int frames)
 {
     const QList<const FormatEntry*> formats = FormatsByFileName(file);
     if (formats.isEmpty()) {
@@ -31,6 +31,7 @@ int RunScreenshot(const QString& file, const QString& pictureFile, const Picture
             return 1; // the reason has been written already
         }
     }
-    const QString problem = WritePicture(*imported.document, options, pictureFile);
+    const QString problem = frames > 0 ? WriteTurntable(*imported.document, options, frames, pictureFile)
+                                       : WritePicture(*imported.document, options, pictureFile);
     return problem.isEmpty() ? 0 : Fail(problem);
 }

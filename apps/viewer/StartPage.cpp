@@ -8,10 +8,13 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
 #include <QStyle>
+#include <QStyleOption>
+#include <QStylePainter>
 #include <QVBoxLayout>
 
 using namespace Zemtar;
@@ -28,6 +31,39 @@ QLabel* MakeLabel(QWidget* parent, const QString& text, double sizeFactor, QPale
     label->setWordWrap(true);
     return label;
 }
+
+/// A button with its icon and text at the left. No style sheet does that: buttons with one keep the colours
+/// of the style that they were made in.
+class StartButton : public QPushButton
+{
+public:
+    using QPushButton::QPushButton;
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        QStylePainter painter(this);
+        QStyleOptionButton option;
+        initStyleOption(&option);
+        painter.drawControl(QStyle::CE_PushButtonBevel, option);
+        const int margin = fontMetrics().height();
+        const QRect content = rect().adjusted(margin, 0, -margin, 0);
+        const QSize size = iconSize();
+        const QRect picture(content.left(), content.center().y() - size.height() / 2, size.width(),
+                            size.height());
+        option.icon.paint(&painter, picture, Qt::AlignCenter, isEnabled() ? QIcon::Normal : QIcon::Disabled);
+        const int step = size.width() + margin / 2;
+        painter.drawItemText(content.adjusted(step, 0, 0, 0),
+                             Qt::AlignLeft | Qt::AlignVCenter | Qt::TextShowMnemonic, option.palette,
+                             isEnabled(), option.text, QPalette::ButtonText);
+        if (hasFocus()) {
+            QStyleOptionFocusRect focus;
+            focus.initFrom(this);
+            focus.rect = rect().adjusted(2, 2, -2, -2);
+            painter.drawPrimitive(QStyle::PE_FrameFocusRect, focus);
+        }
+    }
+};
 
 QString ReadableFormats()
 {
@@ -52,9 +88,9 @@ StartPage::StartPage(const QList<QAction*>& actions, QWidget* parent)
     m_recent->setFrameShape(QFrame::NoFrame);
     m_recent->viewport()->setAutoFillBackground(false);
     m_recent->setSpacing(fontMetrics().height() / 6);
-    connect(m_recent, &QListWidget::itemActivated, this, [this](const QListWidgetItem* item) {
-        emit RecentFileChosen(item->data(Qt::UserRole).toString());
-    });
+    m_recent->setCursor(Qt::PointingHandCursor);
+    m_recent->installEventFilter(this);
+    connect(m_recent, &QListWidget::itemClicked, this, &StartPage::Choose);
     auto* column = new QVBoxLayout;
     column->setSpacing(fontMetrics().height() * 2 / 3);
     column->addStretch(2);
@@ -95,14 +131,33 @@ QWidget* StartPage::MakeHeading()
 
 QWidget* StartPage::MakeButton(QAction* action)
 {
-    auto* button = new QPushButton(action->icon(), action->text(), this);
+    auto* button = new StartButton(action->icon(), action->text(), this);
     const QString shortcut = action->shortcut().toString(QKeySequence::NativeText);
     button->setToolTip(shortcut.isEmpty() ? action->toolTip()
                                           : QStringLiteral("%1 (%2)").arg(action->toolTip(), shortcut));
     button->setMinimumHeight(2 * fontMetrics().height());
-    button->setStyleSheet(QStringLiteral("text-align: left; padding-left: 1em; padding-right: 1em"));
     connect(button, &QPushButton::clicked, action, &QAction::trigger);
     return button;
+}
+
+void StartPage::Choose(const QListWidgetItem* item)
+{
+    if (item) {
+        emit RecentFileChosen(item->data(Qt::UserRole).toString());
+    }
+}
+
+bool StartPage::eventFilter(QObject* watched, QEvent* event)
+{
+    // One click opens a file, and so does Enter; "activated" would be a double click on most systems.
+    if (watched == m_recent && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+            Choose(m_recent->currentItem());
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void StartPage::SetRecentFiles(const QStringList& files)

@@ -4,6 +4,7 @@
 
 class QAction;
 class QListWidget;
+class QListWidgetItem;
 
 /// What the window shows while no document is open: the first things to do, and the files last imported.
 class StartPage : public QWidget
@@ -19,7 +20,11 @@ public:
 signals:
     void RecentFileChosen(const QString& file);
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
+    void Choose(const QListWidgetItem* item);
     QWidget* MakeHeading();
     QWidget* MakeButton(QAction* action);
 

@@ -33,6 +33,10 @@ public:
     Zemtar::enumLengthUnit ExportUnit() const;
     void SetExportUnit(Zemtar::enumLengthUnit unit) { setValue("Export/Unit", static_cast<int>(unit)); }
 
+    /// A number of `GlbPacking`.
+    int GlbPackingChoice() const { return value("Export/GlbPacking", 0).toInt(); }
+    void SetGlbPackingChoice(int packing) { setValue("Export/GlbPacking", packing); }
+
     /// The files last imported, the latest first.
     QStringList RecentFiles() const { return value("RecentFiles").toStringList(); }
     void AddRecentFile(const QString& file);
@@ -41,7 +45,7 @@ public:
     QString Folder(const QString& purpose) const { return value("Folders/" + purpose).toString(); }
     void SetFolderOf(const QString& purpose, const QString& file);
 
-    bool Edges() const { return value("View/Edges", false).toBool(); }
+    bool Edges() const { return value("View/Edges", true).toBool(); }
     void SetEdges(bool on) { setValue("View/Edges", on); }
     bool Perspective() const { return value("View/Perspective", true).toBool(); }
     void SetPerspective(bool on) { setValue("View/Perspective", on); }

@@ -28,7 +28,7 @@ constexpr int ExitUsage = 2;
 void PrintUsage(std::ostream& out)
 {
     out << "zemtar-viewer [FILE...]\n"
-           "zemtar-viewer --screenshot OUT.png [--size WxH] [--view NAME] FILE\n"
+           "zemtar-viewer --screenshot OUT.png [--size WxH] [--view NAME] [--turntable N] FILE\n"
            "zemtar-viewer --help | --version\n"
            "views: "
         << StandardViewNames().toStdString() << "\n";
@@ -85,12 +85,17 @@ int Run(const QCommandLineParser& parser)
     if (parser.isSet("view") && !ParseStandardView(parser.value("view"), options.view)) {
         return UsageError(QStringLiteral("--view takes one of: ") + StandardViewNames());
     }
+    bool isNumber = true;
+    const int frames = parser.isSet("turntable") ? parser.value("turntable").toInt(&isNumber) : 0;
+    if (parser.isSet("turntable") && (!isNumber || frames < 1 || frames > MostTurntableFrames)) {
+        return UsageError(QStringLiteral("--turntable takes 1 to %1 frames").arg(MostTurntableFrames));
+    }
     if (!parser.isSet("screenshot")) {
-        return parser.isSet("size") || parser.isSet("view")
-                   ? UsageError(QStringLiteral("--size and --view belong to --screenshot"))
+        return parser.isSet("size") || parser.isSet("view") || parser.isSet("turntable")
+                   ? UsageError(QStringLiteral("--size, --view and --turntable belong to --screenshot"))
                    : RunWindow(files);
     }
-    return files.size() == 1 ? RunScreenshot(files.first(), parser.value("screenshot"), options)
+    return files.size() == 1 ? RunScreenshot(files.first(), parser.value("screenshot"), options, frames)
                              : UsageError(QStringLiteral("--screenshot takes one file"));
 }
 
@@ -112,6 +117,7 @@ int main(int argc, char** argv)
     parser.addOption({"screenshot", "", "file"});
     parser.addOption({"size", "", "WxH"});
     parser.addOption({"view", "", "name"});
+    parser.addOption({"turntable", "", "frames"});
     parser.addOption({"help", ""});
     parser.addOption({"version", ""});
     if (!parser.parse(QApplication::arguments())) {

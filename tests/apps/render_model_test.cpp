@@ -1,9 +1,11 @@
 // What is decided before OpenGL draws: the camera, the flattened scene, packed shapes and the draw list.
 
+#include "apps/geometry/OrientedBox.h"
 #include "apps/geometry/PolygonCut.h"
 #include "apps/render/DrawList.h"
 #include "apps/render/Picture.h"
 #include "apps/render/ShapeData.h"
+#include "apps/render/SolidShapes.h"
 #include "tests/support/SceneBuilder.h"
 
 #include <QVector4D>
@@ -116,6 +118,84 @@ TEST(CameraTest, FitsModelsOfAnySizeAndPlace)
     EXPECT_GT(camera.Distance(), 0.0);
 }
 
+TEST(CameraTest, FitsPointsCentred)
+{
+    // A cone: its box' corners are empty, and near the eye it is wide at one side alone.
+    std::vector<Vec3> points{{3, 0, 0}, {-1, 2, 1}, {-1, -2, -1}, {-1, 0, 4}, {0.5, -3, 0}};
+    Bounds bounds;
+    for (const Vec3& point : points) {
+        bounds.Add(point);
+    }
+    for (const bool perspective : {true, false}) {
+        Camera camera;
+        camera.SetPerspective(perspective);
+        camera.Fit(points, 1.5);
+        QVector3D low(9, 9, 9);
+        QVector3D high(-9, -9, -9);
+        for (const Vec3& point : points) {
+            const QVector3D place = Projected(camera, bounds, point);
+            for (int axis = 0; axis < 2; ++axis) {
+                low[axis] = std::min(low[axis], place[axis]);
+                high[axis] = std::max(high[axis], place[axis]);
+            }
+        }
+        EXPECT_NEAR(low.x(), -high.x(), 2e-3);
+        EXPECT_NEAR(low.y(), -high.y(), 2e-3);
+        EXPECT_NEAR(std::max(high.x(), high.y()), 1.0 / 1.06, 2e-3);
+    }
+}
+
+TEST(OrientedBoxTest, FindsAShaftsSizesHoweverItLies)
+{
+    // 80 long, 10 by 4 across, along a diagonal.
+    const Vec3 u{0.6, 0.48, 0.64};
+    const Vec3 v{-0.8, 0.36, 0.48};
+    const Vec3 w = Cross(u, v);
+    std::vector<Vec3> points;
+    for (const double a : {0.0, 30.0, 80.0}) {
+        for (const double b : {0.0, 10.0}) {
+            for (const double c : {0.0, 4.0}) {
+                points.push_back(a * u + b * v + c * w + Vec3{100, 200, 300});
+            }
+        }
+    }
+    const OrientedBox box = OrientedBox::Around(points);
+    EXPECT_NEAR(box.size[0], 80.0, 1e-6);
+    EXPECT_NEAR(box.size[1], 10.0, 1e-6);
+    EXPECT_NEAR(box.size[2], 4.0, 1e-6);
+    EXPECT_NEAR(std::abs(Dot(box.axes[0], u)), 1.0, 1e-9);
+    EXPECT_NEAR(OrientedBox::Around({{1, 2, 3}}).Volume(), 0.0, 1e-12);
+}
+
+TEST_F(RenderModelTest, AFlatFaceMeetsARoundOneInATangentEdge)
+{
+    // A strip that is flat and then bends away, with the normals of the true surface.
+    CZemtarGeometry* strip =
+        build.Triangles({{0, 0, 0}, {0, 1, 0}, {1, 0, 0}, {1, 1, 0}, {1.5, 0, -0.134}, {1.5, 1, -0.134}},
+                        {0, 2, 3, 0, 3, 1, 2, 4, 5, 2, 5, 3});
+    auto* normals = CZemtarVerticiesNormalsTable::Create(document.get(), true);
+    for (const double tilt : {0.0, 0.0, 0.0, 0.0, 0.5, 0.5}) {
+        normals->Append(tilt, 0.0, std::sqrt(1 - tilt * tilt));
+    }
+    strip->SetVerticiesNormalsTable(normals);
+    ShapeData data;
+    data.Build({strip, nullptr, {}, 0, 0, 0});
+    EXPECT_EQ(data.FindEdges().tangents, (std::vector<std::uint32_t>{2, 3}));
+    EXPECT_EQ(data.FindEdges().creases.size(), 12U);
+}
+
+TEST_F(RenderModelTest, ShapesThatCloseAloneOrTogetherAreSolid)
+{
+    const SceneBuilder::Points p{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+    build.Mesh("whole", nullptr, build.Triangles(p, {0, 2, 1, 0, 1, 3, 1, 2, 3, 2, 0, 3}));
+    build.Mesh("inside out", nullptr, build.Triangles(p, {0, 1, 2, 0, 3, 1, 1, 3, 2, 2, 3, 0}));
+    build.Mesh("open", nullptr, build.Triangles(p, {0, 1, 2}));
+    CZemtarSceneNode* part = build.Group("two colours", nullptr, CZemtarSceneNode::eNodeTypePart);
+    build.Mesh("one", part, build.Triangles(p, {0, 2, 1, 0, 1, 3}));
+    build.Mesh("other", part, build.Triangles(p, {1, 2, 3, 2, 0, 3}));
+    EXPECT_EQ(FindSolids(SceneModel(*document)), (std::vector<int>{1, -1, 0, 1, 1}));
+}
+
 TEST(CameraTest, ZoomAndOrbitKeepTheirPointInPlace)
 {
     for (const bool perspective : {true, false}) {
@@ -222,7 +302,7 @@ TEST_F(RenderModelTest, FeatureEdgesAreThoseOfTheForm)
         ShapeData data;
         Shape shape{geometry, nullptr, {}, 0, 0, 0};
         data.Build(shape);
-        return data.FeatureEdges().size() / 2;
+        return data.FindEdges().creases.size() / 2;
     };
     EXPECT_EQ(edgesOf(build.Box(1, 2, 3)), 12U);
     EXPECT_EQ(edgesOf(build.Triangle()), 3U);

@@ -1,6 +1,7 @@
 // Pictures as they come out of OpenGL, with and without a window. Skipped where OpenGL 3.3 is missing.
 
 #include "apps/render/Picture.h"
+#include "apps/render/Renderer.h"
 #include "apps/viewer/SceneView.h"
 #include "tests/support/SceneBuilder.h"
 #include "tests/support/TestFolder.h"
@@ -304,10 +305,35 @@ TEST_F(SceneViewTest, HidesIsolatesAndHighlights)
     EXPECT_EQ(CountOf(isolated, Blue), 0);
     view.SetIsolated(nullptr);
     const int blue = CountOf(view.grabFramebuffer(), Blue);
-    view.SetSelection(pair);
-    EXPECT_EQ(CountOf(view.grabFramebuffer(), Blue), 0); // in the highlight colour now
+    const QImage plain = view.grabFramebuffer();
     view.SetSelection(left);
-    EXPECT_EQ(CountOf(view.grabFramebuffer(), Blue), blue);
+    const QImage selected = view.grabFramebuffer();
+    EXPECT_NE(selected.pixelColor(atLeft), plain.pixelColor(atLeft));
+    EXPECT_EQ(selected.pixelColor(atRight), plain.pixelColor(atRight));
+    EXPECT_EQ(CountOf(selected, Blue), blue);
+    // Seen from the side the blue box hides the red one, whose outline shows all the same.
+    const QColor line = Frame().highlight;
+    const auto lines = [&](const QImage& image) {
+        int count = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                const QColor color = image.pixelColor(x, y);
+                count += std::abs(color.red() - line.red()) < 12 &&
+                         std::abs(color.green() - line.green()) < 12 &&
+                         std::abs(color.blue() - line.blue()) < 12;
+            }
+        }
+        return count;
+    };
+    view.SetStandardView(StandardView::Right);
+    view.SetPerspective(true);
+    EXPECT_GT(lines(view.grabFramebuffer()), 100);
+    view.SetSelection(right);
+    view.SetHidden({right});
+    EXPECT_EQ(lines(view.grabFramebuffer()), 0) << "what is hidden has no outline";
+    view.SetHidden({});
+    view.SetPerspective(false);
+    view.SetStandardView(StandardView::Front);
     view.SetSelection(nullptr);
     view.Fit(right);
     EXPECT_GT(CountOf(view.grabFramebuffer(), Blue), 2 * blue);

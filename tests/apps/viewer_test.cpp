@@ -1,28 +1,37 @@
 // The viewer's windows as a user works with them, on a real display.
 
 #include "apps/render/Picture.h"
+#include "apps/viewer/Appearance.h"
 #include "apps/viewer/BusyWindow.h"
 #include "apps/viewer/DocumentPage.h"
 #include "apps/viewer/ExportDialog.h"
+#include "apps/viewer/HelpDialog.h"
 #include "apps/viewer/LogPanel.h"
 #include "apps/viewer/MainWindow.h"
 #include "apps/viewer/NodeTree.h"
+#include "apps/viewer/NoticeBar.h"
 #include "apps/viewer/SceneView.h"
+#include "apps/viewer/StatisticsDialog.h"
 #include "apps/viewer/Texts.h"
+#include "apps/viewer/ViewCube.h"
 #include "apps/viewer/ViewerSettings.h"
 #include "cadexchange/CZemtarCADExchangeImportDlg.h"
 #include "host/CZemtar3DObject.h"
 #include "host/CZemtarDocument.h"
+#include "host/CZemtarMetaData.h"
 #include "host/CZemtarTransformNode.h"
+#include "tests/support/SceneBuilder.h"
 #include "tests/support/Waiting.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QProcess>
@@ -34,6 +43,7 @@
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextBrowser>
 #include <QTimer>
 #include <QToolButton>
 #include <QTreeWidget>
@@ -236,6 +246,12 @@ TEST_F(Viewer, AClickInTheViewSelectsAndHidingTakesAway)
     ASSERT_TRUE(
         Await("a node in the middle of the view", [&] { return (node = view->NodeAt(middle)) != nullptr; }));
     QTest::mouseClick(view, Qt::LeftButton, Qt::NoModifier, middle);
+    ASSERT_TRUE(page->Selected());
+    EXPECT_EQ(KindOf(*page->Selected()), NodeKind::Part);
+    EXPECT_FALSE(Property("Volume (cm³)").isEmpty());
+    EXPECT_TRUE(Property("Diffuse").startsWith('#'));
+    QTest::qWait(QApplication::doubleClickInterval() + 100); // else it is a double click
+    QTest::mouseClick(view, Qt::LeftButton, Qt::NoModifier, middle);
     EXPECT_EQ(page->Selected(), node);
     EXPECT_EQ(Property("Id"), QString::number(node->ID().Value()));
     Trigger("hide");
@@ -247,6 +263,182 @@ TEST_F(Viewer, AClickInTheViewSelectsAndHidingTakesAway)
     EXPECT_EQ(page->Isolated(), node);
     EXPECT_TRUE(page->Tree()->Model().IsShown(0));
     EXPECT_FALSE(page->Tree()->Model().IsShown(page->Nodes().Count() - 1));
+}
+
+TEST_F(Viewer, ToolsMeasureCutAndExplodeTheView)
+{
+    DocumentPage* page = Import(Pump);
+    SceneView* view = page->View();
+    if (!view) {
+        GTEST_SKIP() << "no OpenGL here";
+    }
+    const QPoint middle = view->rect().center();
+    ASSERT_TRUE(Await("a node in the middle", [&] { return view->NodeAt(middle) != nullptr; }));
+    QImage whole;
+    ASSERT_TRUE(Await("a picture at rest", [&] {
+        const QImage last = std::exchange(whole, view->Picture());
+        QTest::qWait(100);
+        return last == whole;
+    }));
+    page->SetSection({true, 0, 0.5, false});
+    const QImage cut = view->Picture();
+    EXPECT_NE(cut, whole);
+    page->SetSection({});
+    EXPECT_EQ(view->Picture(), whole);
+
+    Trigger("measureArea");
+    EXPECT_TRUE(window->findChild<QAction*>("measureArea")->isChecked());
+    QTest::mouseClick(view, Qt::LeftButton, {}, middle);
+    ASSERT_EQ(page->Measurements().size(), 1U);
+    EXPECT_GT(page->Measurements()[0].value, 0.0);
+    EXPECT_FALSE(page->Selected()) << "a click while measuring selects nothing";
+    EXPECT_NE(view->Picture(), whole);
+    Trigger("deselect"); // Esc
+    EXPECT_FALSE(page->Measuring());
+    Trigger("clearMeasurements");
+    EXPECT_EQ(view->Picture(), whole);
+
+    const double before = view->Model().Extent().Radius();
+    window->findChild<QSlider*>("explosion")->setValue(500);
+    EXPECT_GT(view->Model().Extent().Radius(), 1.2 * before);
+    page->SetExplosion(0.0);
+    auto* cube = Find<ViewCube>();
+    QTest::mouseClick(cube, Qt::LeftButton, {}, cube->rect().center() - QPoint(0, cube->height() / 4));
+    EXPECT_NEAR(view->ViewCamera().Forward().z, -1.0, 1e-6) << "the top of the cube looks down";
+}
+
+TEST_F(Viewer, AFileThatChangedIsReloadedInItsPlace)
+{
+    const QString file = folder.filePath("growing.igs");
+    ASSERT_TRUE(QFile::copy(Bracket, file));
+    ASSERT_TRUE(QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner));
+    DocumentPage* old = Import(file);
+    const qint64 triangles = old->Nodes().Totals().triangles;
+    EXPECT_FALSE(Find<NoticeBar>());
+    QFile(file).remove();
+    ASSERT_TRUE(QFile::copy(Bracket, file));
+    AwaitWidget<NoticeBar>()->findChild<QPushButton*>("answer")->click();
+    ASSERT_TRUE(Await("the new page", [&] { return window->CurrentPage() && window->CurrentPage() != old; }));
+    AwaitPages(1);
+    EXPECT_EQ(window->CurrentPage()->Nodes().Totals().triangles, triangles);
+    EXPECT_FALSE(Find<NoticeBar>());
+    Trigger("statistics");
+    auto* statistics = AwaitWidget<StatisticsDialog>();
+    EXPECT_EQ(statistics->Save(folder.filePath("parts.csv")), QString());
+    EXPECT_GT(QFileInfo(folder.filePath("parts.csv")).size(), 50);
+    EXPECT_FALSE(statistics->Save(folder.filePath("no/parts.csv")).isEmpty());
+    Trigger("keys");
+    EXPECT_TRUE(AwaitWidget<HelpDialog>()->findChild<QTextBrowser*>()->toPlainText().contains("F5"));
+}
+
+TEST_F(Viewer, DraggingARowOutMakesAFileOnDemand)
+{
+    DocumentPage* page = Import(Bracket);
+    ViewerSettings().SetExportFormat("STL");
+    const std::unique_ptr<QMimeData> data(page->Tree()->Model().mimeData({}));
+    ASSERT_TRUE(data->hasUrls());
+    const QList<QUrl> urls = data->urls();
+    ASSERT_EQ(urls.size(), 1);
+    EXPECT_TRUE(urls[0].toLocalFile().endsWith("bracket.stl"));
+    EXPECT_GT(QFileInfo(urls[0].toLocalFile()).size(), 84);
+}
+
+TEST_F(Viewer, FocusInTheTreeSelectsNothingAndSearchFindsMetadata)
+{
+    DocumentPage* page = Import(Pump);
+    window->activateWindow();
+    page->Tree()->setFocus();
+    QTest::qWait(0);
+    EXPECT_FALSE(page->Selected());
+    const NodeList& nodes = page->Nodes();
+    int withData = 0;
+    while (withData < nodes.Count() && nodes.Node(withData).MetaData()->IsEmpty()) {
+        ++withData;
+    }
+    if (withData < nodes.Count()) {
+        std::map<CZemtarString, CZemtarMetaData::NamedValues> categories;
+        nodes.Node(withData).MetaData()->ListNamedValues(categories);
+        const QString value = Text(categories.begin()->second.begin()->second);
+        Find<QLineEdit>("search")->setText(value);
+        ASSERT_TRUE(Await("the first hit", [&] { return page->Selected() != nullptr; }));
+        EXPECT_EQ(page->Selected(), &nodes.Node(nodes.Row(nodes.Find(value).front())));
+    }
+}
+
+TEST_F(Viewer, MenusGiveEachLetterOnceAndRecentFilesOpenAtAClick)
+{
+    for (const QMenu* menu : window->findChildren<QMenu*>()) {
+        QSet<QString> letters;
+        for (const QAction* action : menu->actions()) {
+            const QString letter = QKeySequence::mnemonic(action->text()).toString();
+            EXPECT_TRUE(letter.isEmpty() || !letters.contains(letter)) << action->text().toStdString();
+            letters << letter;
+        }
+    }
+    Import(Bracket);
+    Trigger("close");
+    auto* recent = AwaitWidget<QListWidget>("recentFiles");
+    QTest::mouseClick(recent->viewport(), Qt::LeftButton, {},
+                      recent->visualItemRect(recent->item(0)).center());
+    AwaitWidget<CZemtarCADExchangeImportDlg>()->accept();
+    AwaitPages(1);
+}
+
+TEST_F(Viewer, DarkShowsBoxesAndButtonsWhenItIsChosenAtRunTime)
+{
+    ApplyAppearance(ViewerSettings::Appearance::Light);
+    QTest::qWait(0);
+    ApplyAppearance(ViewerSettings::Appearance::Dark);
+    QTest::qWait(0);
+    const auto contrast = [](QWidget& widget, int width) {
+        const QImage image = widget.grab().toImage();
+        int least = 255;
+        int most = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < std::min(width, image.width()); ++x) {
+                least = std::min(least, qGray(image.pixel(x, y)));
+                most = std::max(most, qGray(image.pixel(x, y)));
+            }
+        }
+        return most - least;
+    };
+    QCheckBox box;
+    EXPECT_GT(contrast(box, 1000), 60) << "the outline of a box that is not ticked";
+    auto* button = Find<QPushButton>();
+    ASSERT_TRUE(button);
+    EXPECT_GT(contrast(*button, 1000), 100) << "the text of the start page's button";
+    EXPECT_LT(button->grab().toImage().pixelColor(button->width() - 20, button->height() / 2).lightness(),
+              128);
+    ApplyAppearance(ViewerSettings::Appearance::Light);
+}
+
+TEST(NodeListTest, AGroupWithItsPartAndMeshOfOneNameIsOneRow)
+{
+    const std::unique_ptr<CZemtarDocument> document(CZemtarDocument::Create(true));
+    const Zemtar::Test::SceneBuilder build{*document};
+    CZemtarSceneNode* top = build.Group("top", nullptr, CZemtarSceneNode::eNodeTypeAssembly);
+    CZemtarSceneNode* group = build.Group("bolt", top, CZemtarSceneNode::eNodeTypeGroup);
+    const CZemtarSceneNode* part = build.Group("bolt", group, CZemtarSceneNode::eNodeTypePart);
+    const CZemtarSceneNode* mesh =
+        build.Mesh("bolt", const_cast<CZemtarSceneNode*>(part), build.Box(1, 1, 1));
+    CZemtarSceneNode* other = build.Group("two", top, CZemtarSceneNode::eNodeTypePart);
+    build.Mesh("two", other, build.Box(1, 1, 1));
+    const CZemtarSceneNode* second = build.Mesh("two", other, build.Box(1, 1, 1));
+    const NodeList nodes(*document);
+    const int row = nodes.Position(part);
+    EXPECT_EQ(nodes.Row(nodes.Position(group)), row);
+    EXPECT_EQ(nodes.Row(nodes.Position(mesh)), row);
+    NodeModel model(nodes);
+    EXPECT_EQ(model.rowCount(model.IndexOf(0)), 2);
+    EXPECT_EQ(model.rowCount(model.IndexOf(row)), 0);
+    EXPECT_EQ(model.rowCount(model.IndexOf(nodes.Position(other))), 2);
+    EXPECT_EQ(model.parent(model.IndexOf(nodes.Position(mesh))), model.IndexOf(0));
+    EXPECT_EQ(model.NodeOf(model.IndexOf(nodes.Position(group))), part);
+    model.SetVisibility({mesh}, nullptr);
+    EXPECT_FALSE(model.IsShown(row));
+    EXPECT_EQ(nodes.Picked(second, nullptr), other);
+    EXPECT_EQ(nodes.Picked(second, part), other);
+    EXPECT_EQ(nodes.Picked(second, other), second);
 }
 
 TEST_F(Viewer, AnExportComesBackTheSame)
@@ -407,6 +599,35 @@ TEST(ViewerProgram, ScreenshotRunsWithoutAUser)
     EXPECT_EQ(run({"--screenshot", picture}), 2);
     EXPECT_EQ(run({"--wings"}), 2);
     EXPECT_EQ(run({"--version"}), 0);
+
+    const QStringList turntable{"--screenshot", folder.filePath("turn.png"), "--size", "80x60",
+                                "--turntable"};
+    EXPECT_EQ(run(turntable + QStringList{"4", Pump}), canDraw ? 0 : 1);
+    const QStringList frames = QDir(folder.path()).entryList({"turn-00*.png"});
+    EXPECT_EQ(frames.size(), canDraw ? 4 : 0);
+    for (int i = 1; i < frames.size(); ++i) {
+        EXPECT_NE(QImage(folder.filePath(frames[i])), QImage(folder.filePath(frames[i - 1])));
+    }
+    EXPECT_EQ(run(turntable + QStringList{"0", Pump}), 2);
+}
+
+TEST(ThumbnailerProgram, DrawsAPngOfTheSizeThatIsAsked)
+{
+    const QTemporaryDir folder;
+    const auto run = [](const QStringList& arguments) {
+        QProcess process;
+        process.start(QStringLiteral(ZEMTAR_BINARY_DIR "/bin/zemtar-thumbnailer"), arguments);
+        process.waitForFinished(Patience);
+        return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    };
+    const QString picture = folder.filePath("no-extension");
+    const bool canDraw = MissingOpenGL().isEmpty();
+    EXPECT_EQ(run({"-s", "96", QUrl::fromLocalFile(Pump).toString(), picture}), canDraw ? 0 : 1);
+    EXPECT_EQ(QImage(picture, "PNG").size(), canDraw ? QSize(96, 96) : QSize(0, 0));
+    EXPECT_EQ(run({folder.filePath("missing.step"), picture + "2"}), 1);
+    EXPECT_FALSE(QFileInfo::exists(picture + "2"));
+    EXPECT_EQ(run({"-s", "huge", Pump, picture}), 2);
+    EXPECT_EQ(run({Pump}), 2);
 }
 
 int main(int argc, char** argv)

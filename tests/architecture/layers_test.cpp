@@ -56,6 +56,7 @@ constexpr Room Rooms[] = {
     {"apps/images/", "images", "std Qt host encoding file image"},
     {"apps/render/", "render", "std Qt host encoding file image shared images geometry"},
     {"apps/cli/", "cli", "std Qt host cadex encoding file image cadexchange CLI11 shared images render"},
+    {"apps/thumbnailer/", "thumbnailer", "std Qt host shared render"},
     {"apps/viewer/", "viewer",
      "std Qt QtWidgets host cadex encoding file image cadexchange shared images render geometry"},
 };
