@@ -7,7 +7,7 @@
 
 #include "sdk/acis/AcisBinary.h"
 #include "sdk/acis/AcisBodies.h"
-#include "sdk/brep/DescribedBRep.h"
+#include "sdk/brep/DescribedPart.h"
 
 namespace cadex::acis {
 
@@ -15,14 +15,6 @@ namespace {
 
 using internal::Report;
 using internal::Reports;
-
-ModelData_Transformation TransformationOf(const Matrix& m)
-{
-    ModelData_Transformation result;
-    result.SetRotationPart(m[0], m[1], m[2], m[4], m[5], m[6], m[8], m[9], m[10]);
-    result.SetTranslationPart(m[3], m[7], m[11]);
-    return result;
-}
 
 void AddText(ModelData_PropertyTable& table, const char* key, std::string_view value)
 {
@@ -38,22 +30,7 @@ ModelData_Part MakePart(FileBody& body, const Base_UTF16String& name)
     for (std::size_t i = 0; i < body.lostFaces; ++i) {
         Reports::Add(Report::Kind::LeftOut, "a face that could not be read");
     }
-    if (body.description.IsEmpty()) {
-        Reports::Add(Report::Kind::LeftOut, "a body without faces or curves");
-        return {};
-    }
-    ModelData_Part part(name);
-    part.SetAppearance(body.description.appearance);
-    ModelData_PropertyTable table{initialized()};
-    for (const auto& [key, value] : body.properties) {
-        table.Add(key, value);
-    }
-    if (!table.IsEmpty()) {
-        part.AddProperties(table);
-    }
-    auto* exact = new brep::DescribedBRep(std::move(body.description));
-    part.AddRepresentation(internal::MakeHandle<ModelData_BRepRepresentation>(exact));
-    return part;
+    return brep::MakePart(std::move(body.description), name, body.properties);
 }
 
 } // namespace
@@ -93,7 +70,7 @@ void AcisFile::Build(ModelData_Model& model)
             continue;
         }
         root.AddInstance(body.placement
-                             ? ModelData_Instance(parts.back(), TransformationOf(*body.placement), name)
+                             ? ModelData_Instance(parts.back(), brep::TransformationOf(*body.placement), name)
                              : ModelData_Instance(parts.back(), name));
     }
     ModelData_PropertyTable table{initialized()};

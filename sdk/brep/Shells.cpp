@@ -74,6 +74,7 @@ Solid SolidOf(const Description& description, std::vector<int> shells)
 {
     if (shells.size() > 1) {
         std::vector<double> extents;
+        extents.reserve(shells.size());
         for (const int shell : shells) {
             extents.push_back(ExtentOf(description, description.shells[At(shell)]));
         }

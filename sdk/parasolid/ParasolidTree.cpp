@@ -4,20 +4,14 @@
 #include <cadex/ModelData_Instance.hxx>
 #include <cadex/internal/Reports.hxx>
 
+#include "sdk/brep/DescribedPart.h"
+
 namespace cadex::parasolid {
 
 namespace {
 
 using internal::Report;
 using internal::Reports;
-
-ModelData_Transformation TransformationOf(const XtMatrix& m)
-{
-    ModelData_Transformation result;
-    result.SetRotationPart(m[0], m[1], m[2], m[4], m[5], m[6], m[8], m[9], m[10]);
-    result.SetTranslationPart(m[3], m[7], m[11]);
-    return result;
-}
 
 /// Makes each part and assembly once.
 class TreeBuilder
@@ -66,13 +60,7 @@ private:
     void Fill(ModelData_Assembly& target, const XtAssembly& source)
     {
         target.SetAppearance(source.appearance);
-        ModelData_PropertyTable table{initialized()};
-        for (const auto& [key, value] : source.properties) {
-            table.Add(key, value);
-        }
-        if (!table.IsEmpty()) {
-            target.AddProperties(table);
-        }
+        brep::AddTexts(target, source.properties);
         for (const XtInstance& instance : source.instances) {
             Place(instance, target);
         }
@@ -92,7 +80,7 @@ private:
         }
         const Base_UTF16String name = source.name.IsEmpty() ? element.Name() : source.name;
         ModelData_Instance instance =
-            source.placement ? ModelData_Instance(element, TransformationOf(*source.placement), name)
+            source.placement ? ModelData_Instance(element, brep::TransformationOf(*source.placement), name)
                              : ModelData_Instance(element, name);
         instance.SetAppearance(source.appearance);
         target.AddInstance(instance);
@@ -125,12 +113,11 @@ void ParasolidFile::Build(ModelData_Model& model)
         return;
     }
     for (std::size_t i = 0; i < myContents->lostInstances; ++i) {
-        Reports::Add(Report::Kind::LeftOut, "an instance without a part or a placement that makes sense");
+        Reports::Add(Report::Kind::LeftOut,
+                     "an instance without a part or a placement that makes sense, or of too many");
     }
     ModelData_Assembly root = TreeBuilder(*myContents, myName).Build();
-    ModelData_PropertyTable table{initialized()};
-    table.Add("Schema", Base_UTF16String(myContents->schema.c_str()));
-    root.AddProperties(table);
+    brep::AddTexts(root, {{"Schema", Base_UTF16String(myContents->schema.c_str())}});
     model.AddRoot(root);
     myContents.reset();
 }

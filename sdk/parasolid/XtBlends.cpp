@@ -160,7 +160,7 @@ Handle(Geom_Surface) MakeSurface(const std::vector<Station>& stations)
     TColStd_Array2OfReal weights(1, rows, 1, Columns);
     const auto set = [&](int row, const Station& station, double ahead) {
         for (int k = 0; k < Columns; ++k) {
-            const auto at = static_cast<std::size_t>(4 * k);
+            const std::size_t at = 4 * static_cast<std::size_t>(k);
             double pole[4];
             for (std::size_t i = 0; i < 4; ++i) {
                 pole[i] = station.value[at + i] + station.rate[at + i] * ahead;

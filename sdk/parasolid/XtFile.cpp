@@ -8,7 +8,7 @@
 #include <cadex/internal/Reports.hxx>
 
 #include "sdk/brep/Conics.h"
-#include "sdk/brep/DescribedBRep.h"
+#include "sdk/brep/DescribedPart.h"
 #include "sdk/parasolid/XtAttributes.h"
 #include "sdk/parasolid/XtBodies.h"
 
@@ -31,13 +31,14 @@ std::optional<XtMatrix> ReadPlacement(const Node& transform)
     const gp_XYZ translation = transform.Vector(Field::TranslationVector);
     XtMatrix matrix;
     bool isSound = true;
-    for (int row = 0; row < 3; ++row) {
-        for (int column = 0; column < 3; ++column) {
-            matrix[static_cast<std::size_t>(4 * row + column)] =
-                transform.Number(Field::RotationMatrix, 3 * row + column) * scale;
+    for (std::size_t row = 0; row < 3; ++row) {
+        const int own = static_cast<int>(row);
+        for (std::size_t column = 0; column < 3; ++column) {
+            const int place = 3 * own + static_cast<int>(column);
+            matrix[4 * row + column] = transform.Number(Field::RotationMatrix, place) * scale;
         }
-        const double shift = translation.Coord(row + 1) * Millimetres * scale;
-        matrix[static_cast<std::size_t>(4 * row + 3)] = std::isnan(shift) ? 0 : shift;
+        const double shift = translation.Coord(own + 1) * Millimetres * scale;
+        matrix[4 * row + 3] = std::isnan(shift) ? 0 : shift;
     }
     for (const double value : matrix) {
         isSound = isSound && std::abs(value) < brep::FarAway;
@@ -115,6 +116,34 @@ private:
         }
     }
 
+    /// Of an assembly with all that is in it.
+    struct Unfolded
+    {
+        std::size_t levels = 0;
+        std::size_t instances = 0;
+    };
+
+    /// Leaves out what is nested too deeply, since walkers of the model recurse, and what would unfold to
+    /// more instances than any model has. The assemblies below must have their sizes.
+    void DropTooMany(std::size_t assembly, std::vector<Unfolded>& sizes)
+    {
+        constexpr std::size_t Deepest = 100;
+        constexpr std::size_t Most = 2'000'000;
+        Unfolded& size = sizes[assembly];
+        const auto isTooMuch = [&](const XtInstance& instance) {
+            const Unfolded below = instance.element.isAssembly ? sizes[instance.element.number] : Unfolded();
+            if (below.levels + 1 > Deepest || size.instances + below.instances + 1 > Most) {
+                return true;
+            }
+            size = {std::max(size.levels, below.levels + 1), size.instances + below.instances + 1};
+            return false;
+        };
+        std::vector<XtInstance>& instances = myContents.assemblies[assembly].instances;
+        const auto end = std::remove_if(instances.begin(), instances.end(), isTooMuch);
+        myContents.lostInstances += static_cast<std::size_t>(instances.end() - end);
+        instances.erase(end, instances.end());
+    }
+
     /// Leaves out instances that lead back to an assembly above.
     void DropRings()
     {
@@ -130,6 +159,7 @@ private:
             std::size_t next = 0;
         };
         std::vector<State> states(myContents.assemblies.size(), State::New);
+        std::vector<Unfolded> sizes(states.size());
         for (std::size_t root = 0; root < states.size(); ++root) {
             std::vector<Step> path;
             if (states[root] == State::New) {
@@ -140,6 +170,7 @@ private:
                 Step& step = path.back();
                 std::vector<XtInstance>& instances = myContents.assemblies[step.assembly].instances;
                 if (step.next == instances.size()) {
+                    DropTooMany(step.assembly, sizes);
                     states[step.assembly] = State::Done;
                     path.pop_back();
                     continue;
@@ -211,22 +242,7 @@ ModelData_Part MakePart(XtBody&& body, const Base_UTF16String& name)
     for (std::size_t i = 0; i < body.lostCurves; ++i) {
         Reports::Add(Report::Kind::LeftOut, "a curve that could not be read", record);
     }
-    if (body.description.IsEmpty()) {
-        Reports::Add(Report::Kind::LeftOut, "a body without faces or curves", record);
-        return {};
-    }
-    ModelData_Part part(name);
-    part.SetAppearance(body.description.appearance);
-    ModelData_PropertyTable table{initialized()};
-    for (const auto& [key, value] : body.properties) {
-        table.Add(key, value);
-    }
-    if (!table.IsEmpty()) {
-        part.AddProperties(table);
-    }
-    auto* exact = new brep::DescribedBRep(std::move(body.description));
-    part.AddRepresentation(internal::MakeHandle<ModelData_BRepRepresentation>(exact));
-    return part;
+    return brep::MakePart(std::move(body.description), name, body.properties, record);
 }
 
 } // namespace cadex::parasolid

@@ -17,7 +17,7 @@
 #include <cadex/Base_UTF16String.hxx>
 #include <cadex/ModelData_Part.hxx>
 
-#include "sdk/brep/Description.h"
+#include "sdk/brep/DescribedPart.h"
 #include "sdk/parasolid/XtNodes.h"
 
 namespace cadex::parasolid {
@@ -25,7 +25,7 @@ namespace cadex::parasolid {
 /// An affine placement: rows of a 3 x 4 matrix, the last column in millimetres.
 using XtMatrix = std::array<double, 12>;
 
-using XtProperties = std::vector<std::pair<Base_UTF16String, Base_UTF16String>>;
+using XtProperties = brep::Texts;
 
 struct XtBody
 {

@@ -556,8 +556,11 @@ Node Nodes::At(int index) const
 double Node::Number(Field field, int place) const
 {
     const int slot = myLayout == nullptr ? Layout::Absent : myLayout->SlotOf(field);
-    const auto at = static_cast<std::size_t>(slot + place);
-    return slot == Layout::Absent || at >= myNumbers.size() ? Null : myNumbers[at];
+    if (slot == Layout::Absent || place < 0) {
+        return Null;
+    }
+    const std::size_t at = static_cast<std::size_t>(slot) + static_cast<std::size_t>(place);
+    return at < myNumbers.size() ? myNumbers[at] : Null;
 }
 
 int Node::Integer(Field field, int ifNull) const
@@ -585,9 +588,9 @@ std::span<const double> Node::All(Field field) const
     }
     const FieldLayout& layout = *myLayout->Find(field);
     const std::span<const double> rest = myNumbers.subspan(static_cast<std::size_t>(slot));
-    return layout.IsVariable()
-               ? rest
-               : rest.first(static_cast<std::size_t>(NumbersOf(layout.kind) * layout.Times()));
+    return layout.IsVariable() ? rest
+                               : rest.first(static_cast<std::size_t>(NumbersOf(layout.kind)) *
+                                            static_cast<std::size_t>(layout.Times()));
 }
 
 } // namespace cadex::parasolid

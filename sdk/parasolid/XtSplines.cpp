@@ -170,9 +170,8 @@ Handle(Spline) MakeCurve(const CurveParts& parts)
     parts.knots.CopyTo(knots, counts);
     const int degree = parts.knots.degree;
     const bool isPeriodic = parts.knots.isPeriodic;
-    const Handle(Spline) spline = parts.isRational
-                                      ? new Spline(poles, weights, knots, counts, degree, isPeriodic)
-                                      : new Spline(poles, knots, counts, degree, isPeriodic);
+    Handle(Spline) spline = parts.isRational ? new Spline(poles, weights, knots, counts, degree, isPeriodic)
+                                             : new Spline(poles, knots, counts, degree, isPeriodic);
     if (!IsClamped(parts.knots)) {
         Clamp(spline);
     }
@@ -232,7 +231,7 @@ Handle(Geom_BSplineSurface) MakeSplineSurface(const Nodes& nodes, const Node& su
     TColStd_Array1OfReal vKnots(1, v->Count());
     TColStd_Array1OfInteger vCounts(1, v->Count());
     v->CopyTo(vKnots, vCounts);
-    const Handle(Geom_BSplineSurface) spline =
+    Handle(Geom_BSplineSurface) spline =
         isRational ? new Geom_BSplineSurface(points, weights, uKnots, vKnots, uCounts, vCounts, u->degree,
                                              v->degree, u->isPeriodic, v->isPeriodic)
                    : new Geom_BSplineSurface(points, uKnots, vKnots, uCounts, vCounts, u->degree, v->degree,

@@ -1,52 +1,15 @@
 #include "sdk/solidworks/SldEngines.h"
 
-#include <iterator>
-
-#include "sdk/occt/EngineScope.h"
+#include "sdk/occt/FileReaderEngine.h"
 #include "sdk/solidworks/SldTree.h"
-#include "sdk/text/FileBytes.h"
 
 namespace cadex {
 namespace internal {
-namespace {
-
-class SolidWorksReaderEngine final : public ReaderEngine
-{
-public:
-    bool ReadFile(const std::filesystem::path& file, const Base_ReaderParameters&) override
-    {
-        std::string bytes;
-        return text::ReadBytes(file, bytes) && Load(bytes, text::StemOf(file));
-    }
-
-    bool ReadStream(std::istream& stream, const Base_ReaderParameters&) override
-    {
-        const std::string bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-        return !stream.bad() && Load(bytes, {});
-    }
-
-    bool Transfer(ModelData_Model& model) override
-    {
-        return occt::RunGuarded(occt::EngineUse::Geometry, [&] {
-            myFile.Build(model);
-            return true;
-        });
-    }
-
-private:
-    bool Load(const std::string& bytes, const Base_UTF16String& name)
-    {
-        return occt::RunGuarded(occt::EngineUse::Geometry, [&] { return myFile.Load(bytes, name); });
-    }
-
-    solidworks::SolidWorksFile myFile;
-};
-
-} // namespace
 
 void RegisterSolidWorksEngines(EngineRegistry& registry)
 {
-    registry.SetReader(Format::SolidWorks, [] { return std::make_unique<SolidWorksReaderEngine>(); });
+    registry.SetReader(Format::SolidWorks,
+                       [] { return std::make_unique<occt::FileReaderEngine<solidworks::SolidWorksFile>>(); });
 }
 
 } // namespace internal

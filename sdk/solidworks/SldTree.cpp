@@ -6,6 +6,7 @@
 #include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
+#include "sdk/brep/DescribedPart.h"
 #include "sdk/solidworks/SldContainer.h"
 #include "sdk/solidworks/SldExactBody.h"
 #include "sdk/solidworks/SldMeshes.h"
@@ -22,14 +23,6 @@ using internal::Reports;
 constexpr int Deepest = 100;
 /// An assembly that would unfold to more instances than this is left out.
 constexpr std::size_t MostUnfolded = 2'000'000;
-
-ModelData_Transformation TransformationOf(const Matrix& m)
-{
-    ModelData_Transformation result;
-    result.SetRotationPart(m[0], m[1], m[2], m[4], m[5], m[6], m[8], m[9], m[10]);
-    result.SetTranslationPart(m[3], m[7], m[11]);
-    return result;
-}
 
 Base_UTF16String TextOf(const std::string& utf8)
 {
@@ -183,7 +176,7 @@ ModelData_Assembly SolidWorksFile::AssemblyOf(const Model& model, const Base_UTF
             Reports::Add(Report::Kind::Repaired, "a component without a place stands as it was drawn");
         }
         assembly.AddInstance(
-            ModelData_Instance(element, TransformationOf(reference.placement), TextOf(reference.name)));
+            ModelData_Instance(element, brep::TransformationOf(reference.placement), TextOf(reference.name)));
     }
     mySizes[assembly.Impl()] = size;
     return assembly;
@@ -207,7 +200,7 @@ ModelData_Assembly SolidWorksFile::AssemblyOfComponents()
         // the last step of its path, without the assembly around it
         const std::size_t slash = component.name.rfind('/');
         const std::string name = component.name.substr(slash == std::string::npos ? 0 : slash + 1);
-        assembly.AddInstance(ModelData_Instance(part, TransformationOf(component.placement),
+        assembly.AddInstance(ModelData_Instance(part, brep::TransformationOf(component.placement),
                                                 TextOf(name.substr(0, name.find('@')))));
     }
     return assembly;

@@ -98,8 +98,36 @@ TEST(ParasolidReader, RingsOfAssembliesAreCut)
     Reports::Clear();
     const auto model = Read(xt.Text());
     ASSERT_TRUE(model);
-    EXPECT_EQ(TakeReason(), "an instance without a part or a placement that makes sense");
+    EXPECT_EQ(TakeReason(), "an instance without a part or a placement that makes sense, or of too many");
     EXPECT_EQ(cadex::test::TreeText(*model).text.find("assembly Assembly 1"), 0U);
+}
+
+/// Each level holds the next one ten times, and there are more levels than anything can walk down.
+TEST(ParasolidReader, AssembliesThatUnfoldWithoutEndAreCut)
+{
+    XtText xt;
+    int below = AddCylinderBody(xt, 0.001, 0.01);
+    for (int level = 0; level < 300; ++level) {
+        const int assembly = xt.Add(type::Assembly);
+        for (int i = 0; i < (level < 20 ? 10 : 1); ++i) {
+            AddInstance(xt, assembly, below, 0);
+        }
+        below = assembly;
+    }
+    Reports::Clear();
+    ASSERT_TRUE(Read(xt.Binary()));
+    EXPECT_NE(TakeReason(), "");
+    cadex::occt::RunGuarded(cadex::occt::EngineUse::Geometry, [&] {
+        const XtContents contents = ReadXt(xt.Binary());
+        std::vector<std::size_t> levels(contents.assemblies.size());
+        for (std::size_t i = 0; i < levels.size(); ++i) { // the one below comes first in this file
+            for (const XtInstance& instance : contents.assemblies[i].instances) {
+                levels[i] = 1 + (instance.element.isAssembly ? levels[instance.element.number] : 0);
+            }
+            EXPECT_LE(levels[i], 100U);
+        }
+        return true;
+    });
 }
 
 /// Several bodies in a partition: a wire, a sheet and a point beside a solid.
