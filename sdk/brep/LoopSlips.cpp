@@ -107,23 +107,27 @@ double LoopSlips::WayToSide(const Slip& slip) const
 
 bool LoopSlips::PutBack(std::vector<std::array<int, 3>>& triangles) const
 {
-    for (auto slip = mySlips.rbegin(); slip != mySlips.rend(); ++slip) {
-        bool isFound = false;
-        for (std::size_t i = 0; i < triangles.size() && !isFound; ++i) {
-            for (std::size_t k = 0; k < 3 && !isFound; ++k) {
-                const std::array<int, 3> triangle = triangles[i];
-                isFound = triangle[k] == slip->before && triangle[(k + 1) % 3] == slip->behind;
-                if (isFound) {
-                    triangles[i][(k + 1) % 3] = slip->node;
-                    triangles.push_back({slip->node, slip->behind, triangle[(k + 2) % 3]});
-                }
-            }
-        }
-        if (!isFound) {
+    for (std::size_t i = mySlips.size(); i-- > 0;) {
+        if (!PutBack(mySlips[i], triangles)) {
             return false;
         }
     }
     return true;
+}
+
+bool LoopSlips::PutBack(const Slip& slip, std::vector<std::array<int, 3>>& triangles)
+{
+    for (std::array<int, 3>& triangle : triangles) {
+        for (std::size_t k = 0; k < 3; ++k) {
+            if (triangle[k] == slip.before && triangle[(k + 1) % 3] == slip.behind) {
+                const int across = triangle[(k + 2) % 3];
+                triangle[(k + 1) % 3] = slip.node;
+                triangles.push_back({slip.node, slip.behind, across});
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 } // namespace cadex::brep

@@ -53,6 +53,7 @@ private:
         std::size_t index;
     };
 
+    static bool PutBack(const Slip& slip, std::vector<std::array<int, 3>>& triangles);
     static Slip SlipAt(const std::vector<int>& loop, std::size_t index);
     std::optional<Corner> CornerThatSlipped(const mesh::Delaunay::Loops& loops) const;
     bool DoSidesCross(int a, int b, int c, int d) const;
