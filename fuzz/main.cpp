@@ -6,7 +6,8 @@
 //     zemtar-fuzz NAME --runs 1000 [--seed 7]
 //     zemtar-fuzz all FOLDER --runs 100               all targets; each with the folder of its name in FOLDER
 //
-// What ends the process or takes more than a minute is kept as crash-NAME in the working folder.
+// What ends the process or takes more than a minute of the processor is kept as crash-NAME in the working
+// folder.
 #include <algorithm>
 #include <chrono>
 #include <csignal>
@@ -18,7 +19,7 @@
 #include <vector>
 
 #include <sys/resource.h>
-#include <unistd.h>
+#include <sys/time.h>
 
 #include "fuzz/Mutation.h"
 #include "fuzz/Target.h"
@@ -27,7 +28,7 @@ using namespace Zemtar::Fuzz;
 
 namespace {
 
-constexpr unsigned SecondsForOne = 60;
+constexpr int SecondsForOne = 60;
 constexpr rlim_t MostMemory = rlim_t{6} << 30;
 
 const std::string* atWork = nullptr;
@@ -47,9 +48,11 @@ void KeepAndEnd(int signal)
 void Feed(const Target& target, const std::string& bytes)
 {
     atWork = &bytes;
-    alarm(SecondsForOne);
+    itimerval limit = {{0, 0}, {SecondsForOne, 0}}; // of the processor, however busy the machine is
+    setitimer(ITIMER_PROF, &limit, nullptr);
     target.run(target, bytes);
-    alarm(0);
+    limit.it_value.tv_sec = 0;
+    setitimer(ITIMER_PROF, &limit, nullptr);
     atWork = nullptr;
 }
 
@@ -166,7 +169,7 @@ int main(int argc, char** argv)
     const rlimit memory = {MostMemory, MostMemory};
     setrlimit(RLIMIT_AS, &memory);
 #endif
-    for (const int signal : {SIGABRT, SIGALRM, SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
+    for (const int signal : {SIGABRT, SIGPROF, SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {
         std::signal(signal, KeepAndEnd);
     }
     for (const Target& target : Targets()) {

@@ -13,7 +13,7 @@ constexpr std::size_t WrapperSize = 24;
 
 Base_UTF16String Utf16At(std::string_view bytes, std::size_t at, std::size_t units)
 {
-    if (units > bytes.size() / 2 || !Has(bytes, at, units * 2)) {
+    if (units == 0 || units > bytes.size() / 2 || !Has(bytes, at, units * 2)) {
         return {};
     }
     std::vector<UTF16> text(units);

@@ -1,4 +1,6 @@
 // What the engine tells of its work, and when it forgets.
+#include <filesystem>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -9,6 +11,7 @@
 #include <cadex/JT_Reader.hxx>
 #include <cadex/JT_Writer.hxx>
 #include <cadex/ModelData_Model.hxx>
+#include <cadex/ModelData_Part.hxx>
 #include <cadex/STEP_Reader.hxx>
 #include <cadex/STEP_Writer.hxx>
 #include <cadex/internal/Reports.hxx>
@@ -76,6 +79,33 @@ TEST(Reports, EachFileBeginsAnewAndFailuresSayWhy)
     registry.SetReader(internal::Format::JT, {});
     EXPECT_FALSE(JT_Reader().ReadFile("x.jt"));
     EXPECT_EQ(Reports::Take().size(), 1U);
+    // an engine without a reason, and one that loses all it had
+    struct Engine : internal::ReaderEngine
+    {
+        explicit Engine(bool isRead) : myIsRead(isRead) {}
+        bool ReadFile(const std::filesystem::path&, const Base_ReaderParameters&) override
+        {
+            return myIsRead;
+        }
+        bool Transfer(ModelData_Model& model) override
+        {
+            Reports::Add(Report::Kind::LeftOut, "a body");
+            model.AddRoot(ModelData_Part("without a shape"));
+            return true;
+        }
+        bool myIsRead;
+    };
+    registry.SetReader(internal::Format::JT, [] { return std::make_unique<Engine>(false); });
+    EXPECT_FALSE(JT_Reader().ReadFile("x.jt"));
+    EXPECT_EQ(Reports::Take().at(0).text, "the engine gave up");
+    registry.SetReader(internal::Format::JT, [] { return std::make_unique<Engine>(true); });
+    JT_Reader reader;
+    ModelData_Model model;
+    model.AddRoot(ModelData_Part("of the caller's"));
+    EXPECT_TRUE(reader.ReadFile("x.jt"));
+    EXPECT_FALSE(reader.Transfer(model));
+    EXPECT_EQ(model.NumberOfRoots(), 1U);
+    EXPECT_EQ(Reports::Take().at(1).text, "nothing in the file can be shown");
     registry.SetReader(internal::Format::JT, before);
 
     Reports::Add(Report::Kind::Noted, "of the file before");
