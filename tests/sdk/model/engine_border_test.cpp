@@ -143,9 +143,12 @@ TEST(Formats, WithoutAnEngineFail)
     ModelData_Model model;
     EXPECT_FALSE(reader.ReadFile("part.prt"));
     EXPECT_FALSE(reader.Transfer(model));
+    EngineRegistry& registry = EngineRegistry::Instance();
+    const internal::WriterFactory before = registry.SetWriter(Format::JT, {});
     JT_Writer writer;
     EXPECT_FALSE(writer.Transfer(model));
     EXPECT_FALSE(writer.WriteFile("part.jt"));
+    registry.SetWriter(Format::JT, before);
 }
 
 } // namespace
