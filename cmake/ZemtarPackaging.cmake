@@ -1,11 +1,11 @@
 # What a desktop wants beside the programs, and the Debian package (`./dev package`).
 
 set(packaging "${CMAKE_CURRENT_SOURCE_DIR}/packaging")
-foreach(text zemtar-cad.1 zemtar-viewer.1 org.zemtar.Viewer.metainfo.xml)
+foreach(text zemtar-cad.1 zemtar-viewer.1 zemtar-thumbnailer.1 org.zemtar.Viewer.metainfo.xml)
     configure_file("${packaging}/${text}.in" "${CMAKE_CURRENT_BINARY_DIR}/packaging/${text}" @ONLY)
 endforeach()
 set(made "${CMAKE_CURRENT_BINARY_DIR}/packaging")
-install(FILES "${made}/zemtar-cad.1" "${made}/zemtar-viewer.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+install(FILES "${made}/zemtar-cad.1" "${made}/zemtar-viewer.1" "${made}/zemtar-thumbnailer.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 install(FILES "${packaging}/zemtar-cad.bash" RENAME zemtar-cad
     DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
 if(NOT APPLE)

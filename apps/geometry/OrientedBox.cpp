@@ -33,8 +33,8 @@ std::vector<Point2> Hull(std::vector<Point2> points)
         add(p, 0);
     }
     const std::size_t lower = hull.size() - 1;
-    for (auto p = points.rbegin(); p != points.rend(); ++p) {
-        add(*p, lower);
+    for (std::size_t i = points.size(); i-- > 0;) {
+        add(points[i], lower);
     }
     hull.pop_back();
     return hull;

@@ -19,6 +19,7 @@ constexpr int PickSide = 9;           ///< pixels around the cursor that count
 constexpr double SmallestFull = 0.25; ///< pixels; what is smaller does not show
 constexpr double SmallestQuick = 1.5;
 constexpr int OutlineWidth = 2;              ///< pixels
+constexpr double OutlineLimit = 400.0;       ///< milliseconds, of a full picture
 constexpr double QuickAim = 40.0;            ///< milliseconds
 constexpr std::uint64_t LeastBudget = 20000; ///< triangles
 
@@ -58,7 +59,7 @@ public:
     }
     void BuildList(DrawList& target, const Frame& frame, const QMatrix4x4& projection, double height,
                    double smallest, std::uint64_t budget) const;
-    void DrawOutline(const RenderTarget& target, const Frame& frame, int width);
+    void DrawOutline(const RenderTarget& target, const Frame& frame, int width, double milliseconds);
     void FinishPicture(const RenderTarget& source);
 
     GpuScene::Gl& gl;
@@ -239,7 +240,7 @@ bool Renderer::Continue(double milliseconds)
     const double budget = std::max(self.trianglesPerMillisecond * milliseconds, 1.0);
     const bool complete = self.painter.Draw(self.list, self.scene, static_cast<std::uint64_t>(budget));
     if (complete) {
-        self.DrawOutline(self.samples, self.growingFrame, OutlineWidth);
+        self.DrawOutline(self.samples, self.growingFrame, OutlineWidth, OutlineLimit);
         if (self.growingFrame.axes) {
             self.axes.Draw(self.growingFrame.camera.View(self.origin), self.samples.Size());
         }
@@ -284,7 +285,7 @@ void Renderer::DrawQuick(const Frame& frame)
     self.painter.Draw(self.list, self.scene, std::numeric_limits<std::uint32_t>::max());
     Frame half = frame;
     half.size = size;
-    self.DrawOutline(self.quick, half, 1);
+    self.DrawOutline(self.quick, half, 1, QuickAim);
     if (frame.axes) {
         self.axes.Draw(frame.camera.View(self.origin), size);
     }
@@ -300,7 +301,8 @@ void Renderer::DrawQuick(const Frame& frame)
     }
 }
 
-void Renderer::Implementation::DrawOutline(const RenderTarget& target, const Frame& frame, int width)
+void Renderer::Implementation::DrawOutline(const RenderTarget& target, const Frame& frame, int width,
+                                           double milliseconds)
 {
     if (!model || frame.selection.IsEmpty()) {
         return;
@@ -316,7 +318,10 @@ void Renderer::Implementation::DrawOutline(const RenderTarget& target, const Fra
     const QMatrix4x4 projection = Projection(frame);
     Frame plain = frame;
     plain.edges = false;
-    BuildList(selectionList, plain, projection, frame.size.height(), SmallestFull, 0);
+    // Of a selection that is too large for the time, the largest instances make the outline.
+    const double budget = std::max(trianglesPerMillisecond * milliseconds, 1.0);
+    BuildList(selectionList, plain, projection, frame.size.height(), SmallestFull,
+              static_cast<std::uint64_t>(budget));
     painter.Start(selectionList, plain, origin, projection);
     outline.Draw(target.Name(), frame.size, frame.highlight, width,
                  [&] { painter.DrawMask(selectionList, scene); });

@@ -2,6 +2,8 @@
 
 #include <QPainter>
 
+#include <algorithm>
+
 Annotations::Annotations(QWidget* parent, Project project) : QWidget(parent), m_project(std::move(project))
 {
     setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -25,6 +27,11 @@ void Annotations::DrawLabel(QPainter& painter, const QPointF& place, const QStri
     QRectF box = fontMetrics().boundingRect(text);
     box.moveCenter(place);
     box.adjust(-2 * margin, -margin, 2 * margin, margin);
+    // Within the view as far as it has room.
+    box.moveRight(std::min(box.right(), width() - 1.0));
+    box.moveLeft(std::max(box.left(), 1.0));
+    box.moveBottom(std::min(box.bottom(), height() - 1.0));
+    box.moveTop(std::max(box.top(), 1.0));
     painter.setPen(palette().color(QPalette::Mid));
     painter.setBrush(palette().color(QPalette::ToolTipBase));
     painter.drawRoundedRect(box, margin, margin);

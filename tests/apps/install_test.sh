@@ -60,6 +60,11 @@ version=$("$cad" --version)
 grep -q "${version#zemtar-cad }" "$(find "$prefix" -name 'zemtar-cad.1')" || fail "the manual page is of another version"
 "$cad" import "$source/examples/pump.step" --preview "$scratch/pump.png" >/dev/null 2>"$scratch/log" ||
     grep -q OpenGL "$scratch/log" || { cat "$scratch/log" >&2; fail "the renderer is not found"; }
+entry=$(find "$prefix" -path '*thumbnailers/org.zemtar.Viewer.thumbnailer')
+if [[ $(uname) == Linux ]]; then
+    thumbnailer=$(sed -n 's/^TryExec=//p' "$entry")
+    [[ $("$prefix/bin/$thumbnailer" --version) == "$thumbnailer ${version#zemtar-cad }" ]] || fail "no thumbnailer"
+fi
 if command -v readelf >/dev/null && readelf -d "$cad" | grep -E 'NEEDED.*(OpenGL|Widgets)'; then
     fail "zemtar-cad links what only windows and pictures need"
 fi
