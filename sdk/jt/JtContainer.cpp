@@ -71,8 +71,7 @@ void UnpackLzma(std::string_view packed, std::string& unpacked, Budget& budget)
     UnpackBy(step, unpacked, budget);
 }
 
-} // namespace
-
+/// A whole zlib stream, whose unpacked size is not told.
 void Inflate(std::string_view packed, std::string& unpacked, Budget& budget)
 {
     z_stream stream{};
@@ -100,6 +99,8 @@ void Inflate(std::string_view packed, std::string& unpacked, Budget& budget)
     };
     UnpackBy(step, unpacked, budget);
 }
+
+} // namespace
 
 Container::Container(std::string bytes) : myBytes(std::move(bytes))
 {

@@ -63,7 +63,4 @@ private:
     const Segment* mySceneGraph = nullptr;
 };
 
-/// Unpacks a whole zlib stream into `unpacked`, as far as the budget of bytes goes.
-void Inflate(std::string_view packed, std::string& unpacked, Budget& budget);
-
 } // namespace cadex::jt

@@ -6,11 +6,11 @@
 #include <numeric>
 #include <string>
 
-#include "sdk/jt/JtContainer.h"
 #include "sdk/jt/JtElements.h"
 #include "sdk/jt/JtTopology.h"
 #include "sdk/jt/JtVertices.h"
 #include "sdk/mesh/Polygons.h"
+#include "sdk/text/Inflate.h"
 
 namespace cadex::jt {
 
@@ -116,17 +116,24 @@ VertexTable ReadExactVertices(Bytes& in, const Bindings& bindings, Budget& budge
 {
     const std::int32_t size = in.I32();
     const std::int32_t packedSize = in.I32(); // negative where it did not pay
+    if (size < 0) {
+        throw Unreadable("the vertices of a shape are damaged");
+    }
     std::string storage;
     std::string_view raw;
     if (packedSize > 0) {
-        Inflate(in.Take(static_cast<std::size_t>(packedSize)), storage, budget);
-        raw = storage;
+        const std::string_view packed = in.Take(static_cast<std::size_t>(packedSize));
+        budget.Take(static_cast<std::size_t>(size));
+        if (text::CanInflateTo(packed, static_cast<std::size_t>(size))) {
+            storage.resize(static_cast<std::size_t>(size));
+            raw = text::Inflate(packed, text::Packing::Zlib, storage) ? std::string_view(storage) : raw;
+        }
     } else {
         raw = in.Take(static_cast<std::size_t>(-static_cast<std::int64_t>(packedSize)));
     }
     const std::size_t before = (bindings.hasUvs ? 2 : 0) + (bindings.hasColours ? 3 : 0);
     const std::size_t each = (before + (bindings.hasNormals ? 6 : 3)) * sizeof(float);
-    if (size < 0 || raw.size() != static_cast<std::size_t>(size) || raw.size() % each != 0) {
+    if (raw.size() != static_cast<std::size_t>(size) || raw.size() % each != 0) {
         throw Unreadable("the vertices of a shape are damaged");
     }
     const std::size_t count = raw.size() / each;
