@@ -176,7 +176,9 @@ void CompoundFile::ReadDirectory()
     mySmallSectors = Chain(entries[0].stream.first, entries[0].stream.size);
     const std::string smallTable = Chain(U32(myBytes, 60), Whole);
     myNextSmall.resize(smallTable.size() / 4);
-    std::memcpy(myNextSmall.data(), smallTable.data(), myNextSmall.size() * 4);
+    for (std::size_t i = 0; i < myNextSmall.size(); ++i) {
+        myNextSmall[i] = U32(smallTable, 4 * i);
+    }
 
     std::vector<std::pair<std::uint32_t, std::string>> open{{entries[0].child, std::string()}};
     std::vector<bool> seen(entries.size());
