@@ -260,8 +260,9 @@ bool JtWriter::WriteFiles(const std::filesystem::path& file)
                 target.Commit();
     if (!isWritten) {
         std::error_code ignored;
-        for (auto path = made.rbegin(); path != made.rend(); ++path) {
-            std::filesystem::remove(*path, ignored);
+        std::reverse(made.begin(), made.end()); // the folder last
+        for (const std::filesystem::path& path : made) {
+            std::filesystem::remove(path, ignored);
         }
     }
     return isWritten;
