@@ -11,6 +11,7 @@ namespace {
 std::vector<std::string> BytesOfAll(const std::vector<cadex::test::Seed>& seeds)
 {
     std::vector<std::string> bytes;
+    bytes.reserve(seeds.size());
     for (const cadex::test::Seed& seed : seeds) {
         bytes.push_back(seed.bytes);
     }

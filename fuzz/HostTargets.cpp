@@ -149,6 +149,7 @@ void RunMerge(const Target&, std::string_view bytes)
                                                  nullptr);
     std::map<std::array<double, 8>, unsigned> kept; // 0.0 and -0.0 are one key
     std::vector<unsigned> place;
+    place.reserve(given.size());
     for (const auto& vertex : given) {
         place.push_back(kept.try_emplace(vertex, static_cast<unsigned>(kept.size())).first->second);
     }
