@@ -104,12 +104,12 @@ double Total[2] = {0, 0};
 void Compare(const std::string& name, const TopoDS_Shape& shape)
 {
     const occt::OcctBRep kernelBody(shape);
-    const brep::DescribedBRep ownBody(brep::DescriptionOf(shape));
+    const brep::Description description = brep::DescriptionOf(shape);
     Result kernel;
     Result own;
     for (int round = 0; round < Rounds; ++round) {
         Run(kernelBody, Tolerances, kernel);
-        Run(ownBody, Tolerances, own);
+        Run(brep::DescribedBRep(description), Tolerances, own); // a new one resolves its faces
     }
     GProp_GProps area;
     GProp_GProps volume;
@@ -177,12 +177,12 @@ void CompareThreads(int count)
         builder.Add(row, BRepPrimAPI_MakeTorus(axis, 40, 5).Shape());
         builder.Add(row, BRepPrimAPI_MakeCone(axis, 10, 5, 30).Shape());
     }
-    const brep::DescribedBRep body(brep::DescriptionOf(row));
+    const brep::Description description = brep::DescriptionOf(row);
     Result results[2];
     for (int run = 0; run < 2 * Rounds; ++run) {
         occt::MeshTolerances tolerances = Tolerances;
         tolerances.parallel = run % 2 == 1;
-        Run(body, tolerances, results[run % 2]);
+        Run(brep::DescribedBRep(description), tolerances, results[run % 2]);
     }
     const bool isSame = results[0].measures.triangles == results[1].measures.triangles &&
                         results[0].measures.volume == results[1].measures.volume;
