@@ -16,7 +16,7 @@ using namespace Zemtar;
 namespace {
 
 /// Lines of one file's reports before the rest is only counted.
-constexpr std::size_t kShownReports = 5;
+constexpr std::size_t ShownReports = 5;
 
 /// The engine's own reason for a failure: what it refused.
 QString RefusalOf(const std::vector<EngineReport>& reports)
@@ -103,7 +103,7 @@ void TellReports(const QString& file, const std::vector<EngineReport>& reports, 
     std::size_t kept = 0;
     for (const EngineReport& report : reports) {
         const bool isLoss = report.kind == "refused" || report.kind == "left out";
-        if (console.verbose || (isLoss && shown < kShownReports)) {
+        if (console.verbose || (isLoss && shown < ShownReports)) {
             console.Warn(QStringLiteral("%1: %2").arg(file, report.Line()));
             ++shown;
         } else {

@@ -33,10 +33,10 @@ namespace {
 template <class Number, std::size_t Width, class Fill, class Sink>
 void StreamElements(std::uint64_t count, const Fill& fill, const Sink& sink)
 {
-    constexpr std::size_t blockSize = 8192; // longer than the file's own buffer, which is passed over then
-    std::array<Number, Width * blockSize> block{};
-    for (std::uint64_t start = 0; start < count; start += blockSize) {
-        const std::size_t length = std::min<std::uint64_t>(blockSize, count - start);
+    constexpr std::size_t BlockSize = 8192; // longer than the file's own buffer, which is passed over then
+    std::array<Number, Width * BlockSize> block{};
+    for (std::uint64_t start = 0; start < count; start += BlockSize) {
+        const std::size_t length = std::min<std::uint64_t>(BlockSize, count - start);
         for (std::size_t i = 0; i < length; ++i) {
             fill(static_cast<std::uint32_t>(start + i), block.data() + Width * i);
         }
@@ -54,8 +54,8 @@ void StreamIndices(const ShapeView& shape, bool lines, const Sink& sink)
             return;
         }
     }
-    constexpr std::size_t blockSize = 24576; // whole triangles and whole segments
-    std::array<Index, blockSize> block{};
+    constexpr std::size_t BlockSize = 24576; // whole triangles and whole segments
+    std::array<Index, BlockSize> block{};
     std::size_t length = 0;
     const auto flush = [&] {
         sink(block.data(), length * sizeof(Index));
@@ -65,7 +65,7 @@ void StreamIndices(const ShapeView& shape, bool lines, const Sink& sink)
         shape.ForEachSegment([&](std::uint32_t a, std::uint32_t b) {
             block[length++] = static_cast<Index>(a);
             block[length++] = static_cast<Index>(b);
-            if (length == blockSize) {
+            if (length == BlockSize) {
                 flush();
             }
         });
@@ -74,7 +74,7 @@ void StreamIndices(const ShapeView& shape, bool lines, const Sink& sink)
             block[length++] = static_cast<Index>(a);
             block[length++] = static_cast<Index>(b);
             block[length++] = static_cast<Index>(c);
-            if (length == blockSize) {
+            if (length == BlockSize) {
                 flush();
             }
         });

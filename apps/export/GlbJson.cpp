@@ -34,10 +34,10 @@ std::string Quoted(const std::string& text)
             quoted += '\\';
             quoted += character;
         } else if (static_cast<unsigned char>(character) < 0x20) {
-            constexpr char digits[] = "0123456789abcdef";
+            constexpr char Digits[] = "0123456789abcdef";
             quoted += "\\u00";
-            quoted += digits[static_cast<unsigned char>(character) >> 4U];
-            quoted += digits[static_cast<unsigned char>(character) & 15U];
+            quoted += Digits[static_cast<unsigned char>(character) >> 4U];
+            quoted += Digits[static_cast<unsigned char>(character) & 15U];
         } else {
             quoted += character;
         }

@@ -57,14 +57,14 @@ private:
     /// What the lines take in files as they are.
     std::uint64_t RoughSize() const
     {
-        constexpr std::uint64_t vertexBytes = 28;
-        constexpr std::uint64_t faceBytes = 32;
+        constexpr std::uint64_t VertexBytes = 28;
+        constexpr std::uint64_t FaceBytes = 32;
         std::uint64_t size = 0;
         for (const ScenePart& part : m_scene.Parts()) {
             if (part.shape != ScenePart::None) {
                 const ShapeView& shape = m_scene.ShapeOf(part);
-                size += vertexBytes * (shape.HasNormals() ? 2U : 1U) * shape.VertexCount() +
-                        faceBytes * shape.TriangleCount();
+                size += VertexBytes * (shape.HasNormals() ? 2U : 1U) * shape.VertexCount() +
+                        FaceBytes * shape.TriangleCount();
             }
         }
         return size;

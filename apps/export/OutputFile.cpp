@@ -23,10 +23,10 @@ constexpr int MostNames = 100; // that are tried
 /// The file that a chain of links leads to, there or not yet.
 std::string Resolved(const std::string& target)
 {
-    constexpr int longestChain = 40;
+    constexpr int LongestChain = 40;
     std::error_code error;
     fs::path path(target);
-    for (int i = 0; i < longestChain && fs::is_symlink(fs::symlink_status(path, error)); ++i) {
+    for (int i = 0; i < LongestChain && fs::is_symlink(fs::symlink_status(path, error)); ++i) {
         const fs::path next = fs::read_symlink(path, error);
         if (error) {
             break;

@@ -27,9 +27,9 @@ ShapeView::ShapeView(const CZemtarGeometry& geometry, const CZemtarTextureCoordi
 
 void ShapeView::InspectVertices()
 {
-    constexpr double infinity = std::numeric_limits<double>::infinity();
-    std::array<double, 3> low{infinity, infinity, infinity};
-    std::array<double, 3> high{-infinity, -infinity, -infinity};
+    constexpr double Infinity = std::numeric_limits<double>::infinity();
+    std::array<double, 3> low{Infinity, Infinity, Infinity};
+    std::array<double, 3> high{-Infinity, -Infinity, -Infinity};
     bool any = false;
     for (std::uint32_t i = 0; i < m_vertices; ++i) {
         const double* place = m_places + std::size_t{3} * i;

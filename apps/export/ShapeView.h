@@ -54,9 +54,9 @@ public:
     /// Texture coordinates, zero where they are no numbers.
     std::array<double, 2> Coordinate(std::uint32_t vertex) const
     {
-        constexpr double farthest = 1e30;
+        constexpr double Farthest = 1e30;
         const double* uv = m_coordinates + std::size_t{2} * vertex;
-        return {std::abs(uv[0]) < farthest ? uv[0] : 0.0, std::abs(uv[1]) < farthest ? uv[1] : 0.0};
+        return {std::abs(uv[0]) < Farthest ? uv[0] : 0.0, std::abs(uv[1]) < Farthest ? uv[1] : 0.0};
     }
 
     /// The triangles' corners in a row, where nothing is left out or cut; else null.
@@ -71,9 +71,9 @@ public:
 private:
     static bool IsPlace(const double* place)
     {
-        constexpr double farthest = 1e15; // beyond, single precision has no room for a model
-        return std::abs(place[0]) < farthest && std::abs(place[1]) < farthest &&
-               std::abs(place[2]) < farthest;
+        constexpr double Farthest = 1e15; // beyond, single precision has no room for a model
+        return std::abs(place[0]) < Farthest && std::abs(place[1]) < Farthest &&
+               std::abs(place[2]) < Farthest;
     }
     bool IsUsable(std::uint32_t vertex) const
     {

@@ -4,8 +4,8 @@
 
 ClosedSurface::ClosedSurface(const double* places, std::size_t count) : m_places(places)
 {
-    constexpr std::size_t most = 4'000'000; // 32 MB
-    if (count <= most) {
+    constexpr std::size_t Most = 4'000'000; // 32 MB
+    if (count <= Most) {
         m_table.resize(count);
         for (std::size_t i = 0; i < count; ++i) {
             m_table[i] = HashOf(places + 3 * i);

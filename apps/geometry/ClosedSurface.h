@@ -35,11 +35,11 @@ private:
     }
     static std::uint64_t SumOfSides(std::uint64_t a, std::uint64_t b, std::uint64_t c)
     {
-        constexpr std::uint64_t half = 0xFFFFFFFFU;
+        constexpr std::uint64_t Half = 0xFFFFFFFFU;
         const std::uint64_t p = a >> 32U;
         const std::uint64_t q = b >> 32U;
         const std::uint64_t r = c >> 32U;
-        return (a & half) * (q - r) + (b & half) * (r - p) + (c & half) * (p - q);
+        return (a & Half) * (q - r) + (b & Half) * (r - p) + (c & Half) * (p - q);
     }
 
     const double* m_places;

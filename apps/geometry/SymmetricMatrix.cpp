@@ -6,10 +6,10 @@
 std::array<Vec3, 3> SymmetricMatrix::Axes(std::array<double, 3>* values) const
 {
     // NOTE: the cyclic Jacobi method (Golub and Van Loan, Matrix Computations, 8.5).
-    constexpr int sweeps = 12;
+    constexpr int Sweeps = 12;
     auto a = m_rows;
     std::array<std::array<double, 3>, 3> v{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
-    for (int sweep = 0; sweep < sweeps; ++sweep) {
+    for (int sweep = 0; sweep < Sweeps; ++sweep) {
         for (std::size_t p = 0; p < 2; ++p) {
             for (std::size_t q = p + 1; q < 3; ++q) {
                 if (a[p][q] == 0.0) {

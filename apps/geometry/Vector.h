@@ -41,8 +41,8 @@ inline bool IsFinite(const Vec3& v)
 /// Vertices elsewhere count as damaged.
 inline bool IsPlace(const Vec3& point)
 {
-    constexpr double farthest = 1e15;
-    return std::abs(point.x) < farthest && std::abs(point.y) < farthest && std::abs(point.z) < farthest;
+    constexpr double Farthest = 1e15;
+    return std::abs(point.x) < Farthest && std::abs(point.y) < Farthest && std::abs(point.z) < Farthest;
 }
 
 /// A box along the axes; empty until a point is added.

@@ -17,7 +17,7 @@ using namespace Zemtar;
 namespace {
 
 /// Quality of the formats that lose detail.
-constexpr int kQuality = 92;
+constexpr int SaveQuality = 92;
 
 struct WriterFormat
 {
@@ -28,14 +28,14 @@ struct WriterFormat
 };
 
 /// The formats that are offered, as far as a writer of this machine has them; EXR is the library's own.
-constexpr WriterFormat kFormats[] = {
+constexpr WriterFormat AllFormats[] = {
     {"png", QT_TRANSLATE_NOOP("ImageFile", "PNG, lossless"), true, -1},
-    {"jpg", QT_TRANSLATE_NOOP("ImageFile", "JPEG, small"), false, kQuality},
-    {"jpeg", QT_TRANSLATE_NOOP("ImageFile", "JPEG, small"), false, kQuality},
+    {"jpg", QT_TRANSLATE_NOOP("ImageFile", "JPEG, small"), false, SaveQuality},
+    {"jpeg", QT_TRANSLATE_NOOP("ImageFile", "JPEG, small"), false, SaveQuality},
     {"exr", QT_TRANSLATE_NOOP("ImageFile", "OpenEXR, high dynamic range"), true, -1},
     {"tif", QT_TRANSLATE_NOOP("ImageFile", "TIFF, lossless"), true, -1},
     {"tiff", QT_TRANSLATE_NOOP("ImageFile", "TIFF, lossless"), true, -1},
-    {"webp", QT_TRANSLATE_NOOP("ImageFile", "WebP, small"), true, kQuality},
+    {"webp", QT_TRANSLATE_NOOP("ImageFile", "WebP, small"), true, SaveQuality},
     {"bmp", QT_TRANSLATE_NOOP("ImageFile", "Windows bitmap"), false, -1},
     {"ppm", QT_TRANSLATE_NOOP("ImageFile", "Portable pixmap"), false, -1},
 };
@@ -59,7 +59,7 @@ QString SuffixOf(const QString& file)
 const WriterFormat* FormatOf(const QString& file)
 {
     const QByteArray suffix = SuffixOf(file).toLatin1();
-    for (const WriterFormat& format : kFormats) {
+    for (const WriterFormat& format : AllFormats) {
         if (suffix == format.suffix) {
             return suffix == "exr" || QImageWriter::supportedImageFormats().contains(suffix) ? &format
                                                                                              : nullptr;
@@ -234,7 +234,7 @@ QString WritableImages()
 QStringList WritableImageSuffixes()
 {
     QStringList suffixes;
-    for (const WriterFormat& format : kFormats) {
+    for (const WriterFormat& format : AllFormats) {
         if (FormatOf(QStringLiteral("a.") + format.suffix) != nullptr) {
             suffixes.append(QString::fromLatin1(format.suffix));
         }

@@ -12,7 +12,7 @@ struct ImageFile
     QString highRange{}; ///< The file's own name when it is HDR or EXR: `image` is then tone-mapped.
 };
 
-/// Reads any format that the library reads. Nothing is read whose header claims more than kMostPixels.
+/// Reads any format that the library reads. Nothing is read whose header claims more than MostPixels.
 ImageFile ReadImageFile(const QString& file);
 
 /// Writes a picture in the format of the name's suffix; the file appears when it is whole. EXR is written

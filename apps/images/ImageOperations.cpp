@@ -28,8 +28,8 @@ struct FileForm
     const char* suffix;
     int quality; ///< Of the file that is handed in: pictures in memory are worth no compression.
 };
-constexpr FileForm kOpaqueForm = {"bmp", -1};
-constexpr FileForm kAlphaForm = {"png", 100};
+constexpr FileForm OpaqueForm = {"bmp", -1};
+constexpr FileForm AlphaForm = {"png", 100};
 
 /// Runs `write(in, out)`, an operation that reads one file and writes another, on a picture in memory.
 template <typename Write>
@@ -49,8 +49,7 @@ ImageOutcome ThroughFiles(const QImage& image, const FileForm& form, Write write
 template <typename Write>
 ImageOutcome ThroughFiles(const QImage& image, Write write)
 {
-    return ThroughFiles(image, image.hasAlphaChannel() || IsDeepImage(image) ? kAlphaForm : kOpaqueForm,
-                        write);
+    return ThroughFiles(image, image.hasAlphaChannel() || IsDeepImage(image) ? AlphaForm : OpaqueForm, write);
 }
 
 /// The picture with 8 bits a channel.
@@ -78,7 +77,7 @@ ImageOutcome NormalMap(const ImageInput& input, const ImageValues& values)
 {
     // The map is opaque and does not look at alpha.
     ImageOutcome outcome =
-        ThroughFiles(input.image, kOpaqueForm, [&](const CZemtarString& in, const CZemtarString& out) {
+        ThroughFiles(input.image, OpaqueForm, [&](const CZemtarString& in, const CZemtarString& out) {
             ZemtarImage::NormalMapFromTexture(in, out, values[0], values[1] != 0);
         });
     // The library's red points up and its green to the left.
@@ -106,7 +105,7 @@ ImageOutcome TurnGreen(const ImageInput& input, const ImageValues& /*values*/)
 ImageOutcome TileableNormalMap(const ImageInput& input, const ImageValues& values)
 {
     ImageOutcome outcome =
-        ThroughFiles(input.image, kAlphaForm, [](const CZemtarString& in, const CZemtarString& out) {
+        ThroughFiles(input.image, AlphaForm, [](const CZemtarString& in, const CZemtarString& out) {
             ZemtarImage::GenerateNormalFromTexture(in, out);
         });
     const bool isUp = values[0] == 0; // the library's green points down
@@ -115,7 +114,7 @@ ImageOutcome TileableNormalMap(const ImageInput& input, const ImageValues& value
 
 ImageOutcome ToneMap(const ImageInput& input, const ImageValues& /*values*/)
 {
-    return ThroughFiles(input.image, kAlphaForm, [&](const CZemtarString& in, const CZemtarString& out) {
+    return ThroughFiles(input.image, AlphaForm, [&](const CZemtarString& in, const CZemtarString& out) {
         const CZemtarString file =
             input.highRange.isEmpty() ? ZemtarImage::ConvertToExr(in, out, false) : ToHost(input.highRange);
         ZemtarImage::ConvertHdrToPng(file, out);
@@ -211,7 +210,7 @@ ImageOutcome Border(const ImageInput& input, const ImageValues& values)
 
 ImageOutcome Canvas(const ImageInput& input, const ImageValues& values)
 {
-    return ThroughFiles(input.image, kAlphaForm, [&](const CZemtarString& in, const CZemtarString& out) {
+    return ThroughFiles(input.image, AlphaForm, [&](const CZemtarString& in, const CZemtarString& out) {
         const QColor colour(static_cast<int>(values[3]), static_cast<int>(values[4]),
                             static_cast<int>(values[5]));
         ZemtarImage::ResizeImage(in, out, static_cast<int>(values[0]), static_cast<int>(values[1]),
@@ -241,144 +240,146 @@ ImageOutcome Mark(const ImageInput& input, const ImageValues& values)
 
 #define TEXT(text) QT_TRANSLATE_NOOP("ImageOperations", text)
 
-constexpr double kMostSide = 16384;
-constexpr const char* kInvertHelp = TEXT("Turns dark to high instead of light");
+constexpr double MostSide = 16384;
+constexpr const char* InvertHelp = TEXT("Turns dark to high instead of light");
 
-constexpr ImageParameter kNormalMap[] = {
+constexpr ImageParameter NormalMapParameters[] = {
     {ImageParameter::Number, TEXT("Strength"), TEXT("Height of the relief"), 0.1, 100, 10},
-    {ImageParameter::Switch, TEXT("Invert"), kInvertHelp, 0, 1, 0},
+    {ImageParameter::Switch, TEXT("Invert"), InvertHelp, 0, 1, 0},
     {ImageParameter::Choice, TEXT("Directions"),
      TEXT("Plain: red up, green left. OpenGL: red right, green up. DirectX: red right, green down"), 0, 2, 0,
      TEXT("Plain|OpenGL|DirectX")},
 };
-constexpr ImageParameter kTileableNormalMap[] = {
+constexpr ImageParameter TileableNormalMapParameters[] = {
     {ImageParameter::Choice, TEXT("Green channel"), TEXT("Points up for OpenGL, down for DirectX"), 0, 1, 1,
      TEXT("OpenGL|DirectX")},
 };
-constexpr ImageParameter kHeightMap[] = {
+constexpr ImageParameter HeightMapParameters[] = {
     {ImageParameter::Number, TEXT("Scale"), TEXT("Factor of the brightness; 50 keeps it"), 0, 200, 50},
     {ImageParameter::Number, TEXT("Contrast"), TEXT("About middle grey; 25 keeps it"), 0, 100, 25},
-    {ImageParameter::Switch, TEXT("Invert"), kInvertHelp, 0, 1, 0},
+    {ImageParameter::Switch, TEXT("Invert"), InvertHelp, 0, 1, 0},
 };
-constexpr ImageParameter kBloom[] = {
+constexpr ImageParameter BloomParameters[] = {
     {ImageParameter::Whole, TEXT("Radius"), TEXT("Of the blur; 0 leaves the copy sharp"), 0, 18, 5},
     {ImageParameter::Whole, TEXT("Brightness"), TEXT("Added to the blurred copy"), 0, 255, 40},
     {ImageParameter::Whole, TEXT("Opacity"), TEXT("Of the blurred copy; 256 is whole"), 0, 256, 128},
 };
-constexpr ImageParameter kAmount[] = {
+constexpr ImageParameter AmountParameters[] = {
     {ImageParameter::Whole, TEXT("Amount"), TEXT("Added to the channels; 0 changes nothing"), -255, 255, 40},
 };
-constexpr ImageParameter kScale[] = {
-    {ImageParameter::Width, TEXT("Width"), TEXT("In pixels"), 1, kMostSide, 0},
-    {ImageParameter::Height, TEXT("Height"), TEXT("In pixels"), 1, kMostSide, 0},
+constexpr ImageParameter ScaleParameters[] = {
+    {ImageParameter::Width, TEXT("Width"), TEXT("In pixels"), 1, MostSide, 0},
+    {ImageParameter::Height, TEXT("Height"), TEXT("In pixels"), 1, MostSide, 0},
     {ImageParameter::Switch, TEXT("Keep proportions"), TEXT("Fits into the size, not stretched"), 0, 1, 1},
 };
-constexpr ImageParameter kCrop[] = {
-    {ImageParameter::Width, TEXT("Width"), TEXT("Of the part, in pixels"), 1, kMostSide, 0},
-    {ImageParameter::Height, TEXT("Height"), TEXT("Of the part, in pixels"), 1, kMostSide, 0},
-    {ImageParameter::Whole, TEXT("Left"), TEXT("First column"), -kMostSide, kMostSide, 0},
-    {ImageParameter::Whole, TEXT("Top"), TEXT("First row"), -kMostSide, kMostSide, 0},
+constexpr ImageParameter CropParameters[] = {
+    {ImageParameter::Width, TEXT("Width"), TEXT("Of the part, in pixels"), 1, MostSide, 0},
+    {ImageParameter::Height, TEXT("Height"), TEXT("Of the part, in pixels"), 1, MostSide, 0},
+    {ImageParameter::Whole, TEXT("Left"), TEXT("First column"), -MostSide, MostSide, 0},
+    {ImageParameter::Whole, TEXT("Top"), TEXT("First row"), -MostSide, MostSide, 0},
 };
-constexpr ImageParameter kFlip[] = {
+constexpr ImageParameter FlipParameters[] = {
     {ImageParameter::Choice, TEXT("Direction"), TEXT("Which sides change places"), 0, 1, 0,
      TEXT("Left and right|Top and bottom")},
 };
-constexpr ImageParameter kFade[] = {
+constexpr ImageParameter FadeParameters[] = {
     // At 1 the library makes the picture wholly transparent.
     {ImageParameter::Number, TEXT("Opacity"), TEXT("Factor of the alpha channel"), 0, 0.99, 0.5},
 };
-constexpr ImageParameter kBorder[] = {
+constexpr ImageParameter BorderParameters[] = {
     {ImageParameter::Whole, TEXT("Width"), TEXT("Of the line; half of it falls outside"), 1, 200, 8},
     {ImageParameter::Whole, TEXT("Red"), TEXT("Of the line"), 0, 255, 255},
     {ImageParameter::Whole, TEXT("Green"), TEXT("Of the line"), 0, 255, 255},
     {ImageParameter::Whole, TEXT("Blue"), TEXT("Of the line"), 0, 255, 255},
 };
 
-constexpr ImageParameter kCanvas[] = {
-    {ImageParameter::Width, TEXT("Width"), TEXT("In pixels"), 1, kMostSide, 0},
-    {ImageParameter::Height, TEXT("Height"), TEXT("In pixels"), 1, kMostSide, 0},
+constexpr ImageParameter CanvasParameters[] = {
+    {ImageParameter::Width, TEXT("Width"), TEXT("In pixels"), 1, MostSide, 0},
+    {ImageParameter::Height, TEXT("Height"), TEXT("In pixels"), 1, MostSide, 0},
     {ImageParameter::Switch, TEXT("Keep proportions"), TEXT("Fits into the size, not stretched"), 0, 1, 1},
     {ImageParameter::Whole, TEXT("Red"), TEXT("Of the canvas"), 0, 255, 255},
     {ImageParameter::Whole, TEXT("Green"), TEXT("Of the canvas"), 0, 255, 255},
     {ImageParameter::Whole, TEXT("Blue"), TEXT("Of the canvas"), 0, 255, 255},
 };
 // The words of a choice stand in the order of the library's enumerators.
-constexpr ImageParameter kCombine[] = {
+constexpr ImageParameter CombineParameters[] = {
     {ImageParameter::Choice, TEXT("Mode"), TEXT("How the pictures are blended"), 0, 3, 0,
      TEXT("Normal|Behind|Add|Multiply")},
     {ImageParameter::Switch, TEXT("Scale"), TEXT("Brings the second picture to the size of the first"), 0, 1,
      0},
 };
-constexpr ImageParameter kMark[] = {
+constexpr ImageParameter MarkParameters[] = {
     {ImageParameter::Choice, TEXT("Place"), TEXT("Where the mark stands; top right on square pictures"), 0, 4,
      1, TEXT("Top left|Bottom right|Top right|Center|Bottom left")},
 };
 
-constexpr const char* kMaps = TEXT("Material maps");
-constexpr const char* kTones = TEXT("Colours and tones");
-constexpr const char* kDetail = TEXT("Detail");
-constexpr const char* kShape = TEXT("Size and frame");
-constexpr const char* kTwo = TEXT("Two pictures");
+constexpr const char* Maps = TEXT("Material maps");
+constexpr const char* Tones = TEXT("Colours and tones");
+constexpr const char* Detail = TEXT("Detail");
+constexpr const char* Shape = TEXT("Size and frame");
+constexpr const char* Two = TEXT("Two pictures");
 
-constexpr ImageOperation kOperations[] = {
-    {kMaps, TEXT("Normal map"), TEXT("Directions of the surface, from the texture's brightness"), kNormalMap,
-     true, NormalMap},
-    {kMaps, TEXT("Tileable normal map"), TEXT("A normal map that joins itself at opposite sides"),
-     kTileableNormalMap, true, TileableNormalMap},
-    {kMaps,
+constexpr ImageOperation AllOperations[] = {
+    {Maps, TEXT("Normal map"), TEXT("Directions of the surface, from the texture's brightness"),
+     NormalMapParameters, true, NormalMap},
+    {Maps, TEXT("Tileable normal map"), TEXT("A normal map that joins itself at opposite sides"),
+     TileableNormalMapParameters, true, TileableNormalMap},
+    {Maps,
      TEXT("Turn green"),
      TEXT("Makes an OpenGL normal map one for DirectX, and the other way round"),
      {},
      true,
      TurnGreen},
-    {kMaps, TEXT("Height map"), TEXT("Grey heights, from the texture's brightness"), kHeightMap, true,
+    {Maps, TEXT("Height map"), TEXT("Grey heights, from the texture's brightness"), HeightMapParameters, true,
      HeightMap},
-    {kTones,
+    {Tones,
      TEXT("Tone mapping"),
      TEXT("Brings an HDR or EXR picture's range to 8 bits, mirrored left to right. An ordinary picture goes "
           "by way of EXR."),
      {},
      false,
      ToneMap},
-    {kTones, TEXT("Saturation"), TEXT("Stronger or paler colours"), kAmount, true,
+    {Tones, TEXT("Saturation"), TEXT("Stronger or paler colours"), AmountParameters, true,
      Filtered<ZemtarImage::saturation>},
-    {kTones, TEXT("Warm"), TEXT("Adds to red and green"), kAmount, true, Filtered<ZemtarImage::warm>},
-    {kTones, TEXT("Cool"), TEXT("Adds to blue"), kAmount, true, Filtered<ZemtarImage::cool>},
-    {kTones, TEXT("Grey"), TEXT("Mean of the channels; keeps transparency"), {}, true, Filtered<Grey>},
-    {kTones,
+    {Tones, TEXT("Warm"), TEXT("Adds to red and green"), AmountParameters, true, Filtered<ZemtarImage::warm>},
+    {Tones, TEXT("Cool"), TEXT("Adds to blue"), AmountParameters, true, Filtered<ZemtarImage::cool>},
+    {Tones, TEXT("Grey"), TEXT("Mean of the channels; keeps transparency"), {}, true, Filtered<Grey>},
+    {Tones,
      TEXT("Brightness"),
      TEXT("Brightness of each pixel as opaque grey"),
      {},
      true,
      Filtered<ZemtarImage::brightness>},
-    {kDetail, TEXT("Sharpen"), TEXT("Raises small differences; the rim stays"), {}, true, Filtered<Sharpen>},
-    {kDetail,
+    {Detail, TEXT("Sharpen"), TEXT("Raises small differences; the rim stays"), {}, true, Filtered<Sharpen>},
+    {Detail,
      TEXT("Edges"),
      TEXT("How steeply the brightness changes; the rim stays"),
      {},
      true,
      Filtered<Edges>},
-    {kDetail, TEXT("Bloom"), TEXT("Lays a blurred, brightened copy over the picture"), kBloom, true, Bloom},
-    {kShape, TEXT("Scale"), TEXT("Another size in pixels"), kScale, false, Scale, nullptr, true},
-    {kShape, TEXT("Letter-box"), TEXT("Fits the picture into a size, with transparent bars"),
-     std::span(kScale).first(2), false, LetterBox},
-    {kShape, TEXT("Canvas"), TEXT("Centres the picture on a canvas whose pixels are transparent"), kCanvas,
-     false, Canvas},
-    {kShape, TEXT("Crop"), TEXT("Cuts out a rectangle; what lies outside the picture is empty"), kCrop, false,
-     Crop, nullptr, true, true},
-    {kShape, TEXT("Flip"), TEXT("The mirror image"), kFlip, true, Flip, nullptr, true},
-    {kShape, TEXT("Fade"), TEXT("Makes the picture more transparent"), kFade, true, Fade},
-    {kShape, TEXT("Border line"), TEXT("A line along the edges"), kBorder, false, Border},
-    {kTwo, TEXT("Combine"), TEXT("Lays a second picture over the picture"), kCombine, false, Combine,
+    {Detail, TEXT("Bloom"), TEXT("Lays a blurred, brightened copy over the picture"), BloomParameters, true,
+     Bloom},
+    {Shape, TEXT("Scale"), TEXT("Another size in pixels"), ScaleParameters, false, Scale, nullptr, true},
+    {Shape, TEXT("Letter-box"), TEXT("Fits the picture into a size, with transparent bars"),
+     std::span(ScaleParameters).first(2), false, LetterBox},
+    {Shape, TEXT("Canvas"), TEXT("Centres the picture on a canvas whose pixels are transparent"),
+     CanvasParameters, false, Canvas},
+    {Shape, TEXT("Crop"), TEXT("Cuts out a rectangle; what lies outside the picture is empty"),
+     CropParameters, false, Crop, nullptr, true, true},
+    {Shape, TEXT("Flip"), TEXT("The mirror image"), FlipParameters, true, Flip, nullptr, true},
+    {Shape, TEXT("Fade"), TEXT("Makes the picture more transparent"), FadeParameters, true, Fade},
+    {Shape, TEXT("Border line"), TEXT("A line along the edges"), BorderParameters, false, Border},
+    {Two, TEXT("Combine"), TEXT("Lays a second picture over the picture"), CombineParameters, false, Combine,
      TEXT("Second picture")},
-    {kTwo,
+    {Two,
      TEXT("Frame"),
      TEXT("Frames the picture with a border picture"),
      {},
      false,
      Frame,
      TEXT("Border picture")},
-    {kTwo, TEXT("Mark"), TEXT("Stamps a mark on the picture"), kMark, false, Mark, TEXT("Mark picture")},
+    {Two, TEXT("Mark"), TEXT("Stamps a mark on the picture"), MarkParameters, false, Mark,
+     TEXT("Mark picture")},
 };
 
 #undef TEXT
@@ -441,7 +442,7 @@ ImageOutcome ImageOperation::Run(const ImageInput& input, const ImageValues& val
 
 std::span<const ImageOperation> ImageOperations()
 {
-    return kOperations;
+    return AllOperations;
 }
 
 QString ImageOperationText(const char* text)
@@ -474,10 +475,10 @@ QString RefusalOfSize(qint64 width, qint64 height)
     if (width < 1 || height < 1) {
         return Tr("A picture begins at 1 x 1 pixels.");
     }
-    if (width <= kMostPixels / height) {
+    if (width <= MostPixels / height) {
         return {};
     }
     const QLocale locale;
     return Tr("A picture of %1 x %2 pixels is too large: at most %3 megapixels are shown here.")
-        .arg(locale.toString(width), locale.toString(height), locale.toString(kMostPixels / 1000000));
+        .arg(locale.toString(width), locale.toString(height), locale.toString(MostPixels / 1000000));
 }

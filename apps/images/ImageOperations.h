@@ -87,7 +87,7 @@ QImage NormalizedImage(const QImage& image);
 bool IsDeepImage(const QImage& image);
 
 /// More pixels than this are neither loaded nor made: the image reader takes 256 MB for one picture.
-constexpr qint64 kMostPixels = qint64(1) << 26;
+constexpr qint64 MostPixels = qint64(1) << 26;
 
 /// Why a picture of this size is not loaded or made; empty when it can be.
 QString RefusalOfSize(qint64 width, qint64 height);

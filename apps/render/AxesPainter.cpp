@@ -27,8 +27,8 @@ struct Corner
 
 QVector3D TintOf(int axis)
 {
-    constexpr float tints[3][3] = {{0.85F, 0.22F, 0.20F}, {0.25F, 0.62F, 0.22F}, {0.24F, 0.44F, 0.92F}};
-    return {tints[axis][0], tints[axis][1], tints[axis][2]};
+    constexpr float Tints[3][3] = {{0.85F, 0.22F, 0.20F}, {0.25F, 0.62F, 0.22F}, {0.24F, 0.44F, 0.92F}};
+    return {Tints[axis][0], Tints[axis][1], Tints[axis][2]};
 }
 
 /// Appends a shaft and a head, both round, along one axis.

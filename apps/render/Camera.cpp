@@ -174,9 +174,9 @@ void Camera::Fit(std::span<const Vec3> points, double aspect)
 double Camera::CentredAcross(std::span<const Vec3> points, const Vec3& center, const Vec3& axis, double start,
                              double back) const
 {
-    constexpr int steps = 8; // of Newton's method on a convex, piecewise smooth difference
+    constexpr int Steps = 8; // of Newton's method on a convex, piecewise smooth difference
     double across = start;
-    for (int step = 0; step < steps && m_perspective; ++step) {
+    for (int step = 0; step < Steps && m_perspective; ++step) {
         double reach[] = {-Bounds::Far, -Bounds::Far};
         double depths[] = {back, back};
         for (const Vec3& point : points) {

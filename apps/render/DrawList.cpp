@@ -176,7 +176,7 @@ void DrawList::AddTransparent(bool edges)
     }
 }
 
-void DrawList::AddRuns(std::span<const Visible> items, DrawCommand::ePass pass)
+void DrawList::AddRuns(std::span<const Visible> items, DrawCommand::Pass pass)
 {
     for (const Visible& item : items) {
         const Instance& instance = m_model->Instances()[item.instance];

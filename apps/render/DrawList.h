@@ -25,7 +25,7 @@ struct DrawRequest
 /// One instanced draw: `count` instances of a shape, whose numbers lie in the list's ids from `first` on.
 struct DrawCommand
 {
-    enum ePass : std::uint8_t
+    enum Pass : std::uint8_t
     {
         PassOpaque,
         PassLines,           ///< line segments of the shape
@@ -34,7 +34,7 @@ struct DrawCommand
         PassTransparentFar,  ///< the sides that look away
         PassTransparentNear, ///< the sides that face the eye
     };
-    ePass pass = PassOpaque;
+    Pass pass = PassOpaque;
     bool mirrored = false;
     bool lit = true;
     int texture = Look::NoTexture;
@@ -86,7 +86,7 @@ private:
     void CollectVisible(const DrawRequest& request);
     void KeepLargest(std::uint64_t budget);
     void AddTransparent(bool edges);
-    void AddRuns(std::span<const Visible> items, DrawCommand::ePass pass);
+    void AddRuns(std::span<const Visible> items, DrawCommand::Pass pass);
 
     const SceneModel* m_model = nullptr;
     std::vector<std::uint32_t> m_order; ///< all instances by shape, look

@@ -138,7 +138,7 @@ void GpuScene::UploadShape(std::uint32_t number, const ShapeData& data)
     };
     placed.textured ? upload(data.TexturedVertices()) : upload(data.Vertices());
     m_gl.glBindVertexArray(arena.faceState);
-    for (const ePart part : {PartFaces, PartSegments}) {
+    for (const PartKind part : {PartFaces, PartSegments}) {
         UploadIndices(placed, placed.parts[part], part == PartFaces ? data.Triangles() : data.Segments(),
                       placed.parts[part].offset);
     }
@@ -246,7 +246,7 @@ void GpuScene::NeedEdges()
         data.Build(m_model->Shapes()[i]);
         FormEdges found = data.FindEdges();
         std::size_t& end = bytes[m_shapes[i].textured ? 1 : 0];
-        for (const ePart part : {PartEdges, PartTangents}) {
+        for (const PartKind part : {PartEdges, PartTangents}) {
             edges[part - PartEdges][i] = std::move(part == PartEdges ? found.creases : found.tangents);
             m_shapes[i].parts[part].offset = end;
             end += (edges[part - PartEdges][i].size() * IndexBytes(m_shapes[i].indexType) + 3) / 4 * 4;
@@ -285,12 +285,12 @@ void GpuScene::NeedSolids()
     }
 }
 
-std::uint32_t GpuScene::IndexCount(std::uint32_t shape, ePart part) const
+std::uint32_t GpuScene::IndexCount(std::uint32_t shape, PartKind part) const
 {
     return m_shapes[shape].parts[part].count;
 }
 
-void GpuScene::Draw(std::uint32_t shape, ePart part, std::uint32_t first, std::uint32_t count,
+void GpuScene::Draw(std::uint32_t shape, PartKind part, std::uint32_t first, std::uint32_t count,
                     std::uint32_t ids, std::uint32_t instances)
 {
     const Placed& placed = m_shapes[shape];

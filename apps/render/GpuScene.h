@@ -34,7 +34,7 @@ public:
     void Release();
 
     /// What is drawn of a shape.
-    enum ePart
+    enum PartKind
     {
         PartFaces,
         PartSegments,
@@ -43,10 +43,10 @@ public:
         PartCount
     };
     /// Gives the number of indices of a part.
-    std::uint32_t IndexCount(std::uint32_t shape, ePart part) const;
+    std::uint32_t IndexCount(std::uint32_t shape, PartKind part) const;
     /// Draws indices `first` to before `first + count` of a shape's part, once for each of the instance
     /// numbers that stand in the bound GL_ARRAY_BUFFER from `ids` (a number of entries) on.
-    void Draw(std::uint32_t shape, ePart part, std::uint32_t first, std::uint32_t count, std::uint32_t ids,
+    void Draw(std::uint32_t shape, PartKind part, std::uint32_t first, std::uint32_t count, std::uint32_t ids,
               std::uint32_t instances);
 
     /// 1 for a shape that bounds a volume, wound outwards, -1 for one that is wound inwards, 0 for open ones,

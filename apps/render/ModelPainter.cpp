@@ -23,7 +23,7 @@ QVector3D EncodedOf(const QColor& color)
             static_cast<float>(color.blueF())};
 }
 
-GpuScene::ePart PartOf(DrawCommand::ePass pass)
+GpuScene::PartKind PartOf(DrawCommand::Pass pass)
 {
     switch (pass) {
     case DrawCommand::PassLines:
@@ -43,7 +43,7 @@ QString ModelPainter::Initialize()
 {
     const struct
     {
-        eProgram program;
+        Program program;
         const char* vertex;
         const char* fragment;
     } sources[] = {
@@ -113,7 +113,7 @@ void ModelPainter::Start(const DrawList& list, const Frame& frame, const Vec3& o
                       list.Ids().data(), GL_STREAM_DRAW);
 }
 
-QOpenGLShaderProgram& ModelPainter::Use(eProgram number)
+QOpenGLShaderProgram& ModelPainter::Use(Program number)
 {
     QOpenGLShaderProgram& program = m_programs[number];
     program.bind();
@@ -197,7 +197,7 @@ bool ModelPainter::Draw(const DrawList& list, GpuScene& scene, std::uint64_t tri
 
 std::uint64_t ModelPainter::DrawPiece(const DrawCommand& command, GpuScene& scene, std::uint64_t budget)
 {
-    const GpuScene::ePart part = PartOf(command.pass);
+    const GpuScene::PartKind part = PartOf(command.pass);
     const std::uint32_t corners = part == GpuScene::PartFaces ? 3 : 2;
     const std::uint32_t indices = scene.IndexCount(command.shape, part);
     const std::uint64_t each = std::max<std::uint64_t>(indices / corners, 1);
@@ -230,7 +230,7 @@ void ModelPainter::EnableSection(bool on)
     on&& m_hasSection ? m_gl.glEnable(GL_CLIP_DISTANCE0) : m_gl.glDisable(GL_CLIP_DISTANCE0);
 }
 
-void ModelPainter::DrawPlain(const DrawList& list, GpuScene& scene, eProgram number)
+void ModelPainter::DrawPlain(const DrawList& list, GpuScene& scene, Program number)
 {
     number == ProgramMask ? m_gl.glDisable(GL_DEPTH_TEST) : m_gl.glEnable(GL_DEPTH_TEST);
     EnableSection(true);
@@ -242,7 +242,7 @@ void ModelPainter::DrawPlain(const DrawList& list, GpuScene& scene, eProgram num
     m_gl.glBindBuffer(GL_ARRAY_BUFFER, m_ids);
     Use(number);
     for (const DrawCommand& command : list.Commands()) {
-        const GpuScene::ePart part = PartOf(command.pass);
+        const GpuScene::PartKind part = PartOf(command.pass);
         const std::uint32_t indices = scene.IndexCount(command.shape, part);
         if (indices != 0 && command.pass != DrawCommand::PassTransparentFar) {
             scene.Draw(command.shape, part, 0, indices, command.first, command.count);

@@ -31,7 +31,7 @@ public:
     void DrawMask(const DrawList& list, GpuScene& scene) { DrawPlain(list, scene, ProgramMask); }
 
 private:
-    enum eProgram
+    enum Program
     {
         ProgramFaces,
         ProgramLines,
@@ -45,8 +45,8 @@ private:
     /// Draws what fits into `budget` of the command from the present place on; gives the cost.
     std::uint64_t DrawPiece(const DrawCommand& command, GpuScene& scene, std::uint64_t budget);
     void Prepare(const DrawCommand& command, const GpuScene& scene);
-    QOpenGLShaderProgram& Use(eProgram program);
-    void DrawPlain(const DrawList& list, GpuScene& scene, eProgram program);
+    QOpenGLShaderProgram& Use(Program program);
+    void DrawPlain(const DrawList& list, GpuScene& scene, Program program);
     void EnableSection(bool on);
 
     GpuScene::Gl& m_gl;

@@ -161,9 +161,9 @@ QString WriteTurntable(const Zemtar::CZemtarDocument& document, const PictureOpt
     for (const Vec3& point : points) {
         box.Add(point);
     }
-    constexpr int mostTurns = 36; // between them nothing reaches much farther
+    constexpr int MostTurns = 36; // between them nothing reaches much farther
     const Vec3 center = box.IsEmpty() ? Vec3() : box.Center();
-    maker.Fit(TurnedAround(points, center, std::min(frames, mostTurns)));
+    maker.Fit(TurnedAround(points, center, std::min(frames, MostTurns)));
     const QFileInfo info(file);
     const int digits = std::max(3, static_cast<int>(QString::number(frames).size()));
     QStringList written;

@@ -236,9 +236,9 @@ Bounds SceneModel::Extent(const InstanceRange& range) const
 
 void SceneModel::AddOutermost(std::uint32_t instance, std::vector<Vec3>& points) const
 {
-    constexpr std::size_t mostInstances = 20000; // beyond, boxes are near enough
+    constexpr std::size_t MostInstances = 20000; // beyond, boxes are near enough
     const Instance& placed = m_instances[instance];
-    if (m_instances.size() > mostInstances) {
+    if (m_instances.size() > MostInstances) {
         for (unsigned corner = 0; corner < 8; ++corner) {
             points.push_back(placed.bounds.Corner(corner));
         }

@@ -6,7 +6,7 @@
 namespace Shaders {
 
 /// Where the vertex stage finds its inputs.
-enum eAttribute
+enum VertexAttribute
 {
     AttributePosition = 0,
     AttributeNormal = 1,
@@ -15,7 +15,7 @@ enum eAttribute
 };
 
 /// Texture units.
-enum eUnit
+enum TextureUnit
 {
     UnitInstances = 0,
     UnitTexture = 1

@@ -59,21 +59,21 @@ std::uint32_t HashOf(const PackedVertex& vertex)
 /// Gives for each vertex the first one in the same place, through a flat hash table.
 std::vector<std::uint32_t> FirstVertices(const std::vector<PackedVertex>& vertices)
 {
-    constexpr std::uint32_t none = 0xFFFFFFFFU;
+    constexpr std::uint32_t None = 0xFFFFFFFFU;
     const std::size_t size = std::bit_ceil(2 * vertices.size() + 1);
-    std::vector<std::uint32_t> table(size, none);
+    std::vector<std::uint32_t> table(size, None);
     std::vector<std::uint32_t> first(vertices.size());
     for (std::uint32_t i = 0; i < vertices.size(); ++i) {
         const PackedVertex& vertex = vertices[i];
         std::size_t slot = HashOf(vertex) & (size - 1);
-        while (table[slot] != none) {
+        while (table[slot] != None) {
             const PackedVertex& other = vertices[table[slot]];
             if (other.x == vertex.x && other.y == vertex.y && other.z == vertex.z) {
                 break;
             }
             slot = (slot + 1) & (size - 1);
         }
-        if (table[slot] == none) {
+        if (table[slot] == None) {
             table[slot] = i;
         }
         first[i] = table[slot];
@@ -134,10 +134,10 @@ public:
             const Vec3 n = VertexNormal(s, place);
             const Vec3 m = VertexNormal(t, place);
             if (!(Dot(n, n) > 0.0 && Dot(m, m) > 0.0)) {
-                return Differ(FacetNormal(s), turned * FacetNormal(t), FacetCosine);
+                return Differ(FacetNormal(s), turned * FacetNormal(t), m_facetCosine);
             }
             // Normals follow the surface, not the winding: either turn may be right.
-            if (Differ(n, m, NormalCosine) && Differ(n, -1.0 * m, NormalCosine)) {
+            if (Differ(n, m, m_normalCosine) && Differ(n, -1.0 * m, m_normalCosine)) {
                 return true;
             }
         }
@@ -178,9 +178,9 @@ private:
         return Cross(b - a, c - a);
     }
 
-    const double FacetCosine = std::cos(ShapeData::CreaseAngle * Radian);
+    const double m_facetCosine = std::cos(ShapeData::CreaseAngle * Radian);
     const double FlatCosine = std::cos(0.4 * Radian);
-    const double NormalCosine = std::cos(ShapeData::SeamAngle * Radian);
+    const double m_normalCosine = std::cos(ShapeData::SeamAngle * Radian);
     const std::vector<PackedVertex>& m_vertices;
     const std::vector<std::uint32_t>& m_corners;
     const std::vector<std::uint32_t>& m_first;

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr qint64 kHead = 16 * 1024;
+constexpr qint64 Head = 16 * 1024;
 
 /// Bytes that content of one kind begins with.
 struct Signature
@@ -21,7 +21,7 @@ struct Signature
 };
 
 // NOTE: an OLE compound file may be of any program; its name decides, so it is not in the list.
-constexpr Signature kSignatures[] = {
+constexpr Signature Signatures[] = {
     {"ISO-10303-21", 12, "STEP", "STEP"},
     {"3D Geometry File Format ", 24, "Rhino", "Rhino"},
     {"ACIS BinaryFile", 15, "ACIS", "ACIS"},
@@ -109,7 +109,7 @@ QString WhyNotSchema(const FileContent& content)
 FileContent ProbeContent(const QByteArray& head)
 {
     const QByteArray text = WithoutLead(head);
-    for (const Signature& signature : kSignatures) {
+    for (const Signature& signature : Signatures) {
         if (!text.startsWith(QByteArray(signature.bytes, signature.length))) {
             continue;
         }
@@ -144,7 +144,7 @@ QString WhyNotReadable(const QString& file, const FormatEntry& format)
     if (!source.open(QIODevice::ReadOnly)) {
         return Tr("it cannot be opened: %1").arg(source.errorString());
     }
-    const QByteArray head = source.read(kHead);
+    const QByteArray head = source.read(Head);
     if (head.isEmpty()) {
         return Tr("it is empty");
     }

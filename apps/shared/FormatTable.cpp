@@ -36,13 +36,13 @@ const std::vector<FormatEntry>& AllFormats()
 
 const std::vector<FormatEntry>& SceneFormats()
 {
-    constexpr auto noReader = CZemtarCADExchangeReader::eReaderACIS;
-    constexpr auto noWriter = CZemtarCADExchangeWriter::eWriterACIS;
+    constexpr auto NoReader = CZemtarCADExchangeReader::eReaderACIS;
+    constexpr auto NoWriter = CZemtarCADExchangeWriter::eWriterACIS;
     static const std::vector<FormatEntry> formats = {
-        {"GLB", "glb", noReader, noWriter, SceneFormat::GLB},
-        {"OBJ", "obj", noReader, noWriter, SceneFormat::OBJ},
-        {"PLY", "ply", noReader, noWriter, SceneFormat::PLY},
-        {"STL", "stl", noReader, noWriter, SceneFormat::STL},
+        {"GLB", "glb", NoReader, NoWriter, SceneFormat::GLB},
+        {"OBJ", "obj", NoReader, NoWriter, SceneFormat::OBJ},
+        {"PLY", "ply", NoReader, NoWriter, SceneFormat::PLY},
+        {"STL", "stl", NoReader, NoWriter, SceneFormat::STL},
     };
     return formats;
 }

@@ -119,7 +119,7 @@ QString DocumentPage::MeasureHint() const
 
 void DocumentPage::MeasureAt(const QPoint& place)
 {
-    constexpr double attractionPixels = 9.0;
+    constexpr double AttractionPixels = 9.0;
     const std::optional<std::uint32_t> instance = m_view->InstanceAt(place);
     if (!instance || !m_measuring) {
         return;
@@ -133,7 +133,7 @@ void DocumentPage::MeasureAt(const QPoint& place)
         return !cut || Dot(cut->normal, point + way) >= cut->offset;
     });
     if (hit) {
-        const double reach = attractionPixels * m_view->PixelSize(hit->point + way);
+        const double reach = AttractionPixels * m_view->PixelSize(hit->point + way);
         if (const auto measurement = m_measureTool->Add(*hit, reach)) {
             m_measurements.push_back(*measurement);
             ShowMeasurements();

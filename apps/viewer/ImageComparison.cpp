@@ -11,14 +11,14 @@
 
 namespace {
 
-constexpr double kLeastZoom = 1.0 / 256;
-constexpr double kMostZoom = 64.0;
-constexpr double kZoomStep = 1.25;
+constexpr double LeastZoom = 1.0 / 256;
+constexpr double MostZoom = 64.0;
+constexpr double ZoomStep = 1.25;
 /// From this zoom on the single pixels are shown, not smoothed.
-constexpr double kSharpZoom = 2.0;
-constexpr int kPanStep = 48;
+constexpr double SharpZoom = 2.0;
+constexpr int PanStep = 48;
 /// A tiled picture in each direction; the middle one is the result's own place.
-constexpr int kTiles = 3;
+constexpr int Tiles = 3;
 
 /// Light and dark squares that suit the palette.
 QBrush ChequeredGround(const QPalette& palette, double ratio)
@@ -101,9 +101,9 @@ void ImageComparison::FitToWindow()
 {
     const QSizeF pane = PaneOf(m_result).size() - QSizeF(16, 16);
     const QSizeF picture =
-        m_original.wholeSize.expandedTo(m_result.wholeSize).expandedTo({1, 1}) * (m_isTiled ? kTiles : 1);
+        m_original.wholeSize.expandedTo(m_result.wholeSize).expandedTo({1, 1}) * (m_isTiled ? Tiles : 1);
     const double fitting = std::min(pane.width() / picture.width(), pane.height() / picture.height());
-    m_zoom = std::clamp(fitting * devicePixelRatioF(), kLeastZoom, kMostZoom);
+    m_zoom = std::clamp(fitting * devicePixelRatioF(), LeastZoom, MostZoom);
     m_center = {0.5, 0.5};
     m_isFitted = true;
     emit ZoomChanged(m_zoom);
@@ -235,7 +235,7 @@ void ImageComparison::Draw(QPainter& painter, Picture& picture, const QRectF& ta
     source = QRectF(source.toAlignedRect().intersected(image.rect()));
     const QRectF drawn(target.x() + source.x() / perX, target.y() + source.y() / perY, source.width() / perX,
                        source.height() / perY);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform, scale < kSharpZoom);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, scale < SharpZoom);
     painter.drawImage(drawn, image, source);
     painter.restore();
 }
@@ -243,8 +243,8 @@ void ImageComparison::Draw(QPainter& painter, Picture& picture, const QRectF& ta
 void ImageComparison::DrawTiles(QPainter& painter, const QRect& clip)
 {
     const QRectF middle = TargetOf(m_result);
-    for (int row = -kTiles / 2; row <= kTiles / 2; ++row) {
-        for (int column = -kTiles / 2; column <= kTiles / 2; ++column) {
+    for (int row = -Tiles / 2; row <= Tiles / 2; ++row) {
+        for (int column = -Tiles / 2; column <= Tiles / 2; ++column) {
             const QRectF tile = middle.translated(column * middle.width(), row * middle.height());
             if (tile.intersects(clip)) {
                 Draw(painter, m_result, tile, clip);
@@ -346,7 +346,7 @@ void ImageComparison::SetZoom(double zoom, QPointF anchor)
     const QRectF before = TargetOf(under);
     const QPointF place((anchor.x() - before.x()) / before.width(),
                         (anchor.y() - before.y()) / before.height());
-    m_zoom = std::clamp(zoom, kLeastZoom, kMostZoom);
+    m_zoom = std::clamp(zoom, LeastZoom, MostZoom);
     m_isFitted = false;
     const QRectF after = TargetOf(under);
     PanBy(anchor - QPointF(after.x() + place.x() * after.width(), after.y() + place.y() * after.height()));
@@ -368,7 +368,7 @@ void ImageComparison::PanBy(QPointF screen)
 
 void ImageComparison::wheelEvent(QWheelEvent* event)
 {
-    SetZoom(m_zoom * std::pow(kZoomStep, event->angleDelta().y() / 120.0), event->position());
+    SetZoom(m_zoom * std::pow(ZoomStep, event->angleDelta().y() / 120.0), event->position());
     event->accept();
 }
 
@@ -426,13 +426,13 @@ void ImageComparison::keyPressEvent(QKeyEvent* event)
 {
     switch (event->key()) {
     case Qt::Key_Left:
-        return PanBy({kPanStep, 0});
+        return PanBy({PanStep, 0});
     case Qt::Key_Right:
-        return PanBy({-kPanStep, 0});
+        return PanBy({-PanStep, 0});
     case Qt::Key_Up:
-        return PanBy({0, kPanStep});
+        return PanBy({0, PanStep});
     case Qt::Key_Down:
-        return PanBy({0, -kPanStep});
+        return PanBy({0, -PanStep});
     default:
         QWidget::keyPressEvent(event);
     }

@@ -2,7 +2,7 @@
 
 namespace {
 
-constexpr qint64 kMostBytes = qint64(1) << 30;
+constexpr qint64 MostBytes = qint64(1) << 30;
 
 } // namespace
 
@@ -22,7 +22,7 @@ void ImageHistory::Push(const QImage& image, const QString& name)
     for (const Step& step : m_steps) {
         bytes += step.image.sizeInBytes();
     }
-    while (bytes > kMostBytes && m_at > 1) {
+    while (bytes > MostBytes && m_at > 1) {
         bytes -= m_steps.front().image.sizeInBytes();
         m_steps.pop_front();
         --m_at;

@@ -16,7 +16,7 @@ struct Drawing
     const char* filled = ""; ///< Shapes in the highlight's colour, below the lines.
 };
 
-constexpr Drawing kDrawings[] = {
+constexpr Drawing Drawings[] = {
     {"M 2 13 L 2 3 L 6 3 L 7.5 5 L 13 5 L 13 7 M 2 13 L 4.5 7 L 15 7 L 12.5 13 L 2 13"},
     {"M 2.5 2.5 L 11.5 2.5 L 13.5 4.5 L 13.5 13.5 L 2.5 13.5 L 2.5 2.5 M 5 13.5 L 5 9 L 11 9 L 11 13.5",
      "M 5 2.5 L 10 2.5 L 10 6 L 5 6 L 5 2.5"},
@@ -43,7 +43,7 @@ constexpr Drawing kDrawings[] = {
     {"M 1.5 13.5 L 1.5 3.5 L 6 3.5 L 7.5 5.5 L 14.5 5.5 L 14.5 13.5 L 1.5 13.5",
      "M 6.5 7.5 L 11 9.5 L 6.5 11.5 L 6.5 7.5"},
 };
-static_assert(std::size(kDrawings) == std::size_t(ImageIcon::Batch) + 1);
+static_assert(std::size(Drawings) == std::size_t(ImageIcon::Batch) + 1);
 
 QPainterPath PathOf(const char* text)
 {
@@ -96,5 +96,5 @@ private:
 
 QIcon MakeImageIcon(ImageIcon kind)
 {
-    return QIcon(new LineIconEngine(kDrawings[int(kind)]));
+    return QIcon(new LineIconEngine(Drawings[int(kind)]));
 }

@@ -18,7 +18,7 @@
 namespace {
 
 /// Positions of a slider over a range of numbers with a fraction.
-constexpr int kSliderSteps = 1000;
+constexpr int SliderSteps = 1000;
 
 } // namespace
 
@@ -138,7 +138,7 @@ QWidget* ImageParameterPanel::MakeNumber(std::size_t index, const ImageParameter
     auto* slider = new QSlider(Qt::Horizontal);
     slider->setAccessibleName(ImageOperationText(parameter.name));
     slider->setToolTip(box->toolTip());
-    const double step = isWhole ? 1 : range / kSliderSteps;
+    const double step = isWhole ? 1 : range / SliderSteps;
     slider->setRange(0, int(std::lround(range / step)));
     slider->setPageStep(std::max(slider->maximum() / 10, 1));
     const auto follow = [=](double value) {

@@ -4,8 +4,8 @@
 
 namespace {
 
-constexpr int kSoonMilliseconds = 15;
-constexpr int kRestMilliseconds = 350;
+constexpr int SoonMilliseconds = 15;
+constexpr int RestMilliseconds = 350;
 
 } // namespace
 
@@ -13,8 +13,8 @@ ImagePreview::ImagePreview(QObject* parent) : QObject(parent)
 {
     m_soon.setSingleShot(true);
     m_rest.setSingleShot(true);
-    m_soon.setInterval(kSoonMilliseconds);
-    m_rest.setInterval(kRestMilliseconds);
+    m_soon.setInterval(SoonMilliseconds);
+    m_rest.setInterval(RestMilliseconds);
     connect(&m_soon, &QTimer::timeout, this, &ImagePreview::ShowSoon);
     connect(&m_rest, &QTimer::timeout, this, &ImagePreview::ShowWhole);
 }
@@ -55,7 +55,7 @@ void ImagePreview::Ask()
 
 bool ImagePreview::IsLarge() const
 {
-    return qint64(m_input.image.width()) * m_input.image.height() > kWholeAtOnce;
+    return qint64(m_input.image.width()) * m_input.image.height() > WholeAtOnce;
 }
 
 void ImagePreview::ShowSoon()
@@ -70,12 +70,12 @@ void ImagePreview::ShowSoon()
         return;
     }
     if (m_reduced.image.isNull()) {
-        const double factor = std::sqrt(double(kReduced) / double(pixels));
+        const double factor = std::sqrt(double(Reduced) / double(pixels));
         m_reduced.image = m_input.image.scaled((m_input.image.size() * factor).expandedTo({1, 1}),
                                                Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     }
     Show(m_operation->Run(m_reduced, m_values), true);
-    if (pixels <= kWholeAtRest) {
+    if (pixels <= WholeAtRest) {
         m_rest.start();
     }
 }

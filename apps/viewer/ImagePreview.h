@@ -15,11 +15,11 @@ public:
     explicit ImagePreview(QObject* parent = nullptr);
 
     /// Pictures up to this many pixels are worked on whole at once.
-    static constexpr qint64 kWholeAtOnce = 2'000'000;
+    static constexpr qint64 WholeAtOnce = 2'000'000;
     /// Pixels of a reduced picture.
-    static constexpr qint64 kReduced = 500'000;
+    static constexpr qint64 Reduced = 500'000;
     /// Pictures up to this many pixels are worked on whole when the values rest; larger ones when asked.
-    static constexpr qint64 kWholeAtRest = 25'000'000;
+    static constexpr qint64 WholeAtRest = 25'000'000;
 
     /// Sets the picture, which may be null: then there is no result.
     void SetInput(const ImageInput& input);

@@ -61,8 +61,8 @@ std::optional<double> MeshProbe::Distance(const Ray& ray, std::size_t triangle) 
     const double s = Dot(arm, across) / turn;
     const double t = Dot(ray.direction, other) / turn;
     const double distance = Dot(v, other) / turn;
-    constexpr double slack = -1e-9; // a ray between two triangles hits one
-    if (!(s >= slack && t >= slack && s + t <= 1.0 - slack && distance > 0.0)) {
+    constexpr double Slack = -1e-9; // a ray between two triangles hits one
+    if (!(s >= Slack && t >= Slack && s + t <= 1.0 - Slack && distance > 0.0)) {
         return std::nullopt;
     }
     return distance;

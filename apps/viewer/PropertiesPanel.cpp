@@ -309,9 +309,9 @@ void PropertiesPanel::AddGeometry(const CZemtar3DObject& object)
 /// The material of a mesh, and of a part where all its meshes have one.
 void PropertiesPanel::AddMaterials(const NodeList& nodes, int position)
 {
-    constexpr int most = 10000; // nodes that are looked at
+    constexpr int Most = 10000; // nodes that are looked at
     std::set<const CZemtarMaterial*> materials;
-    for (int at = position; at < std::min(nodes.End(position), position + most); ++at) {
+    for (int at = position; at < std::min(nodes.End(position), position + Most); ++at) {
         if (const auto* object = dynamic_cast<const CZemtar3DObject*>(&nodes.Node(at))) {
             materials.insert(object->Material());
         }

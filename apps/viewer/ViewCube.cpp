@@ -80,7 +80,7 @@ void ViewCube::paintEvent(QPaintEvent* /*event*/)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const bool dark = palette().color(QPalette::Window).lightness() < 128;
-    constexpr int textSide = 100;
+    constexpr int TextSide = 100;
     QFont textFont = font();
     textFont.setPixelSize(24);
     textFont.setBold(true);
@@ -94,7 +94,7 @@ void ViewCube::paintEvent(QPaintEvent* /*event*/)
         painter.setBrush(fill);
         painter.drawPolygon(side.corners);
         QTransform onto;
-        const QPolygonF square(QRectF(0, 0, textSide, textSide));
+        const QPolygonF square(QRectF(0, 0, TextSide, TextSide));
         if (!QTransform::quadToQuad(square.first(4), side.corners, onto)) {
             continue;
         }
@@ -104,7 +104,7 @@ void ViewCube::paintEvent(QPaintEvent* /*event*/)
         painter.setFont(textFont);
         painter.setPen(
             palette().color(m_hovered == side.view ? QPalette::HighlightedText : QPalette::ButtonText));
-        painter.drawText(QRect(0, 0, textSide, textSide), Qt::AlignCenter, tr(text->name));
+        painter.drawText(QRect(0, 0, TextSide, TextSide), Qt::AlignCenter, tr(text->name));
         painter.resetTransform();
     }
 }

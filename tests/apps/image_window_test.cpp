@@ -416,7 +416,7 @@ TEST_F(ImageWindowTest, LargePicturesShowAReducedPreviewFirst)
     ASSERT_TRUE(Await("the whole picture", [&] { return preview->Shown().image.size() == image.size(); }));
     Choose("Warm");
     ASSERT_TRUE(Await("a reduced preview", [&] { return preview->IsReduced(); }));
-    EXPECT_LE(preview->Shown().image.width() * preview->Shown().image.height(), ImagePreview::kReduced);
+    EXPECT_LE(preview->Shown().image.width() * preview->Shown().image.height(), ImagePreview::Reduced);
     EXPECT_EQ(image.size(), window.findChild<ImageComparison*>()->ResultSize());
     EXPECT_TRUE(Text("info").contains("preview")) << Text("info").toStdString();
     ASSERT_TRUE(Await("the whole result when the values rest", [&] { return !preview->IsReduced(); }));
