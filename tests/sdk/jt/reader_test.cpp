@@ -58,8 +58,8 @@ TEST(JtSamples, ShapesHaveTheBoxesAndAreasOfTheirNodes)
                 std::string storage;
                 const jt::Segment* segment = document.file.Find(late->segment);
                 ASSERT_NE(segment, nullptr);
-                const jt::Shape shape = jt::ReadShape(
-                    document.file.Open(*segment, storage, document.unpacked), document.values);
+                const jt::Shape shape =
+                    jt::ReadShape(document.file.Open(*segment, storage, document.unpacked), document.values);
                 const auto [least, most] =
                     std::minmax_element(shape.arrays.points.begin(), shape.arrays.points.end(),
                                         [](const auto& a, const auto& b) { return a.Y() < b.Y(); });

@@ -25,7 +25,7 @@ using internal::Reports;
 using part21::ClearText;
 using part21::Cursor;
 
-/// A file with one thing in it, whose name is given as a literal of clear text.
+/// A file with one thing of one triangle in it, whose name is given as a literal of clear text.
 struct Content
 {
     std::string name = "'thing'";
@@ -43,7 +43,13 @@ std::string StepText(const Content& content)
            "#3=PRODUCT_DEFINITION_CONTEXT('',#1,'design');\n" +
            content.beforeThing + "#10=PRODUCT('p'," + content.name +
            ",'',(#2));\n#11=PRODUCT_DEFINITION_FORMATION('','',#10);\n"
-           "#12=PRODUCT_DEFINITION('',$,#11,#3);\n" +
+           "#12=PRODUCT_DEFINITION('',$,#11,#3);\n"
+           "#20=PRODUCT_DEFINITION_SHAPE('','',#12);\n#21=SHAPE_DEFINITION_REPRESENTATION(#20,#22);\n"
+           "#22=TESSELLATED_SHAPE_REPRESENTATION('',(#23),#25);\n"
+           "#23=TRIANGULATED_SURFACE_SET('',#24,3,(),(),((1,2,3)));\n"
+           "#24=COORDINATES_LIST('',3,((0.,0.,0.),(1.,0.,0.),(0.,1.,0.)));\n"
+           "#25=(GEOMETRIC_REPRESENTATION_CONTEXT(3)GLOBAL_UNIT_ASSIGNED_CONTEXT((#26))"
+           "REPRESENTATION_CONTEXT('',''));\n#26=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT(.MILLI.,.METRE.));\n" +
            content.beforeEnd + content.end;
 }
 
@@ -51,7 +57,16 @@ std::string IfcText(const Content& content)
 {
     return content.beforeStart + "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('IFC4'));\nENDSEC;\nDATA;\n" +
            content.beforeThing + "#10=IFCPROJECT('0123456789012345678901',$," + content.name +
-           ",$,$,$,$,$,$);\n" + content.beforeEnd + content.end;
+           ",$,$,$,$,$,$);\n"
+           "#20=IFCRELAGGREGATES('0123456789012345678902',$,$,$,#10,(#21));\n"
+           "#21=IFCBUILDINGELEMENTPROXY('0123456789012345678903',$,$,$,$,$,#22,$,$);\n"
+           "#22=IFCPRODUCTDEFINITIONSHAPE($,$,(#23));\n"
+           "#23=IFCSHAPEREPRESENTATION(#24,'Body','Tessellation',(#27));\n"
+           "#24=IFCGEOMETRICREPRESENTATIONCONTEXT($,'Model',3,1.E-5,#25,$);\n"
+           "#25=IFCAXIS2PLACEMENT3D(#26,$,$);\n#26=IFCCARTESIANPOINT((0.,0.,0.));\n"
+           "#27=IFCTRIANGULATEDFACESET(#28,$,.F.,((1,2,3)),$);\n"
+           "#28=IFCCARTESIANPOINTLIST3D(((0.,0.,0.),(1.,0.,0.),(0.,1.,0.)));\n" +
+           content.beforeEnd + content.end;
 }
 
 struct Outcome
