@@ -144,17 +144,48 @@ public:
         return false;
     }
 
-    /// Tells whether one of the two is flat and the other bent, by the normals at their corners.
-    bool IsTangent(const Side& s, const Side& t) const { return IsFlat(s) != IsFlat(t); }
+    /// Whether one of the two is flat and the other bent, by the normals at their corners. A sliver of a bent
+    /// face has hardly a bend of its own: what counts as flat is one that would show the other's.
+    bool IsTangent(const Side& s, const Side& t) const
+    {
+        const Bend a = BendOf(s);
+        const Bend b = BendOf(t);
+        return (IsFlat(a) && b.curvature * a.height > LeastBend) ||
+               (IsFlat(b) && a.curvature * b.height > LeastBend);
+    }
 
 private:
-    /// Packed normals are exact to a tenth of a degree.
-    bool IsFlat(const Side& side) const
+    struct Bend
     {
-        const Vec3 n = UnpackedNormal(m_vertices[m_corners[side.triangle]].normal);
-        const Vec3 m = UnpackedNormal(m_vertices[m_corners[side.triangle + 1]].normal);
-        const Vec3 o = UnpackedNormal(m_vertices[m_corners[side.triangle + 2]].normal);
-        return !Differ(n, m, FlatCosine) && !Differ(n, o, FlatCosine) && !Differ(m, o, FlatCosine);
+        double angle = 0;     ///< radians, the largest between normals at two corners
+        double curvature = 0; ///< the largest of such an angle by the length between the corners
+        double height = 0;    ///< the smallest of the triangle
+    };
+
+    static constexpr double LeastBend = 0.5 * Radian;
+    /// Packed normals are exact to a tenth of a degree.
+    static bool IsFlat(const Bend& bend) { return bend.angle < 0.4 * Radian; }
+
+    Bend BendOf(const Side& side) const
+    {
+        Bend bend;
+        double longest = 0;
+        for (std::uint32_t k = 0; k < 3; ++k) {
+            const PackedVertex& from = m_vertices[m_corners[side.triangle + k]];
+            const PackedVertex& to = m_vertices[m_corners[side.triangle + (k + 1) % 3]];
+            const double length = Length(PlaceOf(to) - PlaceOf(from));
+            if (!(length > 0)) {
+                return {};
+            }
+            const Vec3 n = UnpackedNormal(from.normal);
+            const Vec3 m = UnpackedNormal(to.normal);
+            const double angle = std::atan2(Length(Cross(n, m)), Dot(n, m));
+            bend.angle = std::max(bend.angle, angle);
+            bend.curvature = std::max(bend.curvature, angle / length);
+            longest = std::max(longest, length);
+        }
+        bend.height = Length(FacetNormal(side)) / longest;
+        return bend;
     }
     static bool Differ(const Vec3& n, const Vec3& m, double cosine)
     {
@@ -179,7 +210,6 @@ private:
     }
 
     const double m_facetCosine = std::cos(ShapeData::CreaseAngle * Radian);
-    const double FlatCosine = std::cos(0.4 * Radian);
     const double m_normalCosine = std::cos(ShapeData::SeamAngle * Radian);
     const std::vector<PackedVertex>& m_vertices;
     const std::vector<std::uint32_t>& m_corners;
