@@ -264,19 +264,18 @@ bool Combine(Context& context, BooleanKind kind, const Solid& body, const std::v
     return done;
 }
 
-bool Combine(const Context& context, BooleanKind kind, const TopoDS_Shape& body,
+bool Combine(const Context& context, BooleanKind kind, TopoDS_Shape body,
              const std::vector<TopoDS_Shape>& tools, TopoDS_Shape& result)
 {
-    const TopoDS_Shape whole = body; // may be the result's own
     // what the file means by the same place first: openings that end a hair before a face leave no skin
     for (const double fuzzy : {context.fuzziness, tolerance::FinestPrecision, 10 * context.fuzziness}) {
-        const TopoDS_Shape shape = OperateSoundly(kind, whole, tools, fuzzy);
+        const TopoDS_Shape shape = OperateSoundly(kind, body, tools, fuzzy);
         if (!shape.IsNull()) {
             result = shape;
             return true;
         }
     }
-    result = whole;
+    result = body;
     if (tools.size() == 1) {
         return false;
     }

@@ -76,7 +76,7 @@ enum class BooleanKind
 /// The kernel's operation on one body and its tools, with the fuzziness of the file, less and more of it, and
 /// then tool by tool, until what comes out is a body of the kind that went in, of a volume that can be
 /// right. False when a tool fails all the same; `result` is then the body without it: better uncut than lost.
-bool Combine(const Context& context, BooleanKind kind, const TopoDS_Shape& body,
+bool Combine(const Context& context, BooleanKind kind, TopoDS_Shape body,
              const std::vector<TopoDS_Shape>& tools, TopoDS_Shape& result);
 /// The same on solids, without the kernel where all is flat.
 bool Combine(Context& context, BooleanKind kind, const Solid& body, const std::vector<const Solid*>& tools,
