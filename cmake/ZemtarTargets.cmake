@@ -46,7 +46,8 @@ if(ZEMTAR_SANITIZE)
 endif()
 
 if(ZEMTAR_SANITIZE_THREADS)
-    target_compile_options(zemtar_options INTERFACE -fsanitize=thread -g1 -O1)
+    target_compile_options(zemtar_options INTERFACE
+        -fsanitize=thread -g1 -O1 $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(zemtar_options INTERFACE -fsanitize=thread)
 endif()
 
@@ -116,7 +117,7 @@ function(zemtar_add_test name)
     add_test(NAME ${name} COMMAND ${launcher} $<TARGET_FILE:${name}>)
     set_tests_properties(${name} PROPERTIES
         ENVIRONMENT "${platform};LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp;\
-TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/tsan.supp${leaks}"
+TSAN_OPTIONS=ignore_noninstrumented_modules=1:suppressions=${PROJECT_SOURCE_DIR}/tests/support/tsan.supp${leaks}"
         TIMEOUT 1800 LABELS "${ARG_LABELS}")
 endfunction()
 
