@@ -64,13 +64,13 @@ bool IsPlainlyBinary(const CZemtarString& fileName)
         }
     }
     // White space, and what switches between character sets in seven bits, may stand in a text.
-    constexpr std::string_view inTexts = "\t\n\v\f\r\x0E\x0F\x1A\x1B";
+    constexpr std::string_view InTexts = "\t\n\v\f\r\x0E\x0F\x1A\x1B";
     const auto controls = std::count_if(bytes.begin(), bytes.end(), [&](char byte) {
-        return static_cast<unsigned char>(byte) < 0x20 && inTexts.find(byte) == std::string_view::npos;
+        return static_cast<unsigned char>(byte) < 0x20 && InTexts.find(byte) == std::string_view::npos;
     });
-    constexpr std::size_t bytesPerControl = 32;
+    constexpr std::size_t BytesPerControl = 32;
     return bytes.find('\0') != std::string_view::npos &&
-           static_cast<std::size_t>(controls) > bytes.size() / bytesPerControl;
+           static_cast<std::size_t>(controls) > bytes.size() / BytesPerControl;
 }
 
 /// Reads the file from its UTF-8 copy where it needs one, and from the source when the copy cannot be read.

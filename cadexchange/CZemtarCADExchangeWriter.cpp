@@ -76,7 +76,7 @@ cadex::Base_Writer* MakeJTWriter(enumLengthUnit unit, int exportMethod)
 
 } // namespace
 
-CZemtarCADExchangeWriter::CZemtarCADExchangeWriter() : m_JTExportMethod(JTExportMethodNotSet) {}
+CZemtarCADExchangeWriter::CZemtarCADExchangeWriter() : m_jtExportMethod(JTExportMethodNotSet) {}
 
 int CZemtarCADExchangeWriter::TranslateUnit(enumLengthUnit unit)
 {
@@ -98,7 +98,7 @@ cadex::Base_Writer* CZemtarCADExchangeWriter::GetCADWriter(enumLengthUnit unit)
     case eWriterIGES:
         return MakeWriter<cadex::IGES_Writer>(unit);
     case eWriterJT:
-        return MakeJTWriter(unit, m_JTExportMethod);
+        return MakeJTWriter(unit, m_jtExportMethod);
     case eWriterParasolid:
         return new cadex::Para_Writer; // the format is always in metres
     case eWriterRhino:

@@ -45,7 +45,7 @@ public:
 
     /// Chooses how a JT export is split into files: 0 one file, 1 a file a part. Any other value, and so the
     /// initial 100, leaves the SDK's own mode untouched.
-    void SetJTExportMethod(int method) { m_JTExportMethod = method; }
+    void SetJTExportMethod(int method) { m_jtExportMethod = method; }
 
     /// Gives the SDK's number of a host length unit; a unit without a counterpart, or out of range, gives
     /// metres (2).
@@ -68,7 +68,7 @@ public:
 
 private:
     eWriterType m_writerType = eWriterNone;
-    int m_JTExportMethod;
+    int m_jtExportMethod;
 };
 
 } // namespace Zemtar

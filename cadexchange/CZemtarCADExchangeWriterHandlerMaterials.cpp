@@ -37,10 +37,10 @@ cadex::ModelData_Appearance* CZemtarCADExchangeWriterHandler::CreateMaterial(CZe
     if (!general) {
         return nullptr;
     }
-    constexpr float shininess = 0.0f;
+    constexpr float Shininess = 0.0f;
     const cadex::ModelData_Material look(ColorOf(general->AmbientColor()), ColorOf(general->DiffuseColor()),
                                          ColorOf(general->SpecularColor()), ColorOf(general->EmissiveColor()),
-                                         shininess);
+                                         Shininess);
     return &m_appearances.emplace(material, cadex::ModelData_Appearance(look)).first->second;
 }
 

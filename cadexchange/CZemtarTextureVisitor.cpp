@@ -67,10 +67,10 @@ bool CopyTexture(const CZemtarString& source, const CZemtarString& target)
 void WritePixMap(const cadex::ModelData_PixMap& pixMap, const PixelLayout& layout,
                  const CZemtarString& target)
 {
-    constexpr std::size_t largest = std::numeric_limits<int>::max() / 4;
+    constexpr std::size_t Largest = std::numeric_limits<int>::max() / 4;
     const std::size_t rows = pixMap.Width();
     const std::size_t columns = pixMap.Height();
-    if (rows > largest || columns > largest) {
+    if (rows > Largest || columns > Largest) {
         return;
     }
     const std::size_t rowBytes = columns * layout.bytesPerPixel;

@@ -10,9 +10,9 @@ namespace Zemtar {
 /// texts rest; the language leaves it undefined.
 inline int TruncateToInt(double value)
 {
-    constexpr double below = -2147483649.0;
-    constexpr double above = 2147483648.0;
-    return value > below && value < above ? static_cast<int>(value) : std::numeric_limits<int>::min();
+    constexpr double Below = -2147483649.0;
+    constexpr double Above = 2147483648.0;
+    return value > Below && value < Above ? static_cast<int>(value) : std::numeric_limits<int>::min();
 }
 
 } // namespace Zemtar

@@ -22,9 +22,10 @@ public:
     CZemtarWriter();
     virtual ~CZemtarWriter();
 
-    /// Writes a document into a file, placed by `transform` (null: the identity), in `unit`. Cameras, scene
-    /// states and section plane may be null. What the result means is the plug-in's: some report success by
-    /// the file alone.
+    /// Writes a document into a file in `unit`. `transform` (null: the identity) is where the traversal of
+    /// the document starts; whether it places the file's content is the plug-in's. Cameras, scene states and
+    /// section plane may be null. What the result means is the plug-in's: some report success by the file
+    /// alone.
     virtual bool Export(CZemtarDocument* document, CZemtarString fileName, CZemtarTransform* transform,
                         std::vector<CZemtarCamera*>* cameras, std::vector<CZemtarSceneState*>* sceneStates,
                         CZemtarSectionPlane* sectionPlane, CZemtarUnit unit) = 0;

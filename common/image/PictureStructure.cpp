@@ -5,9 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
-#include <cstring>
-#include <string>
 
 namespace Zemtar::ImageFiles {
 namespace {
@@ -29,186 +26,6 @@ bool isSoundPhotoCd(const PictureBytes& file)
     constexpr qint64 kStart = 0x30000;
     constexpr qint64 kPixels = qint64{768} * 512;
     return file.Size() >= kStart + kPixels * 3 / 2;
-}
-
-// Interchange file format
-
-struct IffPicture
-{
-    unsigned width = 0, height = 0, planes = 0, compression = 0;
-
-    unsigned Depth() const { return planes > 8 ? 24 : 8; }
-};
-
-bool readIffHeader(PictureBytes& file, IffPicture& picture)
-{
-    picture.width = file.Big16();
-    picture.height = file.Big16();
-    file.Skip(4);
-    picture.planes = file.Byte();
-    const unsigned masking = file.Byte();
-    picture.compression = file.Byte();
-    file.Skip(9);
-    picture.planes += masking & 1;
-    return file.IsGood() && (picture.planes <= 8 || picture.planes == 24) &&
-           isPossibleSize(picture.width, picture.height);
-}
-
-/// Rows of whole pixels. The decoder writes all of a run, so that each row must end with one.
-bool isSoundPackedBody(PictureBytes& file, const IffPicture& picture)
-{
-    const qint64 line = (qint64(picture.width) * picture.Depth() / 8 + 1) & ~qint64{1};
-    if (picture.compression != 1) {
-        return file.Left() >= line * picture.height;
-    }
-    for (unsigned row = 0; row < picture.height && file.IsGood(); ++row) {
-        qint64 written = 0;
-        while (written < line && file.IsGood()) {
-            const unsigned count = file.Byte();
-            if (count < 128) {
-                file.Skip(count + 1);
-                written += count + 1;
-            } else if (count > 128) {
-                file.Byte();
-                written += 257 - count;
-            }
-        }
-        if (written != line) {
-            return false;
-        }
-    }
-    return file.IsGood();
-}
-
-/// Rows of bit planes; a run that goes beyond its row is cut off.
-bool isSoundPlanarBody(PictureBytes& file, const IffPicture& picture)
-{
-    const qint64 line = qint64((picture.width + 15) / 16 * 2) * picture.planes;
-    if (picture.compression == 0) {
-        return file.Left() >= line * picture.height;
-    }
-    for (unsigned row = 0; row < picture.height; ++row) {
-        for (qint64 x = 0; x < line;) {
-            const unsigned count = file.Byte();
-            if (count < 128) {
-                file.Skip(std::min<qint64>(count + 1, line - x));
-                x += count + 1;
-            } else if (count > 128) {
-                file.Byte();
-                x += 257 - count;
-            }
-            if (!file.IsGood()) {
-                return false;
-            }
-        }
-    }
-    return true;
-}
-
-bool isSoundIff(PictureBytes file)
-{
-    const std::uint32_t form = file.Big32();
-    std::uint32_t left = file.Big32() - 4; // wraps as the decoder's does
-    const std::uint32_t type = file.Big32();
-    if (form != 0x464F524D || (type != 0x494C424D && type != 0x50424D20)) { // FORM; ILBM, PBM
-        return false;
-    }
-    IffPicture picture;
-    while (left != 0 && file.IsGood()) {
-        const std::uint32_t chunk = file.Big32();
-        const std::uint32_t size = file.Big32();
-        const qint64 start = file.Position();
-        if (chunk == 0x424D4844 && !readIffHeader(file, picture)) { // BMHD
-            return false;
-        }
-        if (chunk == 0x424F4459) { // BODY
-            return picture.width > 0 &&
-                   (type == 0x494C424D ? isSoundPlanarBody(file, picture) : isSoundPackedBody(file, picture));
-        }
-        const qint64 padded = qint64{size} + (size & 1);
-        file.Seek(start + padded);
-        left -= static_cast<std::uint32_t>(padded) + 8;
-    }
-    return false;
-}
-
-// X bitmap: C source
-
-/// One line as the decoder reads it; it must be shorter than the decoder's buffer. False at the end.
-bool readXbmLine(PictureBytes& file, std::string& line)
-{
-    constexpr std::size_t kBuffer = 512;
-    line.clear();
-    while (file.Left() > 0 && line.size() < kBuffer - 1) {
-        line += static_cast<char>(file.Byte());
-        if (line.back() == '\n') {
-            return true;
-        }
-    }
-    return false;
-}
-
-/// Finds the array's declaration and the size before it; the bytes of an element, 0 when there is none.
-int readXbmHeader(PictureBytes& file, int& width, int& height)
-{
-    constexpr std::size_t kBuffer = 512;
-    std::string line;
-    std::array<char, kBuffer> name;
-    while (readXbmLine(file, line)) {
-        int value = 0;
-        if (std::sscanf(line.c_str(), "#define %511s %d", name.data(), &value) == 2) {
-            const char* const part = std::strrchr(name.data(), '_');
-            const std::string key = part != nullptr ? part + 1 : name.data();
-            (key == "width" ? width : key == "height" ? height : value) = value;
-        } else if (std::sscanf(line.c_str(), "static short %511s = {", name.data()) == 1) {
-            return 2;
-        } else if (std::sscanf(line.c_str(), "static char %511s = {", name.data()) == 1 ||
-                   std::sscanf(line.c_str(), "static unsigned char %511s = {", name.data()) == 1) {
-            return 1;
-        }
-    }
-    return 0;
-}
-
-bool isHexDigit(unsigned byte)
-{
-    return (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'F') || (byte >= 'a' && byte <= 'f');
-}
-
-/// Whether the decoder finds `count` numbers, each with the character that ends it.
-bool hasXbmBytes(PictureBytes& file, qint64 count)
-{
-    for (qint64 i = 0; i < count && file.IsGood(); ++i) {
-        while (file.IsGood() && !isHexDigit(file.Byte())) {
-        }
-        unsigned byte = file.Byte();
-        while (file.IsGood() && (isHexDigit(byte) || byte == 'x' || byte == 'X')) {
-            byte = file.Byte();
-        }
-    }
-    return file.IsGood();
-}
-
-bool hasXbmWords(PictureBytes& file, qint64 count)
-{
-    for (qint64 i = 0; i < count && file.IsGood(); ++i) {
-        while (file.IsGood() && file.Byte() != 'x') {
-        }
-        file.Skip(4);
-    }
-    return file.IsGood();
-}
-
-bool isSoundXbm(PictureBytes file)
-{
-    int width = -1;
-    int height = -1;
-    const int element = readXbmHeader(file, width, height);
-    if (element == 0 || !isPossibleSize(width, height)) {
-        return false;
-    }
-    const qint64 line = (qint64(width) + 7) / 8;
-    return element == 1 ? hasXbmBytes(file, line * height) : hasXbmWords(file, (line + 1) / 2 * height);
 }
 
 // Wireless bitmap
@@ -451,75 +268,6 @@ bool isSoundJpeg2000(const QByteArray& bytes)
     return tiles <= bytes.size() / kBytesPerTile;
 }
 
-// Targa
-
-struct TargaPicture
-{
-    unsigned kind = 0, depth = 0;
-    qint64 width = 0, height = 0, start = 0;
-
-    qint64 PixelBytes() const { return (depth + 7) / 8; }
-};
-
-TargaPicture readTargaHeader(PictureBytes& file)
-{
-    TargaPicture picture;
-    const unsigned nameLength = file.Byte();
-    const unsigned mapType = file.Byte();
-    picture.kind = file.Byte();
-    file.Skip(2);
-    const qint64 colors = file.Little16();
-    const qint64 colorBits = file.Byte();
-    file.Skip(4);
-    picture.width = file.Little16();
-    picture.height = file.Little16();
-    picture.depth = file.Byte();
-    file.Byte();
-    file.Skip(nameLength);
-    if (picture.depth == 8 && mapType > 0) {
-        file.Skip(colors * colorBits / 8);
-    }
-    picture.start = file.Position();
-    return picture;
-}
-
-/// Whether packets fill the picture exactly.
-bool hasTargaPackets(PictureBytes& file, const TargaPicture& picture)
-{
-    const qint64 pixels = picture.width * picture.height;
-    qint64 done = 0;
-    while (done < pixels && file.IsGood()) {
-        const unsigned code = file.Byte();
-        const unsigned count = (code & 0x7F) + 1;
-        file.Skip(picture.PixelBytes() * ((code & 0x80) != 0 ? 1 : count));
-        done += count;
-    }
-    return file.IsGood() && done == pixels;
-}
-
-/// The decoder's cache holds as many bytes as fall on a row on average, which may be less than a pixel: zeros
-/// are added to the file. They also hide what follows the picture, a small copy of it, for one.
-bool isSoundTarga(QByteArray& bytes)
-{
-    constexpr qint64 kCache = 64;
-    constexpr qint64 kFooter = 26;
-    constexpr unsigned kPacked = 8;
-    PictureBytes file(bytes);
-    const TargaPicture picture = readTargaHeader(file);
-    if (!file.IsGood() || !isPossibleSize(picture.width, picture.height)) {
-        return false;
-    }
-    const bool isWhole = picture.kind >= kPacked
-                             ? hasTargaPackets(file, picture)
-                             : file.Left() >= picture.width * picture.height * picture.PixelBytes();
-    if (!isWhole) {
-        return false;
-    }
-    const qint64 missing = kCache * picture.height - (bytes.size() - picture.start);
-    bytes += QByteArray(std::max<qint64>(missing, 0) + kFooter, '\0');
-    return true;
-}
-
 // Animations and JPEG with alpha in chunks, as PNG has them
 
 bool isSoundChunks(PictureBytes file)
@@ -601,9 +349,9 @@ bool isSoundPicture(FREE_IMAGE_FORMAT format, QByteArray& bytes)
     case FIF_PCD:
         return isSoundPhotoCd(file);
     case FIF_IFF:
-        return isSoundIff(file);
+        return isSoundIff(bytes);
     case FIF_XBM:
-        return isSoundXbm(file);
+        return isSoundXbm(bytes);
     case FIF_WBMP:
         return isSoundWbmp(file);
     case FIF_CUT:

@@ -20,6 +20,9 @@ bool isSoundPicture(FREE_IMAGE_FORMAT format, QByteArray& bytes);
 bool isSoundPict(const QByteArray& bytes);
 bool isSoundPsd(QByteArray& bytes);
 bool isSoundXpm(const QByteArray& bytes);
+bool isSoundXbm(const QByteArray& bytes);
+bool isSoundIff(const QByteArray& bytes);
+bool isSoundTarga(QByteArray& bytes);
 bool isSoundTiff(QByteArray& bytes);
 
 } // namespace Zemtar::ImageFiles
