@@ -36,7 +36,4 @@ struct FileBody
 /// In the order of the file. Every record is taken once, however records point at each other.
 std::vector<FileBody> ReadBodies(const Records& records);
 
-/// A text of the file: UTF-8 where it is valid, else ISO 8859-1.
-Base_UTF16String TextOf(std::string_view bytes);
-
 } // namespace cadex::acis

@@ -8,6 +8,7 @@
 #include "sdk/acis/AcisBinary.h"
 #include "sdk/acis/AcisBodies.h"
 #include "sdk/brep/DescribedPart.h"
+#include "sdk/text/PlainText.h"
 
 namespace cadex::acis {
 
@@ -18,9 +19,9 @@ using internal::Reports;
 
 void AddText(ModelData_PropertyTable& table, const char* key, std::string_view value)
 {
-    const Base_UTF16String text = TextOf(value);
-    if (!text.IsEmpty()) {
-        table.Add(key, text);
+    const Base_UTF16String decoded = text::DecodePlainString(value);
+    if (!decoded.IsEmpty()) {
+        table.Add(key, decoded);
     }
 }
 
