@@ -10,6 +10,7 @@
 #include <cadex/internal/Progress.hxx>
 #include <cadex/internal/Reports.hxx>
 
+#include "sdk/parasolid/XtBodyPlan.h"
 #include "sdk/parasolid/XtSchema.h"
 
 namespace cadex::parasolid {
@@ -72,101 +73,6 @@ std::u16string NameOf(const Base_UTF16String& name)
 
 } // namespace
 
-/// Nodes of one body: all of a kind behind each other, whatever the shell.
-struct ParasolidWriter::BodyPlan
-{
-    const mesh::FlatPart& part;
-    const mesh::FlatBody& source;
-    std::u16string name;
-    int instance = 0; ///< that places the body; 0: none
-    int body = 0;
-    int regions = 0; ///< the outer void, the solid, one for each cavity
-    int shells = 0;  ///< of the solid, then of the voids; one of a sheet
-    int faces = 0;
-    int loops = 0;
-    int fins = 0;
-    int lonely = 0; ///< fins of no loop, beside those that are the only ones of their edges
-    int edges = 0;
-    int vertices = 0;
-    int planes = 0;
-    int lines = 0;
-    int points = 0;
-    int chains = 0; ///< the list of attributes, if there are any, and its block
-    int looks = 0;  ///< attributes and their values: colour, name, colours of faces
-    int highestId = 0;
-
-    /// How many of a kind stand before those of a shell; behind the last one, how many there are.
-    struct Offsets
-    {
-        int faces = 0;
-        int loops = 0;
-        int fins = 0;
-        int lonely = 0;
-        int edges = 0;
-        int vertices = 0;
-    };
-    std::vector<Offsets> offsets;
-    int colouredFaces = 0;
-
-    bool HasColour() const { return part.BodyColour().has_value(); }
-    bool HasName() const { return !name.empty(); }
-    int LookCount() const { return (HasColour() ? 1 : 0) + (HasName() ? 1 : 0) + colouredFaces; }
-    int NameLook() const { return looks + (HasColour() ? 2 : 0); }
-    int FaceLooks() const { return NameLook() + (HasName() ? 2 : 0); }
-    int ShellCount() const { return static_cast<int>(source.shells.size()); }
-    int SolidShell(std::size_t shell) const { return shells + static_cast<int>(shell); }
-    int VoidShell(std::size_t shell) const
-    {
-        return source.isClosed ? shells + ShellCount() + static_cast<int>(shell) : shells;
-    }
-    const Offsets& Total() const { return offsets.back(); }
-
-    BodyPlan(const mesh::FlatPart& flat, const mesh::FlatBody& own) : part(flat), source(own)
-    {
-        Offsets sum;
-        for (const PolygonBody& shell : source.shells) {
-            offsets.push_back(sum);
-            const auto add = [](int& to, std::size_t count) { to += static_cast<int>(count); };
-            add(sum.faces, shell.faces.size());
-            add(sum.loops, shell.loops.size());
-            add(sum.fins, shell.coedges.size());
-            add(sum.edges, shell.edges.size());
-            add(sum.vertices, shell.vertices.size());
-            add(sum.lonely, static_cast<std::size_t>(
-                                std::count_if(shell.coedges.begin(), shell.coedges.end(), IsLonely)));
-            for (const PolygonBody::Face& face : shell.faces) {
-                colouredFaces += part.IsColoured(face) ? 1 : 0;
-            }
-        }
-        offsets.push_back(sum);
-    }
-
-    static bool IsLonely(const PolygonBody::Coedge& coedge) { return coedge.partner == PolygonBody::NoIndex; }
-
-    /// Gives the index behind the body's nodes.
-    int Place(int first)
-    {
-        const int cells = source.isClosed ? ShellCount() + 1 : 1;
-        body = first;
-        regions = body + 1;
-        shells = regions + cells;
-        faces = shells + (source.isClosed ? 2 * ShellCount() : 1);
-        loops = faces + Total().faces;
-        fins = loops + Total().loops;
-        lonely = fins + Total().fins;
-        edges = lonely + Total().lonely;
-        vertices = edges + Total().edges;
-        planes = vertices + Total().vertices;
-        lines = planes + Total().faces;
-        points = lines + Total().edges;
-        chains = points + Total().vertices;
-        looks = chains + (LookCount() > 0 ? 2 : 0);
-        highestId = (faces - regions) + 2 * (Total().faces + Total().edges + Total().vertices) +
-                    Total().loops + LookCount();
-        return looks + 2 * LookCount();
-    }
-};
-
 ParasolidWriter::ParasolidWriter(text::ByteSink& sink, const ModelData_Model& model, Base_LengthUnit)
     : mySink(sink), myModel(model)
 {
@@ -195,7 +101,7 @@ bool ParasolidWriter::Write()
             }
             const mesh::FlatPart part = InMetres(placed);
             if (part.bodies.size() == 1 && HasRoom(part.bodies.front())) {
-                BodyPlan plan(part, part.bodies.front());
+                XtBodyPlan plan(part, part.bodies.front());
                 plan.name = NameOf(placed.name);
                 myNext = plan.Place(myNext);
                 WriteBody(plan);
@@ -258,7 +164,7 @@ void ParasolidWriter::WritePart(const mesh::PlacedPart& placed)
         if (!HasRoom(source)) {
             return;
         }
-        BodyPlan plan(part, source);
+        XtBodyPlan plan(part, source);
         plan.name = NameOf(placed.name);
         plan.instance = myNext++;
         if (myInstance != 0) {
@@ -296,7 +202,7 @@ void ParasolidWriter::WriteInstance(int next, bool isLast)
     myBefore = myInstance;
 }
 
-void ParasolidWriter::WriteBody(const BodyPlan& plan)
+void ParasolidWriter::WriteBody(const XtBodyPlan& plan)
 {
     myNodeId = 0;
     const bool isClosed = plan.source.isClosed;
@@ -317,7 +223,7 @@ void ParasolidWriter::WriteBody(const BodyPlan& plan)
     WriteAttributes(plan);
 }
 
-void ParasolidWriter::WriteRegions(const BodyPlan& plan)
+void ParasolidWriter::WriteRegions(const XtBodyPlan& plan)
 {
     const int count = plan.shells - plan.regions;
     for (int i = 0; i < count; ++i) {
@@ -347,10 +253,10 @@ void ParasolidWriter::WriteRegions(const BodyPlan& plan)
     }
 }
 
-void ParasolidWriter::WriteFaces(const BodyPlan& plan, std::size_t shell)
+void ParasolidWriter::WriteFaces(const XtBodyPlan& plan, std::size_t shell)
 {
     const PolygonBody& polygons = plan.source.shells[shell];
-    const BodyPlan::Offsets& before = plan.offsets[shell];
+    const XtBodyPlan::Offsets& before = plan.offsets[shell];
     int coloured = 0;
     for (std::size_t i = 0; i < shell; ++i) {
         for (const PolygonBody::Face& face : plan.source.shells[i].faces) {
@@ -393,10 +299,10 @@ void ParasolidWriter::WriteFaces(const BodyPlan& plan, std::size_t shell)
 }
 
 /// Where an edge has one fin alone, another without a loop stands beside it.
-void ParasolidWriter::WriteFins(const BodyPlan& plan, std::size_t shell)
+void ParasolidWriter::WriteFins(const XtBodyPlan& plan, std::size_t shell)
 {
     const PolygonBody& polygons = plan.source.shells[shell];
-    const BodyPlan::Offsets& before = plan.offsets[shell];
+    const XtBodyPlan::Offsets& before = plan.offsets[shell];
     const int base = plan.fins + before.fins;
     int lonely = plan.lonely + before.lonely;
     // chains of the fins that end in a vertex; WriteVertices begins with the last one met
@@ -408,7 +314,7 @@ void ParasolidWriter::WriteFins(const BodyPlan& plan, std::size_t shell)
         const int edge = plan.edges + before.edges + static_cast<int>(coedge.edge);
         const int vertices = plan.vertices + before.vertices;
         const bool isForward = polygons.coedges[polygons.edges[coedge.edge]].from == coedge.from;
-        const bool isLonely = BodyPlan::IsLonely(coedge);
+        const bool isLonely = XtBodyPlan::IsLonely(coedge);
         Begin(type::Fin, index);
         Put({0, plan.loops + before.loops + static_cast<int>(coedge.loop),
              base + static_cast<int>(i + 1 < loop.last ? i + 1 : loop.first),
@@ -437,10 +343,10 @@ void ParasolidWriter::WriteFins(const BodyPlan& plan, std::size_t shell)
     }
 }
 
-void ParasolidWriter::WriteEdges(const BodyPlan& plan, std::size_t shell)
+void ParasolidWriter::WriteEdges(const XtBodyPlan& plan, std::size_t shell)
 {
     const PolygonBody& polygons = plan.source.shells[shell];
-    const BodyPlan::Offsets& before = plan.offsets[shell];
+    const XtBodyPlan::Offsets& before = plan.offsets[shell];
     for (std::size_t i = 0; i < polygons.edges.size(); ++i) {
         const PolygonBody::Coedge& coedge = polygons.coedges[polygons.edges[i]];
         const int place = before.edges + static_cast<int>(i);
@@ -462,7 +368,7 @@ void ParasolidWriter::WriteEdges(const BodyPlan& plan, std::size_t shell)
     }
 }
 
-void ParasolidWriter::WriteVertices(const BodyPlan& plan, std::size_t shell)
+void ParasolidWriter::WriteVertices(const XtBodyPlan& plan, std::size_t shell)
 {
     const PolygonBody& polygons = plan.source.shells[shell];
     for (std::size_t i = 0; i < polygons.vertices.size(); ++i) {
@@ -478,7 +384,7 @@ void ParasolidWriter::WriteVertices(const BodyPlan& plan, std::size_t shell)
 
 /// Definitions are written with the first attribute of their kind. Those of a body are chained, those of its
 /// faces by their kind.
-void ParasolidWriter::WriteAttributes(const BodyPlan& plan)
+void ParasolidWriter::WriteAttributes(const XtBodyPlan& plan)
 {
     if (plan.LookCount() == 0) {
         return;
@@ -543,7 +449,7 @@ void ParasolidWriter::WriteDefinition(std::size_t kind)
 }
 
 /// The list of the first attribute of each kind.
-void ParasolidWriter::WriteChains(const BodyPlan& plan, const std::vector<int>& heads)
+void ParasolidWriter::WriteChains(const XtBodyPlan& plan, const std::vector<int>& heads)
 {
     constexpr int OfAttributes = 4;
     constexpr int BlockLength = 20;

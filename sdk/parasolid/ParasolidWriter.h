@@ -21,6 +21,8 @@
 
 namespace cadex::parasolid {
 
+struct XtBodyPlan;
+
 /// Writes once. The model must be one of which an ExportPlan can be made. The format is in metres whatever
 /// the unit.
 class ParasolidWriter
@@ -31,22 +33,20 @@ public:
     bool Write();
 
 private:
-    struct BodyPlan;
-
     void WriteHeader();
     void WriteAssembly();
     void WritePart(const mesh::PlacedPart& placed);
     bool HasRoom(const mesh::FlatBody& body);
     void WriteInstance(int body, bool isLast);
-    void WriteBody(const BodyPlan& plan);
-    void WriteRegions(const BodyPlan& plan);
-    void WriteFaces(const BodyPlan& plan, std::size_t shell);
-    void WriteFins(const BodyPlan& plan, std::size_t shell);
-    void WriteEdges(const BodyPlan& plan, std::size_t shell);
-    void WriteVertices(const BodyPlan& plan, std::size_t shell);
-    void WriteAttributes(const BodyPlan& plan);
+    void WriteBody(const XtBodyPlan& plan);
+    void WriteRegions(const XtBodyPlan& plan);
+    void WriteFaces(const XtBodyPlan& plan, std::size_t shell);
+    void WriteFins(const XtBodyPlan& plan, std::size_t shell);
+    void WriteEdges(const XtBodyPlan& plan, std::size_t shell);
+    void WriteVertices(const XtBodyPlan& plan, std::size_t shell);
+    void WriteAttributes(const XtBodyPlan& plan);
     void WriteDefinition(std::size_t kind);
-    void WriteChains(const BodyPlan& plan, const std::vector<int>& heads);
+    void WriteChains(const XtBodyPlan& plan, const std::vector<int>& heads);
     void WriteColour(int index, const ModelData_Color& colour);
     void WriteName(int index, const std::u16string& name, bool isPlain);
 
