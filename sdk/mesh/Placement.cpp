@@ -35,10 +35,7 @@ Matrix3 Scaled(Matrix3 matrix, double factor)
 
 Matrix3 InverseTransposed(const Matrix3& m)
 {
-    const Matrix3 cofactors{m[4] * m[8] - m[5] * m[7], m[5] * m[6] - m[3] * m[8], m[3] * m[7] - m[4] * m[6],
-                            m[2] * m[7] - m[1] * m[8], m[0] * m[8] - m[2] * m[6], m[1] * m[6] - m[0] * m[7],
-                            m[1] * m[5] - m[2] * m[4], m[2] * m[3] - m[0] * m[5], m[0] * m[4] - m[1] * m[3]};
-    return Scaled(cofactors, 1 / Determinant(m));
+    return Scaled(Cofactors(m), 1 / Determinant(m));
 }
 
 /// The nearest orthogonal matrix, by Newton's iteration with scaling.
@@ -97,6 +94,13 @@ double Determinant(const Matrix3& m)
 {
     return m[0] * (m[4] * m[8] - m[5] * m[7]) - m[1] * (m[3] * m[8] - m[5] * m[6]) +
            m[2] * (m[3] * m[7] - m[4] * m[6]);
+}
+
+Matrix3 Cofactors(const Matrix3& m)
+{
+    return {m[4] * m[8] - m[5] * m[7], m[5] * m[6] - m[3] * m[8], m[3] * m[7] - m[4] * m[6],
+            m[2] * m[7] - m[1] * m[8], m[0] * m[8] - m[2] * m[6], m[1] * m[6] - m[0] * m[7],
+            m[1] * m[5] - m[2] * m[4], m[2] * m[3] - m[0] * m[5], m[0] * m[4] - m[1] * m[3]};
 }
 
 Matrix3 Transposed(const Matrix3& m)

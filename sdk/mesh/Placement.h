@@ -21,6 +21,9 @@ inline constexpr Matrix3 Identity3{1, 0, 0, 0, 1, 0, 0, 0, 1};
 Matrix3 Multiply(const Matrix3& left, const Matrix3& right);
 Vector3 Multiply(const Matrix3& matrix, const Vector3& vector);
 double Determinant(const Matrix3& matrix);
+/// Turns normals as `matrix` turns points, but for their length: the inverse, transposed, times the
+/// determinant.
+Matrix3 Cofactors(const Matrix3& matrix);
 Matrix3 Transposed(const Matrix3& matrix);
 /// Of a matrix that can be inverted.
 Matrix3 Inverse(const Matrix3& matrix);

@@ -234,7 +234,7 @@ private:
 
     std::string NormalBytes() const
     {
-        const mesh::Matrix3 cofactors = Cofactors(myLinear);
+        const mesh::Matrix3 cofactors = mesh::Cofactors(myLinear);
         std::string bytes;
         bytes.reserve(myVertices.Count() * 12);
         for (std::size_t i = 0; i < myVertices.Count(); ++i) {
@@ -304,13 +304,6 @@ private:
 };
 
 } // namespace
-
-mesh::Matrix3 Cofactors(const mesh::Matrix3& m)
-{
-    return {m[4] * m[8] - m[5] * m[7], m[5] * m[6] - m[3] * m[8], m[3] * m[7] - m[4] * m[6],
-            m[2] * m[7] - m[1] * m[8], m[0] * m[8] - m[2] * m[6], m[1] * m[6] - m[0] * m[7],
-            m[1] * m[5] - m[2] * m[4], m[2] * m[3] - m[0] * m[5], m[0] * m[4] - m[1] * m[3]};
-}
 
 void WriteMesh(ChunkWriter& out, const internal::TriangleSetImpl& mesh, const mesh::Matrix3& linear)
 {

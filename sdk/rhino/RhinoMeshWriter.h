@@ -7,10 +7,6 @@
 
 namespace cadex::rhino {
 
-/// The matrix that turns normals as `matrix` turns points, but for their length: its inverse transposed,
-/// times its determinant.
-mesh::Matrix3 Cofactors(const mesh::Matrix3& matrix);
-
 /// Writes the wrapper of a mesh object; `linear` maps the points into the file. Vertices are shared where
 /// their normals and texture coordinates are. Positions are written in single precision and, where that
 /// rounds them, beside it in double. Triangles with equal corners, or one that is not finite, are left out.

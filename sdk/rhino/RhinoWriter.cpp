@@ -16,9 +16,9 @@
 #include "sdk/model/Elements.h"
 #include "sdk/part21/PropertyTexts.h"
 #include "sdk/rhino/RhinoMeshWriter.h"
+#include "sdk/rhino/RhinoTables.h"
 #include "sdk/rhino/RhinoTolerances.h"
 #include "sdk/text/LengthUnits.h"
-#include "sdk/text/Mixing.h"
 
 namespace cadex::rhino {
 
@@ -57,13 +57,6 @@ PackedColour Packed(const ModelData_Color& colour)
     return byteOf(colour.R()) | byteOf(colour.G()) << 8 | byteOf(colour.B()) << 16;
 }
 
-/// Whether there is more to an appearance than a colour that covers.
-bool IsMaterial(const ModelData_Appearance& appearance)
-{
-    ModelData_Material material;
-    return !appearance.IsNull() && appearance.ToMaterial(material);
-}
-
 class FileTextures final : public ModelData_TextureVisitor
 {
 public:
@@ -78,49 +71,13 @@ public:
     void operator()(const ModelData_PixMapTexture&) override {} // pictures in memory have no file to name
 };
 
-bool IsIdentity(const mesh::Matrix3& matrix)
-{
-    for (std::size_t i = 0; i < 9; ++i) {
-        if (std::abs(matrix[i] - mesh::Identity3[i]) > tolerance::SameMatrix) {
-            return false;
-        }
-    }
-    return true;
-}
-
-/// False when the matrix cannot be inverted with some precision.
-bool Invert(const mesh::Matrix3& matrix, mesh::Matrix3& inverse)
-{
-    const double determinant = mesh::Determinant(matrix);
-    double largest = 0;
-    for (const double value : matrix) {
-        largest = std::max(largest, std::abs(value));
-    }
-    if (!(std::abs(determinant) > tolerance::SmallestDeterminant * largest * largest * largest)) {
-        return false;
-    }
-    const mesh::Matrix3 cofactors = Cofactors(matrix);
-    for (std::size_t row = 0; row < 3; ++row) {
-        for (std::size_t column = 0; column < 3; ++column) {
-            inverse[3 * row + column] = cofactors[3 * column + row] / determinant;
-        }
-    }
-    return true;
-}
-
 /// Not known: readers compute it.
 void PutEmptyBox(ChunkWriter& out)
 {
     out.PutAll({1., 0., 0., -1., 0., 0.});
 }
 
-const ModelData_PolyShapeList& SetsOf(const ModelData_SceneGraphElement& part)
-{
-    return static_cast<const ModelData_Part&>(part).PolyRepresentation(ModelData_RM_Poly).Get();
-}
-
 using mesh::ChainsOf;
-using text::Mixed;
 
 } // namespace
 
@@ -130,17 +87,12 @@ RhinoWriter::RhinoWriter(text::ByteSink& sink, const mesh::ExportPlan& plan,
       myPlan(plan),
       myOptions(options),
       myUnitsPerMillimetre(1 / text::LengthUnitOf(options.unit).millimetres),
-      mySeed(Mixed(plan.definitions.size(), plan.modelName)),
-      myBlocks(plan.definitions.size())
+      myLayout(plan)
 {
-    for (const mesh::ExportPlan::Definition& definition : plan.definitions) {
-        mySeed = Mixed(mySeed, definition.element.Name());
-    }
 }
 
 bool RhinoWriter::Write()
 {
-    Plan();
     do {
         myOut.Bytes("3D Geometry File Format       50");
         myOut.Begin(code::Comment);
@@ -151,122 +103,6 @@ bool RhinoWriter::Write()
         WriteEnd();
     } while (myOut.Again());
     return myOut.Ok();
-}
-
-void RhinoWriter::Plan()
-{
-    FindBases();
-    FindRoots();
-    NameBlocks();
-    CollectAppearances();
-}
-
-/// Variants of one part share the block of the first one whose matrix can be inverted.
-void RhinoWriter::FindBases()
-{
-    std::unordered_map<const void*, std::size_t> bases;
-    for (std::size_t i = 0; i < myBlocks.size(); ++i) {
-        const mesh::ExportPlan::Definition& definition = myPlan.definitions[i];
-        myBlocks[i].base = i;
-        mesh::Matrix3 inverse{};
-        if (!definition.element.IsOfType<ModelData_Part>()) {
-            continue;
-        }
-        const auto base = bases.find(definition.element.Impl());
-        if (base != bases.end()) {
-            Invert(myPlan.definitions[base->second].residual, inverse);
-            myBlocks[i].base = base->second;
-            myBlocks[i].extra = mesh::Multiply(definition.residual, inverse);
-        } else if (Invert(definition.residual, inverse)) {
-            bases.emplace(definition.element.Impl(), i);
-        }
-    }
-    for (const mesh::ExportPlan::Definition& definition : myPlan.definitions) {
-        for (const mesh::ExportPlan::Occurrence& occurrence : definition.occurrences) {
-            ++myBlocks[myBlocks[occurrence.definition].base].uses;
-        }
-    }
-}
-
-/// Roots are what nothing else holds.
-void RhinoWriter::FindRoots()
-{
-    for (std::size_t i = 0; i < myBlocks.size(); ++i) {
-        if (myBlocks[i].base == i && myBlocks[i].uses == 0) {
-            myBlocks[i].layer = static_cast<std::int32_t>(myRoots.size());
-            myRoots.push_back(i);
-        }
-    }
-    for (std::size_t i = 0; i < myBlocks.size(); ++i) {
-        const mesh::ExportPlan::Definition& definition = myPlan.definitions[i];
-        for (const mesh::ExportPlan::Occurrence& occurrence : definition.occurrences) {
-            if (!IsPlain(occurrence, definition, myBlocks[i].layer >= 0)) {
-                myBlocks[myBlocks[occurrence.definition].base].isWritten = true;
-            }
-        }
-        myBlocks[i].objects = definition.element.IsOfType<ModelData_Part>() ? CountSets(definition.element)
-                                                                            : definition.occurrences.size();
-    }
-}
-
-/// Readers give blocks of the same name, or without one, names of their own.
-void RhinoWriter::NameBlocks()
-{
-    std::unordered_map<std::string, std::size_t> used;
-    for (const std::size_t index : myPlan.order) {
-        if (!myBlocks[index].isWritten) {
-            continue;
-        }
-        Base_UTF16String name = myPlan.definitions[index].element.Name();
-        if (name.IsEmpty()) {
-            name = "Block";
-        }
-        std::string key = name.ToUTF8();
-        std::transform(key.begin(), key.end(), key.begin(),
-                       [](unsigned char c) { return static_cast<char>(c < 0x80 ? std::tolower(c) : c); });
-        const std::size_t number = ++used[key];
-        myBlocks[index].name = NumberedName(name, number);
-    }
-}
-
-/// Whether an occurrence needs no reference. Members of a block that is read back as an assembly have names
-/// of their own and are not alone.
-bool RhinoWriter::IsPlain(const mesh::ExportPlan::Occurrence& occurrence,
-                          const mesh::ExportPlan::Definition& parent, bool parentIsRoot) const
-{
-    const ModelData_SceneGraphElement& element = myPlan.definitions[occurrence.definition].element;
-    const Block& block = myBlocks[occurrence.definition];
-    const Base_UTF16String name = element.Name();
-    return element.IsOfType<ModelData_Part>() && block.base == occurrence.definition && block.uses == 1 &&
-           IsIdentity(occurrence.rotation) && occurrence.translation == mesh::Vector3{} &&
-           occurrence.instance.Properties().IsEmpty() && occurrence.instance.Appearance().IsNull() &&
-           occurrence.instance.Name() == name && CountSets(element) == 1 &&
-           (parentIsRoot ||
-            (parent.occurrences.size() > 1 && !name.IsEmpty() && !(name == parent.element.Name())));
-}
-
-void RhinoWriter::CollectAppearances()
-{
-    for (const mesh::ExportPlan::Definition& definition : myPlan.definitions) {
-        if (definition.element.IsOfType<ModelData_Part>()) {
-            Collect(definition.element.Appearance());
-            const ModelData_PolyShapeList& sets = SetsOf(definition.element);
-            for (std::size_t i = 0; i < sets.Size(); ++i) {
-                Collect(sets[i].Appearance());
-            }
-        }
-        for (const mesh::ExportPlan::Occurrence& occurrence : definition.occurrences) {
-            Collect(occurrence.instance.Appearance());
-        }
-    }
-}
-
-void RhinoWriter::Collect(const ModelData_Appearance& appearance)
-{
-    if (IsMaterial(appearance) &&
-        myMaterialOf.emplace(appearance, static_cast<std::int32_t>(myMaterials.size())).second) {
-        myMaterials.push_back(appearance);
-    }
 }
 
 void RhinoWriter::WriteTables()
@@ -323,19 +159,19 @@ void RhinoWriter::WriteSettings()
 void RhinoWriter::WriteMaterials()
 {
     myOut.Begin(code::MaterialTable);
-    for (std::size_t i = 0; i < myMaterials.size(); ++i) {
+    for (std::size_t i = 0; i < myLayout.materials.size(); ++i) {
         ModelData_Material look;
-        myMaterials[i].ToMaterial(look);
+        myLayout.materials[i].ToMaterial(look);
         const float alpha = look.DiffuseColor().A();
         const double transparency =
             std::isfinite(alpha) ? 1 - std::clamp(static_cast<double>(alpha), 0., 1.) : 0;
-        const Base_UTF16String own = myMaterials[i].Name();
+        const Base_UTF16String own = myLayout.materials[i].Name();
         const std::string number = "Material " + std::to_string(i + 1);
         myOut.Begin(code::MaterialRecord);
         myOut.BeginObject(MaterialId);
         myOut.Put(std::uint8_t{0x20});
         myOut.BeginVersioned(1, 4);
-        myOut.Put(IdOf('m', i));
+        myOut.Put(myLayout.IdOf('m', i));
         myOut.Put(static_cast<std::int32_t>(i));
         myOut.Text(own.IsEmpty() ? Base_UTF16String(number.c_str()) : own);
         myOut.Put(Uuid()); // plug-in
@@ -344,13 +180,13 @@ void RhinoWriter::WriteMaterials()
                       Packed(look.SpecularColor()), White, White});
         myOut.PutAll({1., 0., std::clamp(look.Shininess() / 128., 0., 1.) * 255., transparency});
         FileTextures textures;
-        myMaterials[i].TextureSet().Accept(textures);
+        myLayout.materials[i].TextureSet().Accept(textures);
         myOut.BeginVersioned(1, 0);
         myOut.Put(static_cast<std::int32_t>(textures.files.size()));
         for (std::size_t k = 0; k < textures.files.size(); ++k) {
             myOut.BeginObject(TextureId);
             myOut.BeginVersioned(1, 0);
-            myOut.Put(IdOf('t', i, k));
+            myOut.Put(myLayout.IdOf('t', i, k));
             myOut.Put(std::int32_t{1});
             myOut.Text(textures.files[k]);
             myOut.Put(std::uint8_t{1});
@@ -385,9 +221,10 @@ void RhinoWriter::WriteLayers()
 {
     myOut.Begin(code::LayerTable);
     std::unordered_map<std::string, std::size_t> used;
-    for (std::size_t i = 0; i < std::max<std::size_t>(myRoots.size(), 1); ++i) {
-        const ModelData_SceneGraphElement root =
-            i < myRoots.size() ? myPlan.definitions[myRoots[i]].element : ModelData_SceneGraphElement();
+    for (std::size_t i = 0; i < std::max<std::size_t>(myLayout.roots.size(), 1); ++i) {
+        const ModelData_SceneGraphElement root = i < myLayout.roots.size()
+                                                     ? myPlan.definitions[myLayout.roots[i]].element
+                                                     : ModelData_SceneGraphElement();
         const bool isNamed = !root.IsNull() && !root.Name().IsEmpty();
         const Base_UTF16String& fallback = myPlan.modelName;
         const Base_UTF16String name = isNamed              ? root.Name()
@@ -407,7 +244,7 @@ void RhinoWriter::WriteLayers()
         myOut.Put(Black);
         myOut.Put(0.);
         myOut.Put(std::uint8_t{0}); // not locked
-        myOut.Put(IdOf('l', i));
+        myOut.Put(myLayout.IdOf('l', i));
         myOut.Put(Uuid()); // no parent
         myOut.Put(std::uint8_t{1});
         myOut.BeginVersioned(1, 0);
@@ -429,7 +266,7 @@ void RhinoWriter::WriteDefinitions()
 {
     myOut.Begin(code::DefinitionTable);
     for (const std::size_t index : myPlan.order) { // what blocks hold stands before them
-        if (myBlocks[index].isWritten) {
+        if (myLayout.blocks[index].isWritten) {
             WriteDefinition(index);
         }
     }
@@ -445,15 +282,15 @@ void RhinoWriter::WriteDefinition(std::size_t index)
     myOut.Begin(code::DefinitionRecord);
     myOut.BeginObject(DefinitionId);
     myOut.Put(std::uint8_t{0x14});
-    myOut.Put(IdOf('d', index));
-    myOut.Put(static_cast<std::int32_t>(myBlocks[index].objects));
-    for (std::size_t i = 0; i < myBlocks[index].objects; ++i) {
-        myOut.Put(IdOf('o', index, i));
+    myOut.Put(myLayout.IdOf('d', index));
+    myOut.Put(static_cast<std::int32_t>(myLayout.blocks[index].objects));
+    for (std::size_t i = 0; i < myLayout.blocks[index].objects; ++i) {
+        myOut.Put(myLayout.IdOf('o', index, i));
     }
     const Base_UTF16String name = definition.element.Name();
-    myOut.Text(myBlocks[index].name);
-    myOut.Text(myBlocks[index].name == name ? Base_UTF16String() : name); // description
-    myOut.Text({});                                                       // where it is described
+    myOut.Text(myLayout.blocks[index].name);
+    myOut.Text(myLayout.blocks[index].name == name ? Base_UTF16String() : name); // description
+    myOut.Text({});                                                              // where it is described
     myOut.Text({});
     PutEmptyBox(myOut);
     myOut.Put(static_cast<std::int32_t>(Definition::Kind::Static));
@@ -477,16 +314,16 @@ void RhinoWriter::WriteDefinition(std::size_t index)
 void RhinoWriter::WriteObjects()
 {
     myOut.Begin(code::ObjectTable);
-    const std::size_t count = myPlan.order.size() + myRoots.size();
+    const std::size_t count = myPlan.order.size() + myLayout.roots.size();
     std::size_t done = 0;
     const auto goesOn = [&] { return myOut.IsMeasuring() || internal::Progress::GoesOn(done++, count); };
     for (std::size_t i = 0; i < myPlan.order.size() && goesOn(); ++i) {
-        if (myBlocks[myPlan.order[i]].isWritten) {
+        if (myLayout.blocks[myPlan.order[i]].isWritten) {
             WriteMembers(myPlan.order[i], false);
         }
     }
-    for (std::size_t i = 0; i < myRoots.size() && goesOn(); ++i) {
-        WriteMembers(myRoots[i], true);
+    for (std::size_t i = 0; i < myLayout.roots.size() && goesOn(); ++i) {
+        WriteMembers(myLayout.roots[i], true);
     }
     myOut.Short(code::EndOfTable, 0);
     myOut.End();
@@ -497,9 +334,9 @@ void RhinoWriter::WriteMembers(std::size_t index, bool isRoot)
 {
     const mesh::ExportPlan::Definition& definition = myPlan.definitions[index];
     Attributes attributes;
-    attributes.layer = isRoot ? myBlocks[index].layer : 0;
+    attributes.layer = isRoot ? myLayout.blocks[index].layer : 0;
     attributes.isMember = !isRoot;
-    attributes.id = IdOf('o', index);
+    attributes.id = myLayout.IdOf('o', index);
     if (definition.element.IsOfType<ModelData_Part>()) {
         if (isRoot) {
             attributes.name = definition.element.Name();
@@ -510,8 +347,8 @@ void RhinoWriter::WriteMembers(std::size_t index, bool isRoot)
     }
     for (std::size_t i = 0; i < definition.occurrences.size() && myOut.Ok(); ++i) {
         const mesh::ExportPlan::Occurrence& occurrence = definition.occurrences[i];
-        attributes.id = IdOf('o', index, i);
-        WriteOccurrence(occurrence, attributes, IsPlain(occurrence, definition, isRoot));
+        attributes.id = myLayout.IdOf('o', index, i);
+        WriteOccurrence(occurrence, attributes, myLayout.IsPlain(occurrence, definition, isRoot));
     }
 }
 
@@ -531,12 +368,12 @@ void RhinoWriter::WriteOccurrence(const mesh::ExportPlan::Occurrence& occurrence
 
 void RhinoWriter::WriteReference(const mesh::ExportPlan::Occurrence& occurrence, const Attributes& attributes)
 {
-    const Block& block = myBlocks[occurrence.definition];
+    const RhinoLayout::Block& block = myLayout.blocks[occurrence.definition];
     const mesh::Matrix3 linear = mesh::Multiply(occurrence.rotation, block.extra);
     BeginObjectRecord(ReferenceKind);
     myOut.BeginObject(ReferenceId);
     myOut.Put(std::uint8_t{0x10});
-    myOut.Put(IdOf('d', block.base));
+    myOut.Put(myLayout.IdOf('d', block.base));
     for (std::size_t row = 0; row < 3; ++row) {
         myOut.PutAll({linear[3 * row], linear[3 * row + 1], linear[3 * row + 2],
                       occurrence.translation[row] * myUnitsPerMillimetre});
@@ -546,20 +383,6 @@ void RhinoWriter::WriteReference(const mesh::ExportPlan::Occurrence& occurrence,
     myOut.EndData();
     myOut.EndObject();
     EndObjectRecord(attributes);
-}
-
-std::size_t RhinoWriter::CountSets(const ModelData_SceneGraphElement& part) const
-{
-    std::size_t count = 0;
-    const ModelData_PolyShapeList& sets = SetsOf(part);
-    for (std::size_t i = 0; i < sets.Size(); ++i) {
-        if (sets[i].IsOfType<ModelData_IndexedTriangleSet>()) {
-            ++count;
-        } else if (sets[i].IsOfType<ModelData_PolyLineSet>()) {
-            count += ChainsOf(*static_cast<internal::PolyLineSetImpl*>(sets[i].Impl())).size();
-        }
-    }
-    return count;
 }
 
 std::size_t RhinoWriter::WriteSets(std::size_t index, Attributes attributes)
@@ -573,9 +396,9 @@ std::size_t RhinoWriter::WriteSets(std::size_t index, Attributes attributes)
     const auto nextId = [&] {
         // a plain part has one object, whose id its parent gave
         if (attributes.isMember && count > 0) {
-            attributes.id = IdOf('o', index, count);
+            attributes.id = myLayout.IdOf('o', index, count);
         } else if (count > 0) {
-            attributes.id = IdOf('s', index, count);
+            attributes.id = myLayout.IdOf('s', index, count);
         }
         ++count;
     };
@@ -653,7 +476,7 @@ void RhinoWriter::EndObjectRecord(const Attributes& attributes)
         myOut.Text(attributes.name);
     }
     if (isMaterial) {
-        putItem(4, myMaterialOf.at(look));
+        putItem(4, myLayout.materialOf.at(look));
     }
     if (hasColour) {
         putItem(6, Packed(colour));
@@ -697,18 +520,6 @@ void RhinoWriter::WriteStrings(const ModelData_PropertyTable& properties)
     }
     myOut.End();
     myOut.EndUserData();
-}
-
-/// The same for the same place in the same model.
-Uuid RhinoWriter::IdOf(char kind, std::size_t number, std::size_t item) const
-{
-    const std::uint64_t place = Mixed(Mixed(static_cast<std::uint64_t>(kind) + mySeed) + number);
-    const std::uint64_t bits[2] = {Mixed(place + item), Mixed(place ^ Mixed(item + 1))};
-    Uuid id;
-    std::memcpy(id.bytes.data(), bits, sizeof(bits));
-    id.bytes[7] = static_cast<std::uint8_t>((id.bytes[7] & 0x0F) | 0x40); // as if chosen at random
-    id.bytes[8] = static_cast<std::uint8_t>((id.bytes[8] & 0x3F) | 0x80);
-    return id;
 }
 
 } // namespace cadex::rhino

@@ -5,12 +5,11 @@
 //     if (plan.Build(model)) { RhinoWriter(sink, plan, options).Write(); }
 #pragma once
 
-#include <unordered_map>
 #include <vector>
 
 #include "sdk/mesh/ExportPlan.h"
 #include "sdk/rhino/RhinoChunkWriter.h"
-#include "sdk/rhino/RhinoTables.h"
+#include "sdk/rhino/RhinoLayout.h"
 
 namespace cadex::rhino {
 
@@ -41,26 +40,6 @@ private:
         bool isMember = false;           ///< of a block
         ModelData_PropertyTable properties;
     };
-    /// A part or assembly of the plan as a block.
-    struct Block
-    {
-        std::size_t base = 0;                  ///< the definition whose block this one uses
-        mesh::Matrix3 extra = mesh::Identity3; ///< on top of the base's own residual
-        std::size_t uses = 0;                  ///< of all that have this base
-        bool isWritten = false;                ///< some reference asks for it
-        std::size_t objects = 0;               ///< in it
-        std::int32_t layer = -1;               ///< of a root
-        Base_UTF16String name;                 ///< of the block
-    };
-
-    void Plan();
-    void FindBases();
-    void FindRoots();
-    void NameBlocks();
-    bool IsPlain(const mesh::ExportPlan::Occurrence& occurrence, const mesh::ExportPlan::Definition& parent,
-                 bool parentIsRoot) const;
-    void CollectAppearances();
-    void Collect(const ModelData_Appearance& appearance);
 
     void WriteTables();
     void WriteSettings();
@@ -78,22 +57,15 @@ private:
     /// Writes the sets of a part as objects; gives their number. Ids follow each other from the first on.
     std::size_t WriteSets(std::size_t definition, Attributes attributes);
     void WriteChain(const std::vector<ModelData_Point>& chain, const mesh::Matrix3& linear);
-    std::size_t CountSets(const ModelData_SceneGraphElement& part) const;
     void BeginObjectRecord(std::int64_t kind);
     void EndObjectRecord(const Attributes& attributes);
     void WriteStrings(const ModelData_PropertyTable& properties);
-
-    Uuid IdOf(char kind, std::size_t number, std::size_t item = 0) const;
 
     ChunkWriter myOut;
     const mesh::ExportPlan& myPlan;
     const mesh::ExportOptions& myOptions;
     double myUnitsPerMillimetre;
-    std::uint64_t mySeed;
-    std::vector<Block> myBlocks; ///< by definition
-    std::vector<std::size_t> myRoots;
-    std::vector<ModelData_Appearance> myMaterials;
-    std::unordered_map<ModelData_Appearance, std::int32_t, ModelData_AppearanceHash> myMaterialOf;
+    RhinoLayout myLayout;
 };
 
 } // namespace cadex::rhino
