@@ -214,7 +214,7 @@ Facts ByKernel(const std::string& file)
             BRepGProp::VolumeProperties(solids.Current(), properties);
             facts.volume += std::abs(properties.Mass());
         }
-        BRepMesh_IncrementalMesh(shape, ChordalDeflection, true, AngularDeflection);
+        const BRepMesh_IncrementalMesh mesh(shape, ChordalDeflection, true, AngularDeflection);
         for (TopExp_Explorer faces(shape, TopAbs_FACE); faces.More(); faces.Next()) {
             Bnd_Box box;
             BRepBndLib::Add(faces.Current(), box, true);

@@ -71,9 +71,11 @@ std::unique_ptr<CZemtarDocument> MakeDocument(unsigned shapes)
         CZemtar3DObject* object = CZemtar3DObject::Create(document.get());
         object->SetGeometry(geometries[i % shapes]);
         CZemtarMatrix place;
+        const unsigned row = i / 25;
+        const unsigned layer = i / 500;
         place.M(0, 3) = i % 25;
-        place.M(1, 3) = i / 25 % 20;
-        place.M(2, 3) = i / 500;
+        place.M(1, 3) = row % 20;
+        place.M(2, 3) = layer;
         object->SetLocalMatrix(place);
     }
     return document;
@@ -220,7 +222,7 @@ void FindEdges(benchmark::State& state)
     for (auto _ : state) {
         for (const Shape& shape : model.Shapes()) {
             data.Build(shape);
-            benchmark::DoNotOptimize(data.FeatureEdges().data());
+            benchmark::DoNotOptimize(data.FindEdges());
         }
     }
     state.SetItemsProcessed(state.iterations() * Shapes * Rings * Steps * 2);
