@@ -332,10 +332,10 @@ public:
     explicit PropertyWriter(const cadex::part21::ClearText& text)
     {
         for (const auto& record : text.Records()) {
-            myNext = std::max(myNext, record.id + 1);
+            m_next = std::max<cadex::part21::RecordId>(m_next, record.id + 1);
             bool found = false;
             text.Arguments(record.id, "GEOMETRIC_REPRESENTATION_CONTEXT", found);
-            myContext = found ? record.id : myContext;
+            m_context = found ? record.id : m_context;
         }
     }
 
@@ -343,15 +343,15 @@ public:
     {
         std::string list;
         for (const auto& [type, name, value] : items) {
-            list += (list.empty() ? "#" : ",#") + std::to_string(myNext);
+            list += (list.empty() ? "#" : ",#") + std::to_string(m_next);
             std::string record = type;
             record.append("('").append(name).append("',").append(value).append(")");
             Record(record);
         }
-        Record("REPRESENTATION('user defined attributes',(" + list + "),#" + std::to_string(myContext) + ")");
+        Record("REPRESENTATION('user defined attributes',(" + list + "),#" + std::to_string(m_context) + ")");
         Record("PROPERTY_DEFINITION('user defined attribute',$,#" + std::to_string(owner) + ")");
-        Record("PROPERTY_DEFINITION_REPRESENTATION(#" + std::to_string(myNext - 1) + ",#" +
-               std::to_string(myNext - 2) + ")");
+        Record("PROPERTY_DEFINITION_REPRESENTATION(#" + std::to_string(m_next - 1) + ",#" +
+               std::to_string(m_next - 2) + ")");
     }
 
     std::string records;
@@ -359,11 +359,11 @@ public:
 private:
     void Record(const std::string& content)
     {
-        records += "#" + std::to_string(myNext++) + " = " + content + ";\n";
+        records += "#" + std::to_string(m_next++) + " = " + content + ";\n";
     }
 
-    cadex::part21::RecordId myNext = 1;
-    cadex::part21::RecordId myContext = 0;
+    cadex::part21::RecordId m_next = 1;
+    cadex::part21::RecordId m_context = 0;
 };
 
 bool AddProperties(const std::string& path)
