@@ -88,7 +88,7 @@ QString ConvertCommand::WhyNot(const Conversion& conversion) const
     if (source.exists() && target.exists() && source.canonicalFilePath() == target.canonicalFilePath()) {
         return QStringLiteral("it is the file that would be read");
     }
-    if (const QString reason = WhyNotWritable(conversion.target, *conversion.to); !reason.isEmpty()) {
+    if (QString reason = WhyNotWritable(conversion.target, *conversion.to); !reason.isEmpty()) {
         return reason;
     }
     return target.exists() && !force ? QStringLiteral("it is there already; --force replaces it") : QString();

@@ -195,7 +195,7 @@ QString WritePanorama(const QImage& image, const QString& file)
     // Marked beside its place, so that no picture without the mark is left when that fails.
     const QTemporaryDir folder;
     const QString whole = folder.filePath(QStringLiteral("panorama.") + suffix);
-    if (const QString failure = WriteImageFile(image, whole); !failure.isEmpty()) {
+    if (QString failure = WriteImageFile(image, whole); !failure.isEmpty()) {
         return failure;
     }
     const qint64 before = QFileInfo(whole).size();

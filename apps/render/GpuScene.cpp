@@ -246,10 +246,11 @@ void GpuScene::NeedEdges()
         data.Build(m_model->Shapes()[i]);
         FormEdges found = data.FindEdges();
         std::size_t& end = bytes[m_shapes[i].textured ? 1 : 0];
-        for (const PartKind part : {PartEdges, PartTangents}) {
-            edges[part - PartEdges][i] = std::move(part == PartEdges ? found.creases : found.tangents);
-            m_shapes[i].parts[part].offset = end;
-            end += (edges[part - PartEdges][i].size() * IndexBytes(m_shapes[i].indexType) + 3) / 4 * 4;
+        edges[0][i] = std::move(found.creases);
+        edges[1][i] = std::move(found.tangents);
+        for (std::size_t k = 0; k < 2; ++k) {
+            m_shapes[i].parts[PartEdges + k].offset = end;
+            end += (edges[k][i].size() * IndexBytes(m_shapes[i].indexType) + 3) / 4 * 4;
         }
     }
     for (std::size_t a = 0; a < 2; ++a) {

@@ -189,7 +189,7 @@ double SceneView::PixelSize(const Vec3& point) const
 QImage SceneView::Picture()
 {
     m_state->cube->hide();
-    const QImage picture = grab().toImage();
+    QImage picture = grab().toImage();
     m_state->cube->show();
     return picture;
 }

@@ -92,7 +92,7 @@ private:
 
     static std::size_t Count(const FieldLayout& field)
     {
-        return static_cast<std::size_t>(NumbersOf(field.kind) * field.Times());
+        return static_cast<std::size_t>(NumbersOf(field.kind)) * static_cast<std::size_t>(field.Times());
     }
 
     /// What both forms have in common.
