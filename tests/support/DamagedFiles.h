@@ -46,6 +46,38 @@ inline std::string TakeReason()
     return reports.empty() ? "" : reports.front().text;
 }
 
+/// A copy whose bytes from a place on are others.
+inline std::string Overwritten(std::string bytes, std::size_t at, const std::string& by)
+{
+    return bytes.replace(at, by.size(), by);
+}
+
+/// A copy in which the first place where `from` stands has `to`.
+inline std::string Replaced(std::string bytes, const std::string& from, const std::string& to)
+{
+    return bytes.replace(bytes.find(from), from.size(), to);
+}
+
+/// A file that is refused, and a part of the reason that is given.
+struct Refusal
+{
+    const char* damage;
+    std::string bytes;
+    const char* reason;
+};
+
+template <typename Reader>
+void ExpectRefusals(const std::vector<Refusal>& files)
+{
+    for (const auto& [damage, bytes, reason] : files) {
+        internal::Reports::Clear();
+        EXPECT_FALSE(ReadBytes<Reader>(bytes)) << damage;
+        const std::string why = TakeReason();
+        EXPECT_NE(why, "") << damage;
+        EXPECT_NE(why.find(reason), std::string::npos) << damage << ": " << why;
+    }
+}
+
 /// A copy that is damaged behind its first bytes: a bit flipped, a piece cut out, zeroed, doubled or
 /// replaced by the largest numbers, the end cut off, a number of a text raised. Equal seeds give equal
 /// damage.
