@@ -3,8 +3,10 @@
 // the Body.
 //
 //     const Body body = MakeBody(description);
-//     for (const BodyEdge& edge : body.edges) { if (edge.isUsable) { edge.Value((edge.first + edge.last) /
-//     2); } } const ResolvedFace face = ResolveFace(body, 0);
+//     for (const BodyEdge& edge : body.edges) {
+//         if (edge.isUsable) { edge.Value((edge.first + edge.last) / 2); }
+//     }
+//     const ResolvedFace face = ResolveFace(body, 0);
 //
 // Numbers of vertices, edges, surfaces and faces are those of the description; vertices that edges lack are
 // appended. A body is constant once made: any thread may read it.

@@ -32,6 +32,7 @@ class BodySum
 public:
     BodySum(const ResolvedBody& resolved, bool isParallel)
         : myDescription(resolved.Described()),
+          myResolved(resolved.faces),
           myFaces(myDescription.faces.size()),
           mySides(myDescription.shells.size())
     {
@@ -128,9 +129,11 @@ private:
             result.share += std::abs(integrals.volume);
             integrals.area = 0;
             result.sum += integrals * (use.forward ? 1 : -1);
+            const std::vector<int>& stray = myResolved[face].strayEdges;
             for (const Loop& loop : myDescription.faces[face].loops) {
                 for (const EdgeUse& edge : loop.uses) {
-                    uses.emplace_back(edge.edge, edge.forward == use.forward ? 1 : -1);
+                    const bool isStray = std::find(stray.begin(), stray.end(), edge.edge) != stray.end();
+                    uses.emplace_back(edge.edge, (edge.forward != isStray) == use.forward ? 1 : -1);
                 }
             }
         }
@@ -162,6 +165,7 @@ private:
     }
 
     const Description& myDescription;
+    const std::vector<ResolvedFace>& myResolved;
     gp_XYZ myOrigin = {0, 0, 0};
     std::vector<std::optional<FaceIntegrals>> myFaces;
     std::vector<ShellSide> mySides;

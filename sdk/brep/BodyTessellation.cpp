@@ -114,6 +114,10 @@ void BodyTessellation::MeshFaces()
         }
     });
     for (std::size_t face = 0; face < myFaces.size() && internal::Progress::GoesOn(); ++face) {
+        if (!myResolved[face].strayEdges.empty()) {
+            Reports::Add(Report::Kind::Repaired, "an edge that runs against its loop",
+                         myBody.description->faces[face].record);
+        }
         if (!myFaces[face].triangles.empty() ||
             EnclosesNothing(myBody, myBody.description->faces[face], myEdges) || TakeFileTriangles(face)) {
             continue;

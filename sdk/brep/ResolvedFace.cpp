@@ -59,7 +59,7 @@ private:
         if (!myResolution.face.forward) {
             TurnRing(ring); // the loops are given about the face's normal
         }
-        if (!IsConnected(ring)) {
+        if (!IsConnected(ring) && !TurnStrayEdges(ring)) {
             return ResolveStatus::LoopNotConnected;
         }
         return TheSurface().kind == SurfaceKind::Plane ? ResolveStatus::Done : Chain(myResolution, ring);
@@ -89,19 +89,58 @@ private:
         return ResolveStatus::Done;
     }
 
-    bool IsConnected(const OpenRing& ring) const
+    bool DoMeet(const RingUse& before, const RingUse& behind) const
     {
         const ResolvedFace& face = myResolution.face;
+        const int end = face.EndOf(TheBody(), before);
+        const int start = face.StartOf(TheBody(), behind);
+        const Vertex &a = face.VertexOf(TheBody(), end), &b = face.VertexOf(TheBody(), start);
+        const double reach = std::max(tolerance::SamePlace, a.tolerance + b.tolerance);
+        return end == start || a.point.Distance(b.point) < reach;
+    }
+
+    bool IsConnected(const OpenRing& ring) const
+    {
         for (std::size_t i = 0; i < ring.uses.size(); ++i) {
-            const int end = face.EndOf(TheBody(), ring.uses[i]);
-            const int start = face.StartOf(TheBody(), ring.uses[(i + 1) % ring.uses.size()]);
-            const Vertex &a = face.VertexOf(TheBody(), end), &b = face.VertexOf(TheBody(), start);
-            const double reach = std::max(tolerance::SamePlace, a.tolerance + b.tolerance);
-            if (end != start && !(a.point.Distance(b.point) < reach)) {
+            if (!DoMeet(ring.uses[i], ring.uses[(i + 1) % ring.uses.size()])) {
                 return false;
             }
         }
         return true;
+    }
+
+    /// Some files have single edges of a loop the wrong way round. Of both ways to go along the loop the one
+    /// is taken that turns fewer edges, and fewer lines where that is equal: arcs are what goes wrong. False
+    /// when neither closes.
+    bool TurnStrayEdges(OpenRing& ring) const
+    {
+        std::optional<OpenRing> best;
+        std::vector<int> strayEdges;
+        auto least = std::pair(ring.uses.size(), std::size_t{0});
+        for (const bool isAsFirst : {true, false}) {
+            OpenRing turned = ring;
+            std::vector<int> stray;
+            std::size_t lines = 0;
+            for (std::size_t i = 0; i < turned.uses.size(); ++i) {
+                RingUse& use = turned.uses[i];
+                if (i == 0 ? !isAsFirst : !DoMeet(turned.uses[i - 1], use)) {
+                    use.forward = !use.forward;
+                    stray.push_back(use.edge);
+                    lines += myResolution.face.EdgeOf(TheBody(), use).kind == CurveKind::Line ? 1U : 0U;
+                }
+            }
+            if (const auto cost = std::pair(stray.size(), lines); cost < least && IsConnected(turned)) {
+                least = cost;
+                best = std::move(turned);
+                strayEdges = std::move(stray);
+            }
+        }
+        if (best) {
+            ring = std::move(*best);
+            std::vector<int>& all = myResolution.face.strayEdges;
+            all.insert(all.end(), strayEdges.begin(), strayEdges.end());
+        }
+        return best.has_value();
     }
 
     ResolveStatus Complete(std::vector<OpenRing>&& rings)
@@ -139,6 +178,7 @@ ResolveStatus ResolveOn(const Body& body, const Face& given, const Surface& surf
     face.ownEdges.clear();
     face.ownVertices.clear();
     face.isTurned = false;
+    face.strayEdges.clear();
     face.surface = &surface;
     try {
         face.status = Resolver(body, given, surface, face).Run();

@@ -60,6 +60,7 @@ struct ResolvedFace
     const Surface* surface = nullptr; ///< that of the body, or one of the face's own
     bool forward = true;              ///< the face's normal is du x dv of `surface`
     bool isTurned = false;            ///< the loops ran the wrong way round and were turned
+    std::vector<int> strayEdges = {}; ///< of the body: they ran against their loops, which was mended
     /// Each outer ring is followed by the holes in it. More than one outer ring where the loops bound several
     /// regions (two bands of a cylinder).
     std::vector<Ring> rings = {};

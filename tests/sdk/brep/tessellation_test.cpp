@@ -8,6 +8,7 @@
 #include <random>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <BRepAlgoAPI_Cut.hxx>
@@ -251,6 +252,50 @@ TEST(BodyIntegrals, OnlyClosedBodiesHaveAVolume)
     EXPECT_NEAR(turned->mass->centroid.Z(), 15, 1e-9);
     box.shells[0].faces[1].forward = !box.shells[0].faces[1].forward;
     EXPECT_FALSE(IntegrateBody(ResolveBody(box, false), false));
+}
+
+/// A box with a notch that is half a cylinder.
+Description NotchedBox()
+{
+    const gp_Ax2 axis(gp_Pnt(5, 0, -1), gp_Dir(0, 0, 1));
+    return DescriptionOf(BRepAlgoAPI_Cut(BRepPrimAPI_MakeBox(10, 20, 30).Shape(),
+                                         BRepPrimAPI_MakeCylinder(axis, 2, 40).Shape())
+                             .Shape());
+}
+
+TEST(BodyIntegrals, ArcsAgainstTheirLoopsAreMended)
+{
+    Description swapped = NotchedBox();
+    Description against = swapped;
+    Description single = swapped;
+    std::vector<int> arcs;
+    for (std::size_t i = 0; i < swapped.edges.size(); ++i) {
+        if (Edge& edge = swapped.edges[i]; KindOf(*edge.curve) == CurveKind::Circle) {
+            arcs.push_back(static_cast<int>(i));
+            std::swap(edge.start, edge.end); // as some mirrors leave them
+            edge.first = edge.last = 0;
+        }
+    }
+    ASSERT_EQ(arcs.size(), 2U);
+    bool isOneTurned = false;
+    for (std::size_t i = 0; i < against.faces.size(); ++i) {
+        for (std::size_t k = 0; k < against.faces[i].loops[0].uses.size(); ++k) {
+            EdgeUse& use = against.faces[i].loops[0].uses[k];
+            if (std::find(arcs.begin(), arcs.end(), use.edge) != arcs.end()) {
+                use.forward = !use.forward;
+                if (!std::exchange(isOneTurned, true)) {
+                    single.faces[i].loops[0].uses[k].forward = use.forward;
+                }
+            }
+        }
+    }
+    const double volume = (10 * 20 - M_PI * 2 * 2 / 2) * 30;
+    for (const Description* body : {&swapped, &against, &single}) {
+        SCOPED_TRACE(body == &swapped ? "ends swapped" : body == &against ? "every use" : "one use");
+        const std::optional<BodyIntegrals> whole = IntegrateBody(ResolveBody(*body, false), false);
+        ASSERT_TRUE(whole && whole->mass);
+        EXPECT_NEAR(whole->mass->volume, volume, 1e-6);
+    }
 }
 
 TEST(Tessellation, EachAppearanceIsOneSetTheBodysOwnFirst)
