@@ -130,7 +130,7 @@ void BodyTessellation::MeshFaces()
         if (!IsFinite(myFaces[face])) {
             myFaces[face].Clear();
         }
-        if (myFaces[face].triangles.empty() && !StitchFace(face)) {
+        if (myFaces[face].triangles.empty() && !StitchFace(face) && !SlipFace(face)) {
             const ResolveStatus status = myResolved[face].status;
             Reports::Add(Report::Kind::LeftOut,
                          std::string("a face that cannot be meshed: ") +
@@ -165,6 +165,23 @@ bool BodyTessellation::StitchFace(std::size_t face)
         return false;
     }
     Reports::Add(Report::Kind::Repaired, "a thin face whose loops cross is stitched together",
+                 myBody.description->faces[face].record);
+    return true;
+}
+
+bool BodyTessellation::SlipFace(std::size_t face)
+{
+    Try([&] {
+        const double slip = tolerance::SlipShare * mySize;
+        myFaces[face] = Converted(TessellateFace(myBody, myEdges, myResolved[face], slip), myEdges);
+    });
+    if (!IsFinite(myFaces[face])) {
+        myFaces[face].Clear();
+    }
+    if (myFaces[face].triangles.empty()) {
+        return false;
+    }
+    Reports::Add(Report::Kind::Repaired, "corners where the loops of a face cross are cut off",
                  myBody.description->faces[face].record);
     return true;
 }

@@ -39,6 +39,7 @@ private:
     void MeshFace(std::size_t face);
     bool TakeFileTriangles(std::size_t face);
     bool StitchFace(std::size_t face);
+    bool SlipFace(std::size_t face);
 
     const Body& myBody;
     const std::vector<ResolvedFace>& myResolved;

@@ -70,8 +70,13 @@ ModelData_Vectorf ToFloat(const gp_XYZ& unit)
 class Tessellation
 {
 public:
-    Tessellation(const Body& body, const EdgeDiscretisation& edges, const ResolvedFace& face)
-        : myBody(body), myEdges(edges), myFace(face), mySurface(*face.surface), myEvaluator(mySurface)
+    Tessellation(const Body& body, const EdgeDiscretisation& edges, const ResolvedFace& face, double slip)
+        : myBody(body),
+          myEdges(edges),
+          myFace(face),
+          mySurface(*face.surface),
+          myEvaluator(mySurface),
+          mySlip(slip)
     {
     }
 
@@ -294,7 +299,7 @@ private:
         LoopSlips slips(myScaled, [this](int node) { return PositionOfNode(node); });
         if (outcome != Delaunay::Outcome::Done &&
             !(outcome == Delaunay::Outcome::LoopsCross &&
-              slips.Start(myLoops, std::max(tolerance::LoopGap, myChord / 2), myDelaunay))) {
+              slips.Start(myLoops, std::max({tolerance::LoopGap, myChord / 2, mySlip}), myDelaunay))) {
             return false;
         }
         if (mySteps.needsGrid) {
@@ -565,6 +570,7 @@ private:
     const ResolvedFace& myFace;
     const Surface& mySurface;
     const SurfaceEvaluator myEvaluator;
+    const double mySlip;
     std::optional<FaceNormals> mySurfaceNormals;
     FaceMesh myMesh;
     Delaunay myDelaunay;
@@ -581,9 +587,10 @@ private:
 
 } // namespace
 
-FaceMesh TessellateFace(const Body& body, const EdgeDiscretisation& edges, const ResolvedFace& face)
+FaceMesh TessellateFace(const Body& body, const EdgeDiscretisation& edges, const ResolvedFace& face,
+                        double slip)
 {
-    return face.status == ResolveStatus::Done ? Tessellation(body, edges, face).Run() : FaceMesh();
+    return face.status == ResolveStatus::Done ? Tessellation(body, edges, face, slip).Run() : FaceMesh();
 }
 
 } // namespace cadex::brep

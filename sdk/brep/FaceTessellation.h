@@ -36,9 +36,10 @@ struct FaceMesh
     std::vector<std::array<int, 3>> triangles;
 };
 
-/// Without triangles when the face is not resolved or its loops cross by more than the edges are exact. Its
-/// edges must have been divided. Any number of faces may be at work at a time. Throws Standard_Failure where
-/// the kernel does.
-FaceMesh TessellateFace(const Body& body, const EdgeDiscretisation& edges, const ResolvedFace& face);
+/// Without triangles when the face is not resolved or its loops cross by more than the edges are exact and
+/// more than `slip` (millimetres). Its edges must have been divided. Any number of faces may be at work at a
+/// time. Throws Standard_Failure where the kernel does.
+FaceMesh TessellateFace(const Body& body, const EdgeDiscretisation& edges, const ResolvedFace& face,
+                        double slip = 0);
 
 } // namespace cadex::brep

@@ -65,6 +65,10 @@ inline constexpr double LoopGap = 1e-3;
 /// together along its middle.
 inline constexpr double SliverShare = 1e-3;
 
+/// Where nothing else helps, the corners of loops that cross are left out up to this share of the body's
+/// size.
+inline constexpr double SlipShare = 1e-2;
+
 /// Parameters that differ by less are one.
 inline constexpr double SameParameter = 1e-7;
 

@@ -464,6 +464,20 @@ TEST(Tessellation, LoopsThatSlipKeepAllTheirSides)
     const std::vector<internal::Report> reports = internal::Reports::Take();
     ASSERT_EQ(reports.size(), 1U);
     EXPECT_EQ(reports[0].kind, internal::Report::Kind::Repaired);
+
+    // Chamfers that ran past each other, by less than a hundredth of the body's size.
+    const double w = 3, s = 0.04;
+    const Seen plate(MeshOf(DescribedBRep(PlanePolygon({{w + s, w, 0},
+                                                        {-w - s, w, 0},
+                                                        {-w, w + s, 0},
+                                                        {-w, -w - s, 0},
+                                                        {-w - s, -w, 0},
+                                                        {w + s, -w, 0},
+                                                        {w, -w - s, 0},
+                                                        {w, w + s, 0}}))));
+    EXPECT_NEAR(plate.surface, 4 * w * w, 2); // corners that are put back overlap
+    EXPECT_EQ(plate.openEdges, 8);
+    EXPECT_EQ(internal::Reports::Take().at(0).kind, internal::Report::Kind::Repaired);
 }
 
 TEST(Tessellation, ShapesOfTheKernelAreDescribed)
