@@ -359,6 +359,7 @@ Solid SweepAlong(Context& context, const Entity& solid, const std::vector<Region
     }
     const Affine start = Frame(path.front().start, StartTangent(path), upright);
     std::vector<Solid> solids;
+    solids.reserve(regions.size());
     for (const Region& region : regions) {
         solids.push_back(SweepRegion(context, path, region, start, &upright));
     }

@@ -149,10 +149,8 @@ private:
         while (myPosition < myEnd) {
             if (IsBlank(*myPosition)) {
                 ++myPosition;
-            } else if (!IsComment()) {
-                return true;
-            } else if (!BlankComment()) {
-                return true; // the statement's end will be missed
+            } else if (!IsComment() || !BlankComment()) {
+                return true; // without the end of a comment that of the statement will be missed
             }
         }
         return false;

@@ -126,9 +126,19 @@ void StepBodyReader::Keep(RecordId item, const std::function<void()>& work)
 {
     const Sizes sizes = SizesNow();
     StepBodyContent* const content = myContent;
+    if (!Succeeds(item, work)) {
+        myContent = content;
+        myContent->hasItems = true;
+        myBody = &content->description;
+        Restore(sizes);
+    }
+}
+
+bool StepBodyReader::Succeeds(RecordId item, const std::function<void()>& work)
+{
     try {
         work();
-        return;
+        return true;
     } catch (const Damaged& damage) {
         ReportLeftOut(damage.what(), damage.record != 0 ? damage.record : item);
     } catch (const Unsupported& gap) {
@@ -137,10 +147,7 @@ void StepBodyReader::Keep(RecordId item, const std::function<void()>& work)
         ReportLeftOut(std::string("geometry that the kernel refuses, ") + failure.DynamicType()->Name(),
                       item);
     }
-    myContent = content;
-    myContent->hasItems = true;
-    myBody = &content->description;
-    Restore(sizes);
+    return false;
 }
 
 void StepBodyReader::Restore(const Sizes& sizes)

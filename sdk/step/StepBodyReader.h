@@ -68,6 +68,7 @@ private:
     void ReadByType(const StepRecords::Record& record, const Looks& looks);
     /// Drops what the work has added when it throws, and reports why.
     void Keep(RecordId item, const std::function<void()>& work);
+    bool Succeeds(RecordId item, const std::function<void()>& work);
 
     void ReadSolid(const StepRecords::Record& record, bool hasVoids, const Looks& looks);
     void ReadShells(const StepRecords::Record& record, const Looks& looks);

@@ -5,6 +5,7 @@
 //         part bolt #cc3366 a0.75 wood.png: 3 triangles
 #pragma once
 
+#include <cmath>
 #include <cstdio>
 #include <string>
 
@@ -92,8 +93,8 @@ private:
             return "";
         }
         char digits[40];
-        std::snprintf(digits, sizeof(digits), " #%02x%02x%02x", static_cast<int>(colour.R() * 255 + 0.5F),
-                      static_cast<int>(colour.G() * 255 + 0.5F), static_cast<int>(colour.B() * 255 + 0.5F));
+        std::snprintf(digits, sizeof(digits), " #%02lx%02lx%02lx", std::lround(colour.R() * 255),
+                      std::lround(colour.G() * 255), std::lround(colour.B() * 255));
         std::string result = digits;
         if (colour.A() != 1) {
             std::snprintf(digits, sizeof(digits), " a%g", static_cast<double>(colour.A()));

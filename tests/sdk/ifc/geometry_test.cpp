@@ -408,7 +408,8 @@ std::vector<Solid> OddSweeps()
          [=](IfcText& f) { // up and down, 60 corners: minutes for the kernel
              std::vector<std::vector<double>> points;
              for (int i = 0; i < 60; ++i) {
-                 points.push_back({100.0 * (i / 2), 0, (i + 1) / 2 % 2 == 0 ? 0.0 : 200.0});
+                 const int column = i / 2;
+                 points.push_back({100.0 * column, 0, (i + 1) / 2 % 2 == 0 ? 0.0 : 200.0});
              }
              return disk(f, f.Polyline(points), "$", "$");
          },

@@ -164,9 +164,7 @@ private:
     void PutMask(int vertex, const std::vector<std::size_t>& ring)
     {
         std::vector<bool> marks(ring.size());
-        for (std::size_t i = 0; i < marks.size(); ++i) {
-            marks[i] = myRandom() % 3 == 0;
-        }
+        std::generate(marks.begin(), marks.end(), [this] { return myRandom() % 3 == 0; });
         if (std::find(marks.begin(), marks.end(), true) == marks.end()) {
             marks[myRandom() % marks.size()] = true;
         }
