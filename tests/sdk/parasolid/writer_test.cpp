@@ -16,7 +16,6 @@ namespace xttest {
 namespace {
 
 using namespace cadex;
-using test::BoxMesh;
 using test::MakeSet;
 using Zemtar::Test::MakeAssembly;
 using Zemtar::Test::MakeGrid;

@@ -20,7 +20,6 @@
 namespace cadex::test {
 namespace {
 
-using internal::Report;
 using internal::Reports;
 using part21::ClearText;
 using part21::Cursor;

@@ -1,5 +1,4 @@
 // 3DM files that are damaged, or built to hurt.
-#include "tests/sdk/TreeText.h"
 #include "tests/sdk/rhino/Files3dm.h"
 #include "tests/sdk/rhino/Tables3dm.h"
 #include "tests/support/ModelBuilder.h"
@@ -14,7 +13,6 @@ namespace rhinotest {
 namespace {
 
 using cadex::test::Overwritten;
-using cadex::test::TreeText;
 
 using namespace cadex;
 using internal::Report;

@@ -59,24 +59,29 @@ TEST(RhinoReader, LayersBlocksLooksAndStringsOfAnotherWriter)
 TEST(RhinoReader, BodiesHaveTheVolumesOfTheirFormulas)
 {
     const double inch3 = 25.4 * 25.4 * 25.4;
-    const std::pair<const char*, double> expected[] = {
+    const struct
+    {
+        const char* name;
+        double volume;
+    } expected[] = {
         {"sphere", 32 * M_PI / 3 * inch3}, {"cylinder", 3 * M_PI * inch3}, {"extrusion", 5 * inch3}};
     cadex::rhino::RhinoFile file;
     ASSERT_TRUE(cadex::occt::RunGuarded(cadex::occt::EngineUse::Geometry,
                                         [&] { return file.Load(Fixture("v8.3dm")); }));
-    for (const auto& [name, volume] : expected) {
+    for (const auto& one : expected) {
+        SCOPED_TRACE(one.name);
         const auto object =
             std::find_if(file.objects.begin(), file.objects.end(), [&](const auto& candidate) {
-                return candidate.attributes.name == cadex::Base_UTF16String(name);
+                return candidate.attributes.name == cadex::Base_UTF16String(one.name);
             });
-        ASSERT_NE(object, file.objects.end()) << name;
-        EXPECT_EQ(object->body->lostFaces, 0U) << name;
-        EXPECT_EQ(object->body->description.solids.size(), 1U) << name;
+        ASSERT_NE(object, file.objects.end());
+        EXPECT_EQ(object->body->lostFaces, 0U);
+        EXPECT_EQ(object->body->description.solids.size(), 1U);
         const cadex::brep::DescribedBRep body(object->body->description);
         cadex::occt::RunGuarded(cadex::occt::EngineUse::Geometry, [&] {
             const auto mass = body.Mass();
             EXPECT_TRUE(mass);
-            EXPECT_NEAR(mass ? mass->volume : 0, volume, 2e-4 * volume) << name;
+            EXPECT_NEAR(mass ? mass->volume : 0, one.volume, 2e-4 * one.volume);
             return true;
         });
     }

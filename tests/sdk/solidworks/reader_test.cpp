@@ -105,7 +105,7 @@ TEST(SolidWorksReader, OlderFilesAreCompoundFiles)
     std::string list = streams.back().second;
     streams.pop_back();
     // values of 16 bits, of text with a zero at its end, of time in tenths of microseconds since 1601
-    const std::string values = U32(2) + U32(7) + U32(30) + U32(4) + std::string("Ann", 4) + U32(64) +
+    const std::string values = U32(2) + U32(7) + U32(30) + U32(4) + std::string("Ann\0", 4) + U32(64) +
                                Raw(std::uint64_t{131'745'416'030'000'000});
     const std::string summary = U32(56 + values.size()) + U32(4) + U32(9) + U32(40) + U32(4) + U32(48) +
                                 U32(12) + U32(60) + U32(8) + U32(48) + values;

@@ -22,6 +22,7 @@ namespace {
 // Debian's occt-misc, netgen-doc, gmsh-doc and kicad-packages3d: assemblies, turned and blended parts,
 // threads, toroids, splines, instances, colours of faces.
 constexpr const char* Files[] = {
+    // NOLINTNEXTLINE(bugprone-suspicious-missing-comma): a folder and a name
     ZEMTAR_SOURCE_DIR "/examples/pump.step",
     "/usr/share/opencascade/data/step/linkrods.step",
     "/usr/share/opencascade/data/step/screw.step",
