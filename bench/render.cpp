@@ -130,7 +130,7 @@ void FullPicture(benchmark::State& state)
     }
     scene.m_frame.edges = state.range(1) != 0;
     scene.DrawFull();
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         scene.Turn();
         scene.DrawFull();
     }
@@ -156,7 +156,7 @@ void QuickPicture(benchmark::State& state)
         scene.Turn();
         scene.m_renderer.DrawQuick(scene.m_frame);
     }
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         scene.Turn();
         scene.m_renderer.DrawQuick(scene.m_frame);
     }
@@ -184,7 +184,7 @@ void BuildDrawList(benchmark::State& state)
     request.forward = frame.camera.Forward();
     request.pixelsPerRadian = 1000.0;
     request.budget = static_cast<std::uint64_t>(state.range(0));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         list.Build(request);
     }
     if (state.range(0) == 0 && list.Ids().size() != Instances) {
@@ -196,7 +196,7 @@ BENCHMARK(BuildDrawList)->Arg(0)->Arg(1000000)->Unit(benchmark::kMicrosecond);
 void Flatten(benchmark::State& state)
 {
     const auto document = MakeDocument(static_cast<unsigned>(state.range(0)));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(SceneModel(*document).Instances().data());
     }
 }
@@ -208,7 +208,7 @@ void Upload(benchmark::State& state)
     if (!scene.IsReady(state)) {
         return;
     }
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         scene.m_renderer.SetModel(&scene.m_model);
     }
 }
@@ -219,7 +219,7 @@ void FindEdges(benchmark::State& state)
     const auto document = MakeDocument(Shapes);
     const SceneModel model(*document);
     ShapeData data;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         for (const Shape& shape : model.Shapes()) {
             data.Build(shape);
             benchmark::DoNotOptimize(data.FindEdges());

@@ -74,7 +74,7 @@ void Export(benchmark::State& state, SceneFormat format, GlbPacking packing)
 {
     const CZemtarDocument& document = Model();
     static const double before = PeakMemory(); // once: the first series has the growth
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         ExportScene(document, Target(), {.format = format, .packing = packing});
     }
     state.counters["MB"] = static_cast<double>(std::filesystem::file_size(Target())) * 1e-6;
@@ -90,7 +90,7 @@ void WriteBytes(benchmark::State& state)
     const std::size_t size = std::filesystem::file_size(Target());
     std::vector<char> bytes(size);
     std::ifstream(Target(), std::ios::binary).read(bytes.data(), static_cast<std::streamsize>(size));
-    for (auto _ : state) { // replaced by renaming, as an export does
+    for ([[maybe_unused]] auto _ : state) { // replaced by renaming, as an export does
         std::ofstream file(Target() + ".part", std::ios::binary);
         file.write(bytes.data(), static_cast<std::streamsize>(size));
         file.close();
