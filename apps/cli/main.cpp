@@ -7,6 +7,7 @@
 #include "apps/shared/Display.h"
 #include "apps/shared/SafeOutput.h"
 #include "apps/shared/Utf8Locale.h"
+#include "apps/shared/VirtualDisplay.h"
 
 #include <QGuiApplication>
 
@@ -32,13 +33,11 @@ std::vector<std::string> WordsOf(const QStringList& arguments)
 }
 
 /// The application object: drawing alone needs the windowing system.
-std::unique_ptr<QCoreApplication> MakeApplication(int& argc, char** argv)
+std::unique_ptr<QCoreApplication> MakeApplication(int& argc, char** argv, bool draws)
 {
-    for (int i = 1; i < argc; ++i) {
-        if (std::string_view(argv[i]).starts_with("--preview")) {
-            UseDisplayIfAny();
-            return std::make_unique<QGuiApplication>(argc, argv);
-        }
+    if (draws) {
+        UseDisplayIfAny();
+        return std::make_unique<QGuiApplication>(argc, argv);
     }
     return std::make_unique<QCoreApplication>(argc, argv);
 }
@@ -133,6 +132,8 @@ int main(int argc, char** argv)
     UseUtf8Locale();
     const SafeOutput out(std::cout);
     const SafeOutput errors(std::cerr);
-    const std::unique_ptr<QCoreApplication> application = MakeApplication(argc, argv);
+    const bool draws = IsOptionGiven(argc, argv, "--preview");
+    const VirtualDisplay display(draws);
+    const std::unique_ptr<QCoreApplication> application = MakeApplication(argc, argv, draws);
     return Run(QCoreApplication::arguments());
 }

@@ -39,9 +39,8 @@ public:
             return HasDisplay()
                        ? QCoreApplication::translate(
                              "Renderer", "Pictures need OpenGL 3.3, which this display does not offer.")
-                       : QCoreApplication::translate(
-                             "Renderer",
-                             "Pictures need OpenGL 3.3, which needs a display; there is none here.");
+                       : QCoreApplication::translate("Renderer", "Pictures need OpenGL 3.3, which needs a "
+                                                                 "display; there is none here, nor Xvfb.");
         }
         return {};
     }

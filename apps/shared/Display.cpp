@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QtGlobal>
 
+#include <algorithm>
+
 void UseDisplayIfAny()
 {
 #if defined(Q_OS_UNIX) && !defined(Q_OS_MACOS)
@@ -19,4 +21,10 @@ void UseDisplayIfAny()
     }
     qputenv("QT_QPA_PLATFORM", platforms + "offscreen");
 #endif
+}
+
+bool IsOptionGiven(int argc, char** argv, std::string_view option)
+{
+    return std::any_of(argv, argv + argc,
+                       [&](const char* word) { return std::string_view(word).starts_with(option); });
 }

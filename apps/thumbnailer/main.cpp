@@ -5,6 +5,7 @@
 #include "apps/shared/Display.h"
 #include "apps/shared/Exchange.h"
 #include "apps/shared/Utf8Locale.h"
+#include "apps/shared/VirtualDisplay.h"
 #include "host/CZemtarDocument.h"
 
 #include <QCommandLineParser>
@@ -101,6 +102,7 @@ int Run(const QCommandLineParser& parser)
 int main(int argc, char** argv)
 {
     UseUtf8Locale();
+    const VirtualDisplay display(true);
     UseDisplayIfAny();
     const QGuiApplication application(argc, argv);
     QCommandLineParser parser;

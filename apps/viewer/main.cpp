@@ -3,6 +3,7 @@
 #include "apps/render/Picture.h"
 #include "apps/render/Renderer.h"
 #include "apps/shared/Utf8Locale.h"
+#include "apps/shared/VirtualDisplay.h"
 #include "apps/viewer/Appearance.h"
 #include "apps/viewer/Icons.h"
 #include "apps/viewer/MainWindow.h"
@@ -104,6 +105,7 @@ int Run(const QCommandLineParser& parser)
 int main(int argc, char** argv)
 {
     UseUtf8Locale();
+    const VirtualDisplay display(IsOptionGiven(argc, argv, "--screenshot"));
     UseDisplayIfAny();
     QSurfaceFormat::setDefaultFormat(RendererFormat()); // macOS wants it before the application is there
     QApplication application(argc, argv);

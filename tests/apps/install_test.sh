@@ -60,6 +60,13 @@ version=$("$cad" --version)
 grep -q "${version#zemtar-cad }" "$(find "$prefix" -name 'zemtar-cad.1')" || fail "the manual page is of another version"
 "$cad" import "$source/examples/pump.step" --preview "$scratch/pump.png" >/dev/null 2>"$scratch/log" ||
     grep -q OpenGL "$scratch/log" || { cat "$scratch/log" >&2; fail "the renderer is not found"; }
+if command -v Xvfb >/dev/null; then # a machine without a display gets one of its own, and is left without it
+    env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM TMPDIR="$scratch" \
+        "$cad" import "$source/examples/pump.step" --preview "$scratch/server.png" >/dev/null 2>"$scratch/log" ||
+        { cat "$scratch/log" >&2; fail "no picture without a display"; }
+    grep -q PNG "$scratch/server.png" || fail "no picture without a display"
+    [[ -z $(find "$scratch" -name key) ]] || fail "the key of the display is left"
+fi
 entry=$(find "$prefix" -path '*thumbnailers/org.zemtar.Viewer.thumbnailer')
 if [[ $(uname) == Linux ]]; then
     thumbnailer=$(sed -n 's/^TryExec=//p' "$entry")

@@ -80,9 +80,9 @@ const Room* RoomOf(const std::string& path)
 
 bool IsStandardHeader(const std::string& name)
 {
-    static const std::vector<std::string> posix = {"unistd.h",    "fcntl.h",  "signal.h", "sys/stat.h",
-                                                   "sys/types.h", "errno.h",  "dirent.h", "langinfo.h",
-                                                   "stdlib.h",    "locale.h", "xlocale.h"};
+    static const std::vector<std::string> posix = {
+        "unistd.h",   "fcntl.h", "signal.h", "sys/stat.h", "sys/types.h", "errno.h",  "dirent.h",
+        "langinfo.h", "poll.h",  "spawn.h",  "sys/wait.h", "stdlib.h",    "locale.h", "xlocale.h"};
     return name.find_first_of("./") == std::string::npos ||
            std::find(posix.begin(), posix.end(), name) != posix.end();
 }

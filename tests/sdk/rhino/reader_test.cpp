@@ -21,9 +21,6 @@ namespace {
 
 using cadex::test::TreeText;
 
-using cadex::internal::Report;
-using cadex::internal::Reports;
-
 /// What both fixtures say; the older version cannot hold extrusions, nor strings of objects and documents.
 std::string ExpectedTree(bool isNew)
 {
