@@ -43,8 +43,6 @@ public:
         myEnd = myText.data() + myText.size();
     }
 
-    static constexpr bool IsText = true;
-
     std::size_t Left() const { return static_cast<std::size_t>(myEnd - myNext); }
 
     double Whole()
@@ -187,8 +185,6 @@ public:
         : myNext(bytes.data() + BinaryMark.size()), myEnd(bytes.data() + bytes.size())
     {
     }
-
-    static constexpr bool IsText = false;
 
     std::size_t Left() const { return static_cast<std::size_t>(myEnd - myNext); }
 
