@@ -11,8 +11,11 @@
 #include <gp_Pnt2d.hxx>
 
 #include "sdk/brep/Tolerances.h"
+#include "sdk/occt/Coordinates.h"
 
 namespace cadex::brep {
+
+using occt::SetCoordinate;
 
 namespace {
 
@@ -69,8 +72,8 @@ private:
     gp_Pnt PointAt(double across, double along) const
     {
         gp_Pnt2d place;
-        place.SetCoord(myDirection + 1, At(myDirection, across));
-        place.SetCoord(2 - myDirection, At(1 - myDirection, along));
+        SetCoordinate(place, myDirection, At(myDirection, across));
+        SetCoordinate(place, 1 - myDirection, At(1 - myDirection, along));
         return mySpline.Value(place.X(), place.Y());
     }
 

@@ -18,8 +18,12 @@
 #include "sdk/brep/SurfaceEvaluator.h"
 #include "sdk/brep/SurfaceProjection.h"
 #include "sdk/brep/Tolerances.h"
+#include "sdk/occt/Coordinates.h"
 
 namespace cadex::brep {
+
+using occt::CoordinateOf;
+using occt::SetCoordinate;
 
 namespace {
 
@@ -27,8 +31,9 @@ void Unwrap(const Surface& surface, const gp_Pnt2d& towards, gp_Pnt2d& place)
 {
     for (const int k : {0, 1}) {
         if (surface.period[k] > 0) {
-            const double turns = std::round((place.Coord(k + 1) - towards.Coord(k + 1)) / surface.period[k]);
-            place.SetCoord(k + 1, place.Coord(k + 1) - turns * surface.period[k]);
+            const double turns =
+                std::round((CoordinateOf(place, k) - CoordinateOf(towards, k)) / surface.period[k]);
+            SetCoordinate(place, k, CoordinateOf(place, k) - turns * surface.period[k]);
         }
     }
 }
@@ -282,7 +287,7 @@ private:
         }
         node.place = gp_Pnt2d(2 * nearer.place.XY() - near.place.XY());
         if (const Pole* pole = PoleAt(mySurface, node.point, myPoleReach, nearer.place); pole != nullptr) {
-            node.place.SetCoord(pole->fixed + 1, pole->level);
+            SetCoordinate(node.place, pole->fixed, pole->level);
         }
         node.rate = gp_Vec2d(node.place, nearer.place) / step;
         node.hasRate = true;

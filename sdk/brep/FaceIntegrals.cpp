@@ -15,8 +15,11 @@
 
 #include "sdk/brep/SurfaceEvaluator.h"
 #include "sdk/brep/SurfaceProjection.h"
+#include "sdk/occt/Coordinates.h"
 
 namespace cadex::brep {
+
+using occt::CoordinateOf;
 
 namespace {
 
@@ -253,10 +256,10 @@ private:
         // Where the way crosses a line of knots.
         std::vector<double> crossings;
         for (const int k : {0, 1}) {
-            const double rate = curve.rate.Coord(k + 1);
+            const double rate = CoordinateOf(curve.rate, k);
             for (const double knot : myKnots[k]) {
                 if (rate != 0) {
-                    crossings.push_back(curve.at + (knot - curve.origin.Coord(k + 1)) / rate);
+                    crossings.push_back(curve.at + (knot - CoordinateOf(curve.origin, k)) / rate);
                 }
             }
         }

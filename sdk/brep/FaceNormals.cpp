@@ -7,8 +7,12 @@
 #include <gp_Vec.hxx>
 
 #include "sdk/brep/Tolerances.h"
+#include "sdk/occt/Coordinates.h"
 
 namespace cadex::brep {
+
+using occt::CoordinateOf;
+using occt::SetCoordinate;
 
 namespace {
 
@@ -51,13 +55,15 @@ std::optional<gp_XYZ> FaceNormals::At(const gp_Pnt2d& place)
 std::optional<gp_XYZ> FaceNormals::LimitAt(const gp_Pnt2d& place, const gp_Pnt2d& inside)
 {
     gp_Pnt2d near = place;
-    for (const int k : {1, 2}) {
-        near.SetCoord(k, place.Coord(k) + LimitShare * (inside.Coord(k) - place.Coord(k)));
+    for (const int k : {0, 1}) {
+        SetCoordinate(near, k,
+                      CoordinateOf(place, k) +
+                          LimitShare * (CoordinateOf(inside, k) - CoordinateOf(place, k)));
     }
     if (const Pole* pole = PoleOf(place)) {
         // Along the pole one goes for free.
-        const int moving = 2 - pole->fixed;
-        near.SetCoord(moving, inside.Coord(moving));
+        const int moving = 1 - pole->fixed;
+        SetCoordinate(near, moving, CoordinateOf(inside, moving));
     }
     return IsElementary(mySurface.kind) ? Elementary(near) : Derived(near);
 }
@@ -65,7 +71,7 @@ std::optional<gp_XYZ> FaceNormals::LimitAt(const gp_Pnt2d& place, const gp_Pnt2d
 const Pole* FaceNormals::PoleOf(const gp_Pnt2d& place) const
 {
     const auto found = std::find_if(mySurface.poles.begin(), mySurface.poles.end(), [&](const Pole& pole) {
-        return std::abs(place.Coord(pole.fixed + 1) - pole.level) <= tolerance::SameParameter;
+        return std::abs(CoordinateOf(place, pole.fixed) - pole.level) <= tolerance::SameParameter;
     });
     return found != mySurface.poles.end() ? &*found : nullptr;
 }

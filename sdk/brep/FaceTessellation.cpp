@@ -18,8 +18,12 @@
 #include "sdk/brep/SurfaceProjection.h"
 #include "sdk/brep/Tolerances.h"
 #include "sdk/mesh/Delaunay.h"
+#include "sdk/occt/Coordinates.h"
 
 namespace cadex::brep {
+
+using occt::CoordinateOf;
+using occt::SetCoordinate;
 
 namespace {
 
@@ -338,7 +342,7 @@ private:
     {
         std::vector<double> known;
         for (const gp_Pnt2d& place : myPlaces) {
-            known.push_back(place.Coord(k + 1));
+            known.push_back(CoordinateOf(place, k));
         }
         std::sort(known.begin(), known.end());
         const double step = mySteps.step[k];
@@ -401,9 +405,9 @@ private:
         gp_Pnt2d from = myPlaces[static_cast<std::size_t>(side.from)];
         gp_Pnt2d to = myPlaces[static_cast<std::size_t>(side.to)];
         if (const Pole* pole = mySurfaceNormals->PoleOf(from)) {
-            from.SetCoord(2 - pole->fixed, to.Coord(2 - pole->fixed));
+            SetCoordinate(from, 1 - pole->fixed, CoordinateOf(to, 1 - pole->fixed));
         } else if (const Pole* other = mySurfaceNormals->PoleOf(to)) {
-            to.SetCoord(2 - other->fixed, from.Coord(2 - other->fixed));
+            SetCoordinate(to, 1 - other->fixed, CoordinateOf(from, 1 - other->fixed));
         }
         return Middle(from, to);
     }

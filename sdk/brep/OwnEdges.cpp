@@ -12,8 +12,11 @@
 
 #include "sdk/brep/Closing.h"
 #include "sdk/brep/Tolerances.h"
+#include "sdk/occt/Coordinates.h"
 
 namespace cadex::brep {
+
+using occt::CoordinateOf;
 
 namespace {
 
@@ -50,7 +53,7 @@ Handle(Geom_Curve) IsoCurve(const Surface& surface, const gp_Pnt2d& place, int m
         return {};
     }
     const int fixed = 1 - moving;
-    double level = place.Coord(fixed + 1);
+    double level = CoordinateOf(place, fixed);
     if (const double period = surface.period[fixed]; period > 0) {
         level -= period * std::floor((level - surface.low[fixed]) / period);
     }
@@ -76,17 +79,17 @@ bool TakeIsoCurve(const Surface& surface, const gp_Pnt2d& from, const gp_Pnt2d& 
 {
     const gp_Vec2d way(from, to);
     const int moving = std::abs(way.X()) < tolerance::SameAxis ? 1 : 0;
-    if (std::abs(way.XY().Coord(2 - moving)) >= tolerance::SameAxis) {
+    if (std::abs(CoordinateOf(way, 1 - moving)) >= tolerance::SameAxis) {
         return false;
     }
     const Handle(Geom_Curve) curve = IsoCurve(surface, from, moving);
     if (curve.IsNull()) {
         return false;
     }
-    use.forward = way.XY().Coord(moving + 1) > 0;
+    use.forward = CoordinateOf(way, moving) > 0;
     const gp_Pnt2d &low = use.forward ? from : to, &high = use.forward ? to : from;
-    use.first = edge.first = low.Coord(moving + 1);
-    use.last = edge.last = high.Coord(moving + 1);
+    use.first = edge.first = CoordinateOf(low, moving);
+    use.last = edge.last = CoordinateOf(high, moving);
     use.curve = StraightCurve(low, high, use.first, use.last);
     edge.kind = KindOf(*curve);
     edge.curve = curve;

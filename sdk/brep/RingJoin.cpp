@@ -10,8 +10,11 @@
 #include "sdk/brep/OwnEdges.h"
 #include "sdk/brep/SeamFinder.h"
 #include "sdk/brep/Tolerances.h"
+#include "sdk/occt/Coordinates.h"
 
 namespace cadex::brep {
+
+using occt::CoordinateOf;
 
 namespace {
 /// Makes one closed ring of a ring that goes round, the seam, and what the seam leads to.
@@ -124,15 +127,16 @@ private:
         const int around = AroundOf(ring), across = 1 - around;
         const double period = mySurface.period[around];
         for (std::size_t i = 0; i + 1 < ring.outline.size(); ++i) {
-            const double a = ring.outline[i].Coord(around + 1), b = ring.outline[i + 1].Coord(around + 1);
+            const double a = CoordinateOf(ring.outline[i], around),
+                         b = CoordinateOf(ring.outline[i + 1], around);
             if (a == b) {
                 continue;
             }
             const double x = place + period * std::ceil((std::min(a, b) - place) / period);
             if (x <= std::max(a, b)) {
                 const double part = (x - a) / (b - a);
-                return ring.outline[i].Coord(across + 1) * (1 - part) +
-                       ring.outline[i + 1].Coord(across + 1) * part;
+                return CoordinateOf(ring.outline[i], across) * (1 - part) +
+                       CoordinateOf(ring.outline[i + 1], across) * part;
             }
         }
         return (ring.low[across] + ring.high[across]) / 2;
@@ -147,8 +151,8 @@ private:
         if (mySurface.period[across] > 0 || mySurface.poles.size() < 2) {
             return false;
         }
-        const double place = upper.outline.front().Coord(around + 1);
-        return LevelAt(lower, place) > upper.outline.front().Coord(across + 1);
+        const double place = CoordinateOf(upper.outline.front(), around);
+        return LevelAt(lower, place) > CoordinateOf(upper.outline.front(), across);
     }
 
     /// Bands and caps one above the other: each lower bound with the upper bound above it.
@@ -160,7 +164,7 @@ private:
                 return ResolveStatus::Windings;
             }
         }
-        const double place = winding.front().outline.front().Coord(around + 1);
+        const double place = CoordinateOf(winding.front().outline.front(), around);
         const double period = mySurface.period[across];
         const auto level = [&](const OpenRing& ring) {
             const double value = LevelAt(ring, place);
@@ -324,7 +328,7 @@ private:
     int VertexAt(const gp_Pnt2d& corner)
     {
         for (const Pole& pole : mySurface.poles) {
-            if (std::abs(corner.Coord(pole.fixed + 1) - pole.level) < tolerance::SameParameter) {
+            if (std::abs(CoordinateOf(corner, pole.fixed) - pole.level) < tolerance::SameParameter) {
                 return myResolution.VertexAt(pole.point, myRings);
             }
         }

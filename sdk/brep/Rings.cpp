@@ -7,8 +7,12 @@
 
 #include "sdk/brep/SurfaceProjection.h"
 #include "sdk/brep/Tolerances.h"
+#include "sdk/occt/Coordinates.h"
 
 namespace cadex::brep {
+
+using occt::CoordinateOf;
+using occt::SetCoordinate;
 
 namespace {
 
@@ -85,10 +89,10 @@ private:
         const gp_Pnt2d end = before.To(), start = use.From();
         if (const Pole* pole = PoleOf(use)) {
             const int moving = 1 - pole->fixed;
-            const double way = PoleWay(end.Coord(moving + 1), start.Coord(moving + 1),
+            const double way = PoleWay(CoordinateOf(end, moving), CoordinateOf(start, moving),
                                        mySurface.period[moving], *pole, before.edge == use.edge);
             if (mySurface.period[moving] > 0) {
-                use.curve.Shift(Along(moving, end.Coord(moving + 1) + way - start.Coord(moving + 1)));
+                use.curve.Shift(Along(moving, CoordinateOf(end, moving) + way - CoordinateOf(start, moving)));
             }
             AddPoleUse(*pole, end, way, StartOf(use));
             return true;
@@ -97,7 +101,7 @@ private:
         for (const int k : {0, 1}) {
             if (mySurface.period[k] > 0) {
                 const double turns =
-                    std::round((end.Coord(k + 1) - start.Coord(k + 1)) / mySurface.period[k]);
+                    std::round((CoordinateOf(end, k) - CoordinateOf(start, k)) / mySurface.period[k]);
                 shift += Along(k, turns * mySurface.period[k]);
             }
         }
@@ -109,7 +113,7 @@ private:
     {
         if (std::abs(way) > tolerance::SameParameter) {
             gp_Pnt2d begin = from;
-            begin.SetCoord(pole.fixed + 1, pole.level);
+            SetCoordinate(begin, pole.fixed, pole.level);
             myChained.push_back(PoleUse(begin, begin.Translated(Along(1 - pole.fixed, way)), vertex));
         }
     }
@@ -122,7 +126,7 @@ private:
         for (const int k : {0, 1}) {
             const double range =
                 mySurface.period[k] > 0 ? mySurface.period[k] : mySurface.high[k] - mySurface.low[k];
-            if (std::abs(end.Coord(k + 1) - start.Coord(k + 1)) > FarShare * range) {
+            if (std::abs(CoordinateOf(end, k) - CoordinateOf(start, k)) > FarShare * range) {
                 return false;
             }
         }
@@ -156,8 +160,8 @@ private:
             const int moving = 1 - pole->fixed;
             const gp_Pnt2d end = last.To();
             const double way =
-                PoleWay(end.Coord(moving + 1), first.From().Coord(moving + 1), mySurface.period[moving],
-                        *pole, last.edge == first.edge && myChained.size() > 1);
+                PoleWay(CoordinateOf(end, moving), CoordinateOf(first.From(), moving),
+                        mySurface.period[moving], *pole, last.edge == first.edge && myChained.size() > 1);
             AddPoleUse(*pole, end, way, StartOf(first));
         }
         gp_Pnt2d end = myChained.back().To();
@@ -165,7 +169,7 @@ private:
         for (const int k : {0, 1}) {
             if (mySurface.period[k] > 0) {
                 const double turns =
-                    std::round((end.Coord(k + 1) - start.Coord(k + 1)) / mySurface.period[k]);
+                    std::round((CoordinateOf(end, k) - CoordinateOf(start, k)) / mySurface.period[k]);
                 myRing.winding[k] = static_cast<int>(turns);
                 end.Translate(Along(k, -turns * mySurface.period[k]));
             }
@@ -184,7 +188,7 @@ private:
             for (const int k : {0, 1}) {
                 if (mySurface.period[k] > 0) {
                     const double turns =
-                        std::round((start.Coord(k + 1) - end.Coord(k + 1)) / mySurface.period[k]);
+                        std::round((CoordinateOf(start, k) - CoordinateOf(end, k)) / mySurface.period[k]);
                     start.Translate(Along(k, -turns * mySurface.period[k]));
                 }
             }
@@ -340,7 +344,7 @@ void MoveToRange(const Surface& surface, Region& region)
             const double middle = (region.outer.low[k] + region.outer.high[k]) / 2;
             const double turns =
                 std::floor((middle - surface.low[k]) / surface.period[k] + tolerance::SamePlace);
-            by.SetCoord(k + 1, -turns * surface.period[k]);
+            SetCoordinate(by, k, -turns * surface.period[k]);
         }
     }
     ShiftRing(region.outer, gp_Vec2d(by));
@@ -421,8 +425,8 @@ void Measure(const Resolution& resolution, OpenRing& ring)
         ring.low[k] = std::numeric_limits<double>::max();
         ring.high[k] = -std::numeric_limits<double>::max();
         for (const gp_XY& point : ring.outline) {
-            ring.low[k] = std::min(ring.low[k], point.Coord(k + 1));
-            ring.high[k] = std::max(ring.high[k], point.Coord(k + 1));
+            ring.low[k] = std::min(ring.low[k], CoordinateOf(point, k));
+            ring.high[k] = std::max(ring.high[k], CoordinateOf(point, k));
         }
     }
 }
@@ -439,8 +443,8 @@ void ShiftRing(OpenRing& ring, const gp_Vec2d& by)
         point += by.XY();
     }
     for (const int k : {0, 1}) {
-        ring.low[k] += by.XY().Coord(k + 1);
-        ring.high[k] += by.XY().Coord(k + 1);
+        ring.low[k] += CoordinateOf(by, k);
+        ring.high[k] += CoordinateOf(by, k);
     }
 }
 

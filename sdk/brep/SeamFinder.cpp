@@ -7,8 +7,12 @@
 #include <utility>
 
 #include "sdk/brep/Tolerances.h"
+#include "sdk/occt/Coordinates.h"
 
 namespace cadex::brep {
+
+using occt::CoordinateOf;
+using occt::SetCoordinate;
 
 namespace {
 
@@ -97,7 +101,7 @@ private:
             }
             for (std::size_t j = 0; j < goal->uses.size(); ++j) {
                 const double way =
-                    from.uses[i].From().Coord(around + 1) - goal->uses[j].From().Coord(around + 1);
+                    CoordinateOf(from.uses[i].From(), around) - CoordinateOf(goal->uses[j].From(), around);
                 candidates.push_back({i, j, std::abs(way - period * std::round(way / period))});
             }
         }
@@ -119,7 +123,7 @@ private:
         const gp_Pnt2d begin = from.uses[candidate.exit].From().Translated(offset);
         if (goal == nullptr) {
             gp_Pnt2d end = begin;
-            end.SetCoord(myPole->fixed + 1, myPole->level);
+            SetCoordinate(end, myPole->fixed, myPole->level);
             return {begin, end};
         }
         const gp_Pnt2d end = goal->uses[candidate.entry].From();
@@ -149,12 +153,12 @@ private:
         for (const int k : {0, 1}) {
             const double period = mySurface.period[k];
             if (period > 0) {
-                shift[k] = period * std::round((begin.Coord(k + 1) - end.Coord(k + 1)) / period);
+                shift[k] = period * std::round((CoordinateOf(begin, k) - CoordinateOf(end, k)) / period);
             }
         }
         const int across = 1 - AroundOf(myFirst);
         if (const double period = mySurface.period[across]; period > 0) {
-            double way = end.Coord(across + 1) - begin.Coord(across + 1);
+            double way = CoordinateOf(end, across) - CoordinateOf(begin, across);
             way -= period * std::floor(way / period);
             if (way > period - tolerance::SameParameter || way < tolerance::SameParameter) {
                 way = period; // both rings are one edge: once round the other direction
@@ -162,7 +166,7 @@ private:
             if (!IsLower(myFirst)) {
                 way -= way < period ? period : 2 * period;
             }
-            shift[across] = begin.Coord(across + 1) + way - end.Coord(across + 1);
+            shift[across] = CoordinateOf(begin, across) + way - CoordinateOf(end, across);
         }
         return {shift[0], shift[1]};
     }
@@ -209,10 +213,11 @@ private:
     {
         for (const int k : {0, 1}) {
             if (const double period = mySurface.period[k]; period > 0) {
-                const double middle = (a.Coord(k + 1) + b.Coord(k + 1)) / 2;
-                const double turns = std::round(((c.Coord(k + 1) + d.Coord(k + 1)) / 2 - middle) / period);
-                c.SetCoord(k + 1, c.Coord(k + 1) - turns * period);
-                d.SetCoord(k + 1, d.Coord(k + 1) - turns * period);
+                const double middle = (CoordinateOf(a, k) + CoordinateOf(b, k)) / 2;
+                const double turns =
+                    std::round(((CoordinateOf(c, k) + CoordinateOf(d, k)) / 2 - middle) / period);
+                SetCoordinate(c, k, CoordinateOf(c, k) - turns * period);
+                SetCoordinate(d, k, CoordinateOf(d, k) - turns * period);
             }
         }
         const gp_XY ab = b - a, cd = d - c;

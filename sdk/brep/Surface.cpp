@@ -24,8 +24,12 @@
 #include "sdk/brep/Closing.h"
 #include "sdk/brep/SurfaceProjection.h"
 #include "sdk/brep/Tolerances.h"
+#include "sdk/occt/Coordinates.h"
 
 namespace cadex::brep {
+
+using occt::CoordinateOf;
+using occt::SetCoordinate;
 
 namespace {
 
@@ -245,7 +249,7 @@ gp_Pnt2d ProbeOf(const Geom_Surface& surface)
     gp_Pnt2d probe;
     for (const int k : {0, 1}) {
         const bool isOpen = Precision::IsInfinite(low[k]) || Precision::IsInfinite(high[k]);
-        probe.SetCoord(k + 1, isOpen ? 0.37 : low[k] + 0.37 * (high[k] - low[k]));
+        SetCoordinate(probe, k, isOpen ? 0.37 : low[k] + 0.37 * (high[k] - low[k]));
     }
     return probe;
 }
@@ -347,13 +351,14 @@ Line LineAt(const Surface& surface, int fixed, double level)
     constexpr int Samples = 9;
     const int moving = 1 - fixed;
     gp_Pnt2d place;
-    place.SetCoord(fixed + 1, level);
+    SetCoordinate(place, fixed, level);
     std::vector<gp_Pnt> points;
     gp_XYZ sum;
     Line line;
     for (int i = 0; i < Samples; ++i) {
         const double part = i / double(Samples - 1);
-        place.SetCoord(moving + 1, surface.low[moving] + part * (surface.high[moving] - surface.low[moving]));
+        SetCoordinate(place, moving,
+                      surface.low[moving] + part * (surface.high[moving] - surface.low[moving]));
         points.push_back(surface.Value(place));
         sum += points.back().XYZ();
         line.length += i > 0 ? points.back().Distance(points[points.size() - 2]) : 0;
@@ -493,7 +498,7 @@ const Pole* PoleAt(const Surface& surface, const gp_Pnt& point, double reach, co
     double least = reach;
     for (const Pole& pole : surface.poles) {
         const double distance = std::max(0.0, pole.point.Distance(point) - pole.spread);
-        const double side = near.Coord(pole.fixed + 1) - pole.level;
+        const double side = CoordinateOf(near, pole.fixed) - pole.level;
         const bool isOnSide = pole.isUpper ? side <= 0 : side >= 0;
         if (distance < least || (distance <= least && best != nullptr && isOnSide)) {
             best = &pole;

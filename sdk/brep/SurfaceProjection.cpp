@@ -13,8 +13,12 @@
 
 #include "sdk/brep/SurfaceEvaluator.h"
 #include "sdk/brep/Tolerances.h"
+#include "sdk/occt/Coordinates.h"
 
 namespace cadex::brep {
+
+using occt::CoordinateOf;
+using occt::SetCoordinate;
 
 namespace {
 
@@ -78,8 +82,8 @@ gp_Pnt2d Stepped(const Surface& surface, const gp_Pnt2d& at, const gp_Vec2d& ste
     gp_Pnt2d next;
     for (const int k : {0, 1}) {
         const double range = surface.period[k] > 0 ? surface.period[k] : surface.high[k] - surface.low[k];
-        const double by = std::clamp(step.XY().Coord(k + 1), -range / 2, range / 2);
-        next.SetCoord(k + 1, ClampedTo(surface, k, at.Coord(k + 1) + by));
+        const double by = std::clamp(CoordinateOf(step, k), -range / 2, range / 2);
+        SetCoordinate(next, k, ClampedTo(surface, k, CoordinateOf(at, k) + by));
     }
     return next;
 }
@@ -251,20 +255,20 @@ double ProjectElementary(const Surface& surface, const gp_Pnt& point, gp_Pnt2d& 
     const double reach = std::hypot(x, y);
     switch (surface.kind) {
     case SurfaceKind::Plane:
-        place.SetCoord(x, y);
+        place = {x, y};
         return std::abs(z);
     case SurfaceKind::Cylinder:
-        place.SetCoord(std::atan2(y, x), z);
+        place = {std::atan2(y, x), z};
         return std::abs(reach - surface.radius);
     case SurfaceKind::Cone: {
         // Along the axis, not along the normal: rulings and circles of edges a little off stay what they are.
         const double v = z / std::cos(surface.halfAngle);
         const double radius = surface.radius + v * std::sin(surface.halfAngle);
-        place.SetCoord(radius < 0 ? std::atan2(-y, -x) : std::atan2(y, x), v);
+        place = {radius < 0 ? std::atan2(-y, -x) : std::atan2(y, x), v};
         return std::abs(reach - std::abs(radius)) * std::cos(surface.halfAngle);
     }
     case SurfaceKind::Sphere:
-        place.SetCoord(std::atan2(y, x), std::atan2(z, reach));
+        place = {std::atan2(y, x), std::atan2(z, reach)};
         return std::abs(std::hypot(reach, z) - surface.radius);
     default: {
         // On the inner part of a spindle the circle has come to the other side of the axis.
@@ -273,7 +277,7 @@ double ProjectElementary(const Surface& surface, const gp_Pnt& point, gp_Pnt2d& 
         if (surface.isInner && v < 0) {
             v += 2 * M_PI;
         }
-        place.SetCoord(surface.isInner ? std::atan2(-y, -x) : std::atan2(y, x), v);
+        place = {surface.isInner ? std::atan2(-y, -x) : std::atan2(y, x), v};
         return std::abs(std::hypot(out - surface.radius, z) - surface.minorRadius);
     }
     }

@@ -1,4 +1,5 @@
 #include "sdk/ifc/IfcFragmentAssembly.h"
+#include "sdk/occt/Coordinates.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,6 +11,8 @@
 #include <vector>
 
 namespace cadex::ifc::flat {
+
+using occt::CoordinateOf;
 
 namespace {
 
@@ -115,9 +118,9 @@ private:
         Box box;
         box.Add(myResult.points);
         const gp_XYZ size = box.high - box.low;
-        myAxis = size.X() >= size.Y() && size.X() >= size.Z() ? 1 : (size.Y() >= size.Z() ? 2 : 3);
+        myAxis = occt::LargestCoordinate(size);
         for (U32 i = 0; i < myResult.points.size(); ++i) {
-            mySorted.emplace_back(myResult.points[i].Coord(myAxis), i);
+            mySorted.emplace_back(CoordinateOf(myResult.points[i], myAxis), i);
         }
         std::sort(mySorted.begin(), mySorted.end());
     }
@@ -150,8 +153,8 @@ private:
         const gp_XYZ& start = myResult.points[from];
         const gp_XYZ& end = myResult.points[to];
         const gp_XYZ way = end - start;
-        const double low = std::min(start.Coord(myAxis), end.Coord(myAxis)) - Weld;
-        const double high = std::max(start.Coord(myAxis), end.Coord(myAxis)) + Weld;
+        const double low = std::min(CoordinateOf(start, myAxis), CoordinateOf(end, myAxis)) - Weld;
+        const double high = std::max(CoordinateOf(start, myAxis), CoordinateOf(end, myAxis)) + Weld;
         std::vector<std::pair<double, U32>> stops;
         auto at = std::lower_bound(mySorted.begin(), mySorted.end(), std::make_pair(low, U32{0}));
         std::size_t steps = 0;
@@ -326,7 +329,7 @@ private:
     Polyhedron& myResult;
     std::unordered_map<Cell, std::vector<U32>, CellHash> myCells;
     std::vector<std::pair<double, U32>> mySorted; ///< points along myAxis
-    int myAxis = 1;
+    int myAxis = 0;
     std::map<std::pair<U32, U32>, std::vector<U32>> myBetween;
     std::vector<Face> myFaces;
 };

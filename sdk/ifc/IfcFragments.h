@@ -27,8 +27,8 @@ struct Box
 
     void Add(const gp_XYZ& p)
     {
-        low.SetCoord(std::min(low.X(), p.X()), std::min(low.Y(), p.Y()), std::min(low.Z(), p.Z()));
-        high.SetCoord(std::max(high.X(), p.X()), std::max(high.Y(), p.Y()), std::max(high.Z(), p.Z()));
+        low = {std::min(low.X(), p.X()), std::min(low.Y(), p.Y()), std::min(low.Z(), p.Z())};
+        high = {std::max(high.X(), p.X()), std::max(high.Y(), p.Y()), std::max(high.Z(), p.Z())};
     }
     void Add(const Polygon3& polygon)
     {

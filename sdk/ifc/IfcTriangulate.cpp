@@ -4,8 +4,11 @@
 
 #include "sdk/ifc/IfcFacets.h"
 #include "sdk/mesh/Delaunay.h"
+#include "sdk/occt/Coordinates.h"
 
 namespace cadex::ifc {
+
+using occt::CoordinateOf;
 namespace {
 
 using mesh::Delaunay;
@@ -18,8 +21,8 @@ public:
     FlatFace(const Polyhedron& body, const gp_XYZ& normal) : myBody(body)
     {
         const gp_XYZ size(std::abs(normal.X()), std::abs(normal.Y()), std::abs(normal.Z()));
-        myDrop = size.X() >= size.Y() && size.X() >= size.Z() ? 1 : (size.Y() >= size.Z() ? 2 : 3);
-        myFlip = normal.Coord(myDrop) < 0;
+        myDrop = occt::LargestCoordinate(size);
+        myFlip = CoordinateOf(normal, myDrop) < 0;
     }
 
     void AddLoop(const Polyhedron::Loop& loop)
@@ -53,9 +56,9 @@ private:
     PlanePoint At(U32 index) const
     {
         const gp_XYZ& p = myBody.points[index];
-        const PlanePoint flat = myDrop == 1
+        const PlanePoint flat = myDrop == 0
                                     ? PlanePoint{p.Y(), p.Z()}
-                                    : (myDrop == 2 ? PlanePoint{p.Z(), p.X()} : PlanePoint{p.X(), p.Y()});
+                                    : (myDrop == 1 ? PlanePoint{p.Z(), p.X()} : PlanePoint{p.X(), p.Y()});
         return myFlip ? PlanePoint{flat.y, flat.x} : flat;
     }
 
@@ -106,7 +109,7 @@ private:
     }
 
     const Polyhedron& myBody;
-    int myDrop = 3;
+    int myDrop = 2;
     bool myFlip = false;
     std::vector<U32> myCorners; ///< of the body, by point
     std::vector<PlanePoint> myPoints;

@@ -34,8 +34,8 @@ public:
         gp_XY high = low;
         for (int i = 2; i <= triangulation.NbNodes(); ++i) {
             const gp_Pnt2d uv = triangulation.UVNode(i);
-            low.SetCoord(std::min(low.X(), uv.X()), std::min(low.Y(), uv.Y()));
-            high.SetCoord(std::max(high.X(), uv.X()), std::max(high.Y(), uv.Y()));
+            low = {std::min(low.X(), uv.X()), std::min(low.Y(), uv.Y())};
+            high = {std::max(high.X(), uv.X()), std::max(high.Y(), uv.Y())};
         }
         myMiddle = (low + high) / 2;
         myHalf = (high - low) / 2;

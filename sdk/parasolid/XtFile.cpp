@@ -9,10 +9,13 @@
 
 #include "sdk/brep/Conics.h"
 #include "sdk/brep/DescribedPart.h"
+#include "sdk/occt/Coordinates.h"
 #include "sdk/parasolid/XtAttributes.h"
 #include "sdk/parasolid/XtBodies.h"
 
 namespace cadex::parasolid {
+
+using occt::CoordinateOf;
 
 namespace {
 
@@ -37,7 +40,7 @@ std::optional<XtMatrix> ReadPlacement(const Node& transform)
             const int place = 3 * own + static_cast<int>(column);
             matrix[4 * row + column] = transform.Number(Field::RotationMatrix, place) * scale;
         }
-        const double shift = translation.Coord(own + 1) * Millimetres * scale;
+        const double shift = CoordinateOf(translation, own) * Millimetres * scale;
         matrix[4 * row + 3] = std::isnan(shift) ? 0 : shift;
     }
     for (const double value : matrix) {

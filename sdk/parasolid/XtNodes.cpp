@@ -166,7 +166,7 @@ private:
         }
         std::string result;
         while (result.size() < static_cast<std::size_t>(count)) {
-            result.push_back(static_cast<char>(NextCharacter()));
+            result.push_back(static_cast<char>(static_cast<int>(NextCharacter())));
         }
         return result;
     }

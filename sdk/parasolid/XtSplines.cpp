@@ -86,7 +86,7 @@ public:
         const std::span<const double> numbers = myNumbers.subspan(static_cast<std::size_t>(place) * myStep);
         weight = myIsRational ? numbers[static_cast<std::size_t>(mySize)] : 1;
         const double factor = scale / weight;
-        point.SetCoord(numbers[0] * factor, numbers[1] * factor, mySize > 2 ? numbers[2] * factor : 0);
+        point = {numbers[0] * factor, numbers[1] * factor, mySize > 2 ? numbers[2] * factor : 0};
         return weight > 1e-12 && weight < 1e12 && brep::IsSound(point);
     }
 
@@ -158,10 +158,10 @@ Handle(Spline) MakeCurve(const CurveParts& parts)
     TColStd_Array1OfReal weights(1, count);
     for (int i = 1; i <= count; ++i) {
         const gp_XYZ& pole = parts.poles[static_cast<std::size_t>(i) - 1];
-        poles(i).SetCoord(1, pole.X());
-        poles(i).SetCoord(2, pole.Y());
+        poles(i).SetX(pole.X());
+        poles(i).SetY(pole.Y());
         if constexpr (std::is_same_v<Points, TColgp_Array1OfPnt>) {
-            poles(i).SetCoord(3, pole.Z());
+            poles(i).SetZ(pole.Z());
         }
         weights(i) = parts.weights[static_cast<std::size_t>(i) - 1];
     }

@@ -91,7 +91,7 @@ void SetPoints(std::string_view bytes, double millimetres, std::vector<ModelData
     const auto scaled = [&](std::size_t index) { return ItemAt<Number>(bytes, index) * millimetres; };
     points.resize(bytes.size() / sizeof(Number) / 3);
     for (std::size_t i = 0; i < points.size(); ++i) {
-        points[i].SetCoord(scaled(3 * i), scaled(3 * i + 1), scaled(3 * i + 2));
+        points[i] = {scaled(3 * i), scaled(3 * i + 1), scaled(3 * i + 2)};
     }
 }
 

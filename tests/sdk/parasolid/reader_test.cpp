@@ -206,6 +206,7 @@ TEST(ParasolidDamage, FilesThatAreNoneSayWhy)
         {"cut binary", own.substr(0, own.size() / 2), "ends too early"},
         {"another base", Replaced(own, "13006", "14000"), "unknown schema"},
         {"no schema", Replaced(text, "SCH_", "XXX_"), "not a schema"},
+        {"letters beyond ASCII", Replaced(text, "SCH_", "S\x87H_"), "not a schema"},
         {"a long name", Replaced(text, "T33 ", "T99999999 "), "longer than the file"},
         {"a letter in the schema", Replaced(own, "CCCCCCCC", "CCCQCCCC"), "schema that makes no sense"},
     });
