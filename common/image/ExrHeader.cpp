@@ -2,9 +2,12 @@
 
 #include "common/image/ImageFiles.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <iterator>
 #include <string>
+#include <string_view>
 
 namespace Zemtar::ImageFiles {
 namespace {
@@ -86,6 +89,73 @@ struct Window
     }
 };
 
+/// Sizes of the values that are all of one size.
+struct FixedSize
+{
+    std::string_view type;
+    std::uint32_t size;
+};
+constexpr FixedSize kFixedSizes[] = {
+    {"box2f", 16},
+    {"box2i", 16},
+    {"chromaticities", 32},
+    {"compression", 1},
+    {"deepImageState", 1},
+    {"double", 8},
+    {"envmap", 1},
+    {"float", 4},
+    {"int", 4},
+    {"keycode", 28},
+    {"lineOrder", 1},
+    {"m33d", 72},
+    {"m33f", 36},
+    {"m44d", 128},
+    {"m44f", 64},
+    {"rational", 8},
+    {"tiledesc", 9},
+    {"timecode", 8},
+    {"v2d", 16},
+    {"v2f", 8},
+    {"v2i", 8},
+    {"v3d", 24},
+    {"v3f", 12},
+    {"v3i", 12},
+};
+
+/// The size by what a value of a type holds: decoders go by that, not by the size in the file. No more than
+/// one byte beyond `size` is looked at.
+std::uint64_t sizeByContent(Fields& fields, const std::string& type, std::uint32_t size)
+{
+    const long start = fields.Position();
+    const auto taken = [&] { return static_cast<std::uint32_t>(fields.Position() - start); };
+    const auto* fixed = std::find_if(std::begin(kFixedSizes), std::end(kFixedSizes),
+                                     [&](const FixedSize& each) { return each.type == type; });
+    if (fixed != std::end(kFixedSizes)) {
+        return fixed->size;
+    }
+    if (type == "chlist") {
+        constexpr int kChannelWords = 4; // kind, linearity, sampling in x and y
+        while (fields.IsGood() && taken() < size && !fields.Text().empty()) {
+            for (int i = 0; i < kChannelWords; ++i) {
+                fields.Word();
+            }
+        }
+        return taken();
+    }
+    if (type == "preview") {
+        const std::uint64_t pixels = std::uint64_t{fields.Word()} * fields.Word();
+        return pixels < size ? taken() + 4 * pixels : std::uint64_t{size} + 1;
+    }
+    if (type == "stringvector") {
+        while (fields.IsGood() && taken() < size) {
+            const std::uint32_t length = fields.Word();
+            fields.EndValue(fields.Position(), length);
+        }
+        return taken();
+    }
+    return size;
+}
+
 void readValue(Fields& fields, const std::string& name, Window& window)
 {
     if (name == "dataWindow") {
@@ -115,9 +185,13 @@ bool isCredibleExrHeader(std::FILE* file, long fileSize)
          name = hasMoreParts ? fields.Text() : std::string()) {
         Window window;
         for (; fields.IsGood() && !name.empty(); name = fields.Text()) {
-            fields.Text(); // the type
+            const std::string type = fields.Text();
             const std::uint32_t size = fields.Word();
             const long start = fields.Position();
+            if (sizeByContent(fields, type, size) != size) {
+                return false;
+            }
+            fields.EndValue(start, 0);
             readValue(fields, name, window);
             fields.EndValue(start, size);
         }

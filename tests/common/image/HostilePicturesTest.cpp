@@ -75,7 +75,12 @@ TEST_F(HostilePictures, SoundFilesComeOutAsTheDecoderHasThem)
 TEST_F(HostilePictures, KnownOnesAreRefused)
 {
     const QByteArray grey = read(path("w8.none.tif"));
+    const QByteArray floats = read(path("w8.exr"));
+    const auto channel = floats.indexOf(QByteArray("G\0", 2));
+    ASSERT_GT(channel, 0);
     const std::pair<const char*, QByteArray> known[] = {
+        {"channels.exr",
+         QByteArray(floats).replace(channel, 1, QByteArray(1, '\0'))}, // a list that ends early
         {"size.iff", hex("464f524d00000100494c424d")},
         {"cut.xbm", "#define a_width 16\n#define a_height 2\nstatic char a_bits[] = {\n0x12,"},
         {"line.xbm", "#define a_width 16\n#define a_height 1\n" + QByteArray(600, ' ') +
