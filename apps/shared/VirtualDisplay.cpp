@@ -104,6 +104,7 @@ bool VirtualDisplay::Start(const QString& program)
         program.toStdString(), "-displayfd", "1", "-screen", "0", "1600x1000x24", "-nolisten", "tcp", "-auth",
         keyFile.toStdString(), "-terminate"}; // should this process be killed
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) {
         arguments.push_back(word.data());
     }
